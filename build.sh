@@ -1,0 +1,107 @@
+#!/usr/bin/env bash
+# Vellumo's one set-up script.
+#   ./build.sh run [ARGS...]  install what is missing, build, start Vellumo
+#   ./build.sh test           install what is missing, build, run every test
+#   ./build.sh build          install what is missing and build (no tests)
+set -euo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+cd "$here"
+
+# Debian 12 packages the build, the tests and the program need.
+packages=(
+  build-essential cmake ninja-build ccache pkg-config
+  clang libclang-rt-14-dev
+  qt6-base-dev qt6-base-dev-tools libqt6svg6-dev
+  libgl-dev x11proto-dev
+  python3 python3-cbor2
+  fonts-dejavu-core
+)
+
+log() { printf '\033[1m==> %s\033[0m\n' "$*"; }
+
+install_missing_packages() {
+  local missing=()
+  local package
+  for package in "${packages[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed'; then
+      missing+=("$package")
+    fi
+  done
+  if [ ${#missing[@]} -eq 0 ]; then
+    return
+  fi
+  log "Installing missing Debian packages: ${missing[*]}"
+  local sudo=()
+  if [ "$(id -u)" -ne 0 ]; then
+    sudo=(sudo)
+  fi
+  "${sudo[@]}" apt-get update
+  DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+jobs=$(nproc 2>/dev/null || echo 2)
+
+# configure_and_build DIR [CMAKE OPTIONS...]
+configure_and_build() {
+  local dir=$1
+  shift
+  if [ ! -f "$dir/build.ninja" ]; then
+    cmake -S . -B "$dir" -G Ninja "$@"
+  else
+    cmake "$dir" "$@" >/dev/null
+  fi
+  cmake --build "$dir" --parallel "$jobs"
+}
+
+build_plain() {
+  log "Building (build/)"
+  configure_and_build build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELLUMO_WERROR=ON
+}
+
+run_tests() {
+  local status=0
+
+  build_plain
+  log "Unit tests (build/)"
+  ctest --test-dir build --output-on-failure --parallel "$jobs" || status=1
+
+  # The sanitizer build is clang's, so that the same tree also gives the libFuzzer targets.
+  log "Building with AddressSanitizer and UndefinedBehaviorSanitizer (build-sanitize/)"
+  CC=clang CXX=clang++ configure_and_build build-sanitize \
+    -DCMAKE_BUILD_TYPE=Debug -DVELLUMO_WERROR=ON -DVELLUMO_SANITIZE=ON -DVELLUMO_FUZZ=ON
+  log "Unit tests under the sanitizers, then each fuzz target over its corpus (build-sanitize/)"
+  ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1 \
+  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  LSAN_OPTIONS=suppressions="$here/tests/support/lsan.supp" \
+    ctest --test-dir build-sanitize --output-on-failure --parallel "$jobs" || status=1
+
+  if [ $status -ne 0 ]; then
+    log "Some tests failed (see above)"
+  else
+    log "All tests passed"
+  fi
+  return $status
+}
+
+command=${1:-run}
+[ $# -gt 0 ] && shift
+case "$command" in
+  run)
+    install_missing_packages
+    build_plain
+    exec build/src/vellumo "$@"
+    ;;
+  build)
+    install_missing_packages
+    build_plain
+    ;;
+  test)
+    install_missing_packages
+    run_tests
+    ;;
+  *)
+    echo "usage: $0 run [ARGS...] | test | build" >&2
+    exit 2
+    ;;
+esac
