@@ -12,7 +12,8 @@ int main(int argc, char *argv[])
     QApplication::setDesktopFileName(SNApplicationInfo::applicationIdentifier());
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QApplication::translate("main", "Sticky notes for the Linux desktop."));
+    parser.setApplicationDescription(
+        QApplication::translate("main", "Sticky notes for the Linux desktop."));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(application);

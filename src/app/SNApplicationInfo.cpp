@@ -22,4 +22,9 @@ QString loginHelperIdentifier()
     return applicationIdentifier() + QStringLiteral("helper");
 }
 
+QString loginLaunchURL()
+{
+    return QStringLiteral("vellumo://lal");
+}
+
 } // namespace SNApplicationInfo

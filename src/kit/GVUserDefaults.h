@@ -8,8 +8,8 @@
 #include <QVariantMap>
 
 #include <memory>
-#include <typeindex>
 #include <type_traits>
+#include <typeindex>
 
 class QSettings;
 
@@ -30,14 +30,14 @@ class GVUserDefaults : public QObject
 
 public:
     enum class PropertyType {
-        Object,      // any QVariant, stored as it is
-        Bool,        // bool or char
-        Int32,       // int: read cut to 32 bits
-        Int64,       // every other integer type, read as signed 64-bit
-        UInt64,      // likewise, read as signed 64-bit
-        Float,       // read and written as float
-        Double,      // read and written as double
-        String,      // QString
+        Object, // any QVariant, stored as it is
+        Bool, // bool or char
+        Int32, // int: read cut to 32 bits
+        Int64, // every other integer type, read as signed 64-bit
+        UInt64, // likewise, read as signed 64-bit
+        Float, // read and written as float
+        Double, // read and written as double
+        String, // QString
         Unsupported, // a type of its own (a struct): mapped, but never served here
     };
 
@@ -66,7 +66,7 @@ public:
     template <class T> static std::unique_ptr<T> make()
     {
         static_assert(std::is_base_of_v<GVUserDefaults, T>);
-        auto instance = std::make_unique<T>(ConstructionKey{});
+        auto instance = std::make_unique<T>(ConstructionKey {});
         static_cast<GVUserDefaults *>(instance.get())->initialise();
         return instance;
     }
@@ -75,8 +75,8 @@ public:
     template <class T> static T &standardUserDefaults()
     {
         static_assert(std::is_base_of_v<GVUserDefaults, T>);
-        return static_cast<T &>(sharedInstance(
-            typeid(T), [] { return std::unique_ptr<GVUserDefaults>(make<T>()); }));
+        return static_cast<T &>(
+            sharedInstance(typeid(T), [] { return std::unique_ptr<GVUserDefaults>(make<T>()); }));
     }
 
     // "$XDG_CONFIG_HOME/Vellumo/Vellumo.conf", and the file of a named suite beside it.
@@ -155,8 +155,8 @@ protected:
 
 private:
     void initialise();
-    static GVUserDefaults &sharedInstance(std::type_index type,
-                                          std::unique_ptr<GVUserDefaults> (*factory)());
+    static GVUserDefaults &sharedInstance(
+        std::type_index type, std::unique_ptr<GVUserDefaults> (*factory)());
     void writeAnnounced(const QString &key, const QVariant &value);
     const Property *generatedProperty(const QString &name) const;
 

@@ -1,5 +1,10 @@
 #include "kit/QWArchiveValue.h"
 
+struct QWArchiveValue::Object
+{
+    QString className;
+    Entries entries;
+};
 
 #include <cmath>
 
@@ -42,18 +47,19 @@ QWArchiveValue QWArchiveValue::fromDate(const QDateTime &value)
 
 QWArchiveValue QWArchiveValue::fromDateSeconds(double secondsSince1970)
 {
-    return QWArchiveValue(Storage(std::in_place_index<int(Kind::Date)>, Date{secondsSince1970}));
+    return QWArchiveValue(Storage(std::in_place_index<int(Kind::Date)>, Date { secondsSince1970 }));
 }
 
 QWArchiveValue QWArchiveValue::fromArray(Array values)
 {
-    return QWArchiveValue(Storage(std::in_place_index<int(Kind::Array)>, std::move(values)));
+    return QWArchiveValue(Storage(
+        std::in_place_index<int(Kind::Array)>, std::make_shared<const Array>(std::move(values))));
 }
 
 QWArchiveValue QWArchiveValue::fromObject(const QString &className, Entries entries)
 {
-    return QWArchiveValue(
-        Storage(std::in_place_index<int(Kind::Object)>, Object{className, std::move(entries)}));
+    return QWArchiveValue(Storage(std::in_place_index<int(Kind::Object)>,
+        std::make_shared<const Object>(Object { className, std::move(entries) })));
 }
 
 bool QWArchiveValue::toBool() const
@@ -114,30 +120,30 @@ QDateTime QWArchiveValue::toDate() const
 const QWArchiveValue::Array &QWArchiveValue::toArray() const
 {
     static const Array empty;
-    const Array *value = std::get_if<Array>(&m_value);
-    return value ? *value : empty;
+    const auto *value = std::get_if<std::shared_ptr<const Array>>(&m_value);
+    return value ? **value : empty;
 }
 
 const QString &QWArchiveValue::className() const
 {
     static const QString empty;
-    const Object *value = std::get_if<Object>(&m_value);
-    return value ? value->className : empty;
+    const auto *value = std::get_if<std::shared_ptr<const Object>>(&m_value);
+    return value ? (*value)->className : empty;
 }
 
 const QWArchiveValue::Entries &QWArchiveValue::entries() const
 {
     static const Entries empty;
-    const Object *value = std::get_if<Object>(&m_value);
-    return value ? value->entries : empty;
+    const auto *value = std::get_if<std::shared_ptr<const Object>>(&m_value);
+    return value ? (*value)->entries : empty;
 }
 
 const QWArchiveValue *QWArchiveValue::valueForKey(QStringView key) const
 {
-    const Object *object = std::get_if<Object>(&m_value);
+    const auto *object = std::get_if<std::shared_ptr<const Object>>(&m_value);
     if (!object)
         return nullptr;
-    for (const Entry &entry : object->entries) {
+    for (const Entry &entry : (*object)->entries) {
         if (entry.first == key)
             return &entry.second;
     }
@@ -146,9 +152,11 @@ const QWArchiveValue *QWArchiveValue::valueForKey(QStringView key) const
 
 void QWArchiveValue::setValueForKey(const QString &key, QWArchiveValue value)
 {
-    Object *object = std::get_if<Object>(&m_value);
-    if (!object)
+    const auto *shared = std::get_if<std::shared_ptr<const Object>>(&m_value);
+    if (!shared)
         return;
+    auto object = std::make_shared<Object>(**shared); // other copies keep the old object
+    m_value = std::shared_ptr<const Object>(object);
     for (Entry &entry : object->entries) {
         if (entry.first == key) {
             entry.second = std::move(value);
@@ -160,5 +168,14 @@ void QWArchiveValue::setValueForKey(const QString &key, QWArchiveValue value)
 
 bool operator==(const QWArchiveValue &left, const QWArchiveValue &right)
 {
-    return left.m_value == right.m_value;
+    if (left.kind() != right.kind())
+        return false;
+    switch (left.kind()) {
+    case QWArchiveValue::Kind::Array:
+        return left.toArray() == right.toArray();
+    case QWArchiveValue::Kind::Object:
+        return left.className() == right.className() && left.entries() == right.entries();
+    default:
+        return left.m_value == right.m_value;
+    }
 }

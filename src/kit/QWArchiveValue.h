@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 
+#include <memory>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -51,7 +52,7 @@ public:
     QDateTime toDate() const; // invalid QDateTime when the kind differs
     const Array &toArray() const;
     const QString &className() const; // empty unless an object
-    const Entries &entries() const;   // empty unless an object
+    const Entries &entries() const; // empty unless an object
     // The value written under the key in an object, or nullptr.
     const QWArchiveValue *valueForKey(QStringView key) const;
 
@@ -66,17 +67,13 @@ private:
         double seconds = 0.0;
         friend bool operator==(const Date &, const Date &) = default;
     };
-    struct Object
-    {
-        QString className;
-        Entries entries;
-        friend bool operator==(const Object &, const Object &) = default;
-    };
+    struct Object;
 
-    // The order of the alternatives follows Kind.
+    // The order of the alternatives follows Kind. Containers are shared, so copying a value
+    // tree is cheap; the rare change to one copies it first.
     using Storage = std::variant<std::monostate, bool, qint64, float, double, QString, QByteArray,
-                                 Date, Array, Object>;
-    explicit QWArchiveValue(Storage value) : m_value(std::move(value)) {}
+        Date, std::shared_ptr<const Array>, std::shared_ptr<const Object>>;
+    explicit QWArchiveValue(Storage value) : m_value(std::move(value)) { }
 
     Storage m_value;
 };

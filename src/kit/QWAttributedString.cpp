@@ -62,15 +62,14 @@ qsizetype runIndexAt(const QList<QWTextRun> &runs, qsizetype index)
 {
     if (runs.isEmpty() || index < 0 || index >= runs.constLast().end())
         return -1;
-    const auto after = std::upper_bound(
-        runs.cbegin(), runs.cend(), index,
+    const auto after = std::upper_bound(runs.cbegin(), runs.cend(), index,
         [](qsizetype value, const QWTextRun &run) { return value < run.location; });
     return std::distance(runs.cbegin(), after) - 1;
 }
 
 // Appends a run after the last one, extending that one instead when the attributes are equal.
 void appendRun(QList<QWTextRun> &runs, qsizetype location, qsizetype length,
-               const QWTextAttributes &attributes)
+    const QWTextAttributes &attributes)
 {
     if (length <= 0)
         return;
@@ -87,11 +86,11 @@ QList<QWTextRun> normalizedRuns(qsizetype size, QList<QWTextRun> runs)
     for (QWTextRun &run : runs) {
         const Span span = clipRange(run.location, run.length, size);
         if (span.end > span.start)
-            clipped.append(QWTextRun { span.start, span.end - span.start,
-                                       std::move(run.attributes) });
+            clipped.append(
+                QWTextRun { span.start, span.end - span.start, std::move(run.attributes) });
     }
     std::stable_sort(clipped.begin(), clipped.end(),
-                     [](const QWTextRun &a, const QWTextRun &b) { return a.location < b.location; });
+        [](const QWTextRun &a, const QWTextRun &b) { return a.location < b.location; });
 
     QList<QWTextRun> result;
     qsizetype covered = 0;
@@ -147,8 +146,7 @@ struct FragmentAttributes
     std::optional<QWTextAttributes> image;
 };
 
-FragmentAttributes fragmentAttributes(const QTextDocument &document,
-                                      const QTextCharFormat &format)
+FragmentAttributes fragmentAttributes(const QTextDocument &document, const QTextCharFormat &format)
 {
     FragmentAttributes result { QWTextAttributes::fromCharFormat(format), std::nullopt };
     if (format.isImageFormat()) {
@@ -180,7 +178,7 @@ std::optional<QWTextRun> QWTextRun::initWithCoder(const QWKeyedUnarchiver &coder
         || length->kind() != QWArchiveValue::Kind::Integer)
         return std::nullopt;
     return QWTextRun { location->toInteger(), length->toInteger(),
-                       QWTextAttributes::decodeFromCoder(coder) };
+        QWTextAttributes::decodeFromCoder(coder) };
 }
 
 // QWAttributedString
@@ -199,8 +197,7 @@ QWAttributedString::QWAttributedString(const QString &string, const QWTextAttrib
     appendRun(d->runs, 0, string.size(), attributes);
 }
 
-QWAttributedString::QWAttributedString(const QString &string, QList<QWTextRun> runs)
-    : d(new Data)
+QWAttributedString::QWAttributedString(const QString &string, QList<QWTextRun> runs) : d(new Data)
 {
     d->string = string;
     d->runs = normalizedRuns(string.size(), std::move(runs));
@@ -212,6 +209,22 @@ QWAttributedString::QWAttributedString(const QString &string, QList<QWTextRun> r
     d->string = string;
     d->runs = std::move(runs);
 }
+
+QWAttributedString::QWAttributedString(const QWAttributedString &other) = default;
+QWAttributedString &QWAttributedString::operator=(const QWAttributedString &other) = default;
+
+// A moved-from string stays a usable empty one, as Qt's own values do.
+QWAttributedString::QWAttributedString(QWAttributedString &&other) noexcept : QWAttributedString()
+{
+    d.swap(other.d);
+}
+
+QWAttributedString &QWAttributedString::operator=(QWAttributedString &&other) noexcept
+{
+    d.swap(other.d);
+    return *this;
+}
+QWAttributedString::~QWAttributedString() = default;
 
 const QString &QWAttributedString::string() const
 {
@@ -245,8 +258,8 @@ QWTextAttributes QWAttributedString::attributesAtIndex(qsizetype index) const
     return position < 0 ? QWTextAttributes() : d->runs.at(position).attributes;
 }
 
-QWAttributedString QWAttributedString::attributedSubstringFromRange(qsizetype location,
-                                                                    qsizetype length) const
+QWAttributedString QWAttributedString::attributedSubstringFromRange(
+    qsizetype location, qsizetype length) const
 {
     const Span span = clipRange(location, length, d->string.size());
     if (span.start == 0 && span.end == d->string.size())
@@ -260,8 +273,8 @@ QWAttributedString QWAttributedString::attributedSubstringFromRange(qsizetype lo
         runs.append(QWTextRun { start - span.start, end - start, run.attributes });
     }
     // Cutting runs short keeps neighbours different, so the runs are still in normal form.
-    return QWAttributedString(d->string.sliced(span.start, span.end - span.start),
-                              std::move(runs), Normalized());
+    return QWAttributedString(
+        d->string.sliced(span.start, span.end - span.start), std::move(runs), Normalized());
 }
 
 QWAttributedString QWAttributedString::fromTextDocument(const QTextDocument &document)
@@ -279,8 +292,8 @@ QWAttributedString QWAttributedString::fromTextDocument(const QTextDocument &doc
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         // The separator that ends the previous block carries this block's char format.
         if (block != document.begin())
-            result.appendString(QStringLiteral("\n"),
-                                QWTextAttributes::fromCharFormat(block.charFormat()));
+            result.appendString(
+                QStringLiteral("\n"), QWTextAttributes::fromCharFormat(block.charFormat()));
         for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
             const QTextFragment fragment = it.fragment();
             if (!fragment.isValid())
@@ -340,15 +353,14 @@ void QWAttributedString::toTextDocument(QTextDocument &document) const
                 // Named by content: equal images share one resource, different ones never do.
                 const QString name = attachmentScheme + u':'
                     + QString::fromLatin1(
-                                         QCryptographicHash::hash(bytes, QCryptographicHash::Sha1)
-                                             .toHex());
+                        QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex());
                 document.addResource(QTextDocument::ImageResource, QUrl(name), bytes);
                 QTextImageFormat imageFormat;
                 imageFormat.merge(format);
                 imageFormat.setName(name);
                 if (!run.attributes.attachmentFileName().isEmpty())
                     imageFormat.setProperty(QWTextAttributes::AttachmentFileNameProperty,
-                                            run.attributes.attachmentFileName());
+                        run.attributes.attachmentFileName());
                 cursor.insertImage(imageFormat);
                 segmentStart = index + 1;
             }
@@ -397,8 +409,7 @@ bool operator==(const QWAttributedString &a, const QWAttributedString &b)
 
 QWMutableAttributedString::QWMutableAttributedString(const QWAttributedString &string)
     : m_string(string.string()), m_runs(string.runs())
-{
-}
+{ }
 
 QWTextAttributes QWMutableAttributedString::attributesAtIndex(qsizetype index) const
 {
@@ -411,8 +422,8 @@ QWAttributedString QWMutableAttributedString::attributedString() const
     return QWAttributedString(m_string, m_runs, QWAttributedString::Normalized());
 }
 
-void QWMutableAttributedString::appendString(const QString &text,
-                                             const QWTextAttributes &attributes)
+void QWMutableAttributedString::appendString(
+    const QString &text, const QWTextAttributes &attributes)
 {
     appendRun(m_runs, m_string.size(), text.size(), attributes);
     m_string += text;
@@ -425,11 +436,11 @@ void QWMutableAttributedString::appendAttributedString(const QWAttributedString 
     m_string += text.string();
 }
 
-void QWMutableAttributedString::setAttributesRange(const QWTextAttributes &attributes,
-                                                   qsizetype location, qsizetype length)
+void QWMutableAttributedString::setAttributesRange(
+    const QWTextAttributes &attributes, qsizetype location, qsizetype length)
 {
-    modifyAttributesRange(location, length,
-                          [&attributes](QWTextAttributes &current) { current = attributes; });
+    modifyAttributesRange(
+        location, length, [&attributes](QWTextAttributes &current) { current = attributes; });
 }
 
 void QWMutableAttributedString::modifyAttributesRange(
@@ -445,12 +456,12 @@ void QWMutableAttributedString::modifyAttributesRange(
     mergeEqualRuns();
 }
 
-void QWMutableAttributedString::replaceCharactersInRangeWithString(qsizetype location,
-                                                                   qsizetype length,
-                                                                   const QString &text)
+void QWMutableAttributedString::replaceCharactersInRangeWithString(
+    qsizetype location, qsizetype length, const QString &text)
 {
     const Span span = clipRange(location, length, m_string.size());
-    const qsizetype source = span.end > span.start ? span.start : std::max(span.start - 1, qsizetype(0));
+    const qsizetype source
+        = span.end > span.start ? span.start : std::max(span.start - 1, qsizetype(0));
     replaceCharactersInRangeWithAttributedString(
         span.start, span.end - span.start, QWAttributedString(text, attributesAtIndex(source)));
 }

@@ -40,12 +40,17 @@ class QWAttributedString final
 {
 public:
     QWAttributedString();
-    explicit QWAttributedString(const QString &string,
-                                const QWTextAttributes &attributes = QWTextAttributes());
+    explicit QWAttributedString(
+        const QString &string, const QWTextAttributes &attributes = QWTextAttributes());
     // Runs may come in any order, overlap, leave gaps or reach outside the string: they are
     // sorted by location, an earlier run keeps the characters it shares with a later one,
     // the parts outside the string are dropped, and gaps get no attributes.
     QWAttributedString(const QString &string, QList<QWTextRun> runs);
+    QWAttributedString(const QWAttributedString &other);
+    QWAttributedString(QWAttributedString &&other) noexcept;
+    QWAttributedString &operator=(const QWAttributedString &other);
+    QWAttributedString &operator=(QWAttributedString &&other) noexcept;
+    ~QWAttributedString();
 
     const QString &string() const;
     qsizetype length() const;
@@ -107,19 +112,19 @@ public:
     void appendAttributedString(const QWAttributedString &text);
 
     // Replaces the attributes of the range.
-    void setAttributesRange(const QWTextAttributes &attributes, qsizetype location,
-                            qsizetype length);
+    void setAttributesRange(
+        const QWTextAttributes &attributes, qsizetype location, qsizetype length);
     // Changes the attributes of each run in the range, e.g. to add a link or to remove the
     // strikethrough and keep the rest.
     void modifyAttributesRange(qsizetype location, qsizetype length,
-                               const std::function<void(QWTextAttributes &)> &modify);
+        const std::function<void(QWTextAttributes &)> &modify);
 
     // The new text takes the attributes of the first replaced character, or of the character
     // before when nothing is replaced, as typing does.
-    void replaceCharactersInRangeWithString(qsizetype location, qsizetype length,
-                                            const QString &text);
-    void replaceCharactersInRangeWithAttributedString(qsizetype location, qsizetype length,
-                                                      const QWAttributedString &text);
+    void replaceCharactersInRangeWithString(
+        qsizetype location, qsizetype length, const QString &text);
+    void replaceCharactersInRangeWithAttributedString(
+        qsizetype location, qsizetype length, const QWAttributedString &text);
     void deleteCharactersInRange(qsizetype location, qsizetype length);
 
 private:

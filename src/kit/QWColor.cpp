@@ -22,14 +22,14 @@ double clamp01(double value)
 
 } // namespace
 
-QWColor QWColor::colorWithHueSaturationBrightnessAlpha(double hue, double saturation,
-                                                       double brightness, double alpha)
+QWColor QWColor::colorWithHueSaturationBrightnessAlpha(
+    double hue, double saturation, double brightness, double alpha)
 {
     hue = clamp01(hue);
     saturation = clamp01(saturation);
     brightness = clamp01(brightness);
     if (saturation == 0.0)
-        return {brightness, brightness, brightness, alpha};
+        return { brightness, brightness, brightness, alpha };
 
     // The usual six-sector HSB to RGB conversion; a hue of 1 is the same as 0.
     const double sector = hue == 1.0 ? 0.0 : hue * 6.0;
@@ -40,30 +40,30 @@ QWColor QWColor::colorWithHueSaturationBrightnessAlpha(double hue, double satura
     const double t = brightness * (1.0 - saturation * (1.0 - fraction));
     switch (index) {
     case 0:
-        return {brightness, t, p, alpha};
+        return { brightness, t, p, alpha };
     case 1:
-        return {q, brightness, p, alpha};
+        return { q, brightness, p, alpha };
     case 2:
-        return {p, brightness, t, alpha};
+        return { p, brightness, t, alpha };
     case 3:
-        return {p, q, brightness, alpha};
+        return { p, q, brightness, alpha };
     case 4:
-        return {t, p, brightness, alpha};
+        return { t, p, brightness, alpha };
     default:
-        return {brightness, p, q, alpha};
+        return { brightness, p, q, alpha };
     }
 }
 
 QWColor QWColor::fromQColor(const QColor &color)
 {
     const QColor rgb = color.toRgb();
-    return {rgb.redF(), rgb.greenF(), rgb.blueF(), rgb.alphaF()};
+    return { rgb.redF(), rgb.greenF(), rgb.blueF(), rgb.alphaF() };
 }
 
 QWColor::HSB QWColor::hsb() const
 {
-    const double maximum = std::max({m_red, m_green, m_blue});
-    const double minimum = std::min({m_red, m_green, m_blue});
+    const double maximum = std::max({ m_red, m_green, m_blue });
+    const double minimum = std::min({ m_red, m_green, m_blue });
     const double delta = maximum - minimum;
     HSB result;
     result.brightness = maximum;
@@ -87,9 +87,9 @@ QWColor::HSB QWColor::hsb() const
 
 QColor QWColor::toQColor() const
 {
-    return QColor::fromRgbF(static_cast<float>(clamp01(m_red)), static_cast<float>(clamp01(m_green)),
-                            static_cast<float>(clamp01(m_blue)),
-                            static_cast<float>(clamp01(m_alpha)));
+    return QColor::fromRgbF(static_cast<float>(clamp01(m_red)),
+        static_cast<float>(clamp01(m_green)), static_cast<float>(clamp01(m_blue)),
+        static_cast<float>(clamp01(m_alpha)));
 }
 
 double QWColor::qw_luminosity() const
@@ -150,8 +150,10 @@ std::optional<QWColor> QWColor::initWithCoder(const QWKeyedUnarchiver &coder)
     if (!coder.containsValueForKey(redKey) || !coder.containsValueForKey(greenKey)
         || !coder.containsValueForKey(blueKey))
         return std::nullopt;
-    const double alpha = coder.containsValueForKey(alphaKey) ? coder.decodeDoubleForKey(alphaKey) : 1.0;
+    const double alpha
+        = coder.containsValueForKey(alphaKey) ? coder.decodeDoubleForKey(alphaKey) : 1.0;
     // Components out of range or not numbers would draw garbage; clamp them.
-    return QWColor(clamp01(coder.decodeDoubleForKey(redKey)), clamp01(coder.decodeDoubleForKey(greenKey)),
-                   clamp01(coder.decodeDoubleForKey(blueKey)), clamp01(alpha));
+    return QWColor(clamp01(coder.decodeDoubleForKey(redKey)),
+        clamp01(coder.decodeDoubleForKey(greenKey)), clamp01(coder.decodeDoubleForKey(blueKey)),
+        clamp01(alpha));
 }

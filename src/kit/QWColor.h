@@ -25,14 +25,13 @@ public:
     constexpr QWColor() = default;
     constexpr QWColor(double red, double green, double blue, double alpha = 1.0)
         : m_red(red), m_green(green), m_blue(blue), m_alpha(alpha)
-    {
-    }
+    { }
 
-    static QWColor white() { return {1.0, 1.0, 1.0, 1.0}; }
-    static QWColor black() { return {0.0, 0.0, 0.0, 1.0}; }
+    static QWColor white() { return { 1.0, 1.0, 1.0, 1.0 }; }
+    static QWColor black() { return { 0.0, 0.0, 0.0, 1.0 }; }
 
-    static QWColor colorWithHueSaturationBrightnessAlpha(double hue, double saturation,
-                                                         double brightness, double alpha);
+    static QWColor colorWithHueSaturationBrightnessAlpha(
+        double hue, double saturation, double brightness, double alpha);
     static QWColor fromQColor(const QColor &color);
 
     double redComponent() const { return m_red; }

@@ -22,8 +22,7 @@ constexpr double maximumPointSize = 1000.0;
 
 QWFont::QWFont(QString family, double pointSize, bool bold, bool italic)
     : m_family(std::move(family)), m_pointSize(pointSize), m_bold(bold), m_italic(italic)
-{
-}
+{ }
 
 std::optional<QWFont> QWFont::fontWithNameSize(const QString &family, double pointSize)
 {
@@ -95,5 +94,6 @@ std::optional<QWFont> QWFont::initWithCoder(const QWKeyedUnarchiver &coder)
     if (!family || family->isEmpty() || !std::isfinite(pointSize) || pointSize < minimumPointSize
         || pointSize > maximumPointSize)
         return std::nullopt;
-    return QWFont(*family, pointSize, coder.decodeBoolForKey(boldKey), coder.decodeBoolForKey(italicKey));
+    return QWFont(
+        *family, pointSize, coder.decodeBoolForKey(boldKey), coder.decodeBoolForKey(italicKey));
 }

@@ -10,7 +10,7 @@ QWKeyCombo QWKeyCombo::fromQtKey(int qtKey, Qt::KeyboardModifiers modifiers)
     const qint64 code = QWKeyCodes::keyCodeForQtKey(qtKey, modifiers.testFlag(Qt::KeypadModifier));
     if (code < 0)
         return {};
-    return {QWKeyCodes::flagsForQtModifiers(modifiers), code};
+    return { QWKeyCodes::flagsForQtModifiers(modifiers), code };
 }
 
 QString QWKeyCombo::description() const
@@ -34,7 +34,8 @@ QString QWKeyCombo::description() const
     } else {
         const Qt::KeyboardModifiers keypad
             = QWKeyCodes::isKeypadKeyCode(code) ? Qt::KeypadModifier : Qt::NoModifier;
-        parts.append(QKeySequence(QKeyCombination(keypad, key)).toString(QKeySequence::PortableText));
+        parts.append(
+            QKeySequence(QKeyCombination(keypad, key)).toString(QKeySequence::PortableText));
     }
     return parts.join(QLatin1Char('+'));
 }

@@ -11,7 +11,7 @@ struct QWKeyCombo final
 {
     static constexpr quint64 ShiftKeyMask = 0x20000;
     static constexpr quint64 ControlKeyMask = 0x40000;
-    static constexpr quint64 OptionKeyMask = 0x80000;   // Alt
+    static constexpr quint64 OptionKeyMask = 0x80000; // Alt
     static constexpr quint64 CommandKeyMask = 0x100000; // Super
     static constexpr quint64 ModifierKeysMask
         = ShiftKeyMask | ControlKeyMask | OptionKeyMask | CommandKeyMask;

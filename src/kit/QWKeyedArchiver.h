@@ -14,9 +14,12 @@ class QWKeyedArchiver;
 
 // Anything that writes itself into an archive: a class name and encodeWithCoder().
 template <class T>
-concept QWEncodable = requires(const T &object, QWKeyedArchiver &coder) {
+concept QWEncodable = requires(const T &object, QWKeyedArchiver &coder)
+{
     object.encodeWithCoder(coder);
-    { object.className() } -> std::convertible_to<QString>;
+    {
+        object.className()
+        } -> std::convertible_to<QString>;
 };
 
 // Writes keyed archives: CBOR (RFC 8949) files that any CBOR tool can read. See
@@ -39,8 +42,7 @@ public:
     void encodeDateForKey(const QDateTime &value, const QString &key);
     void encodeValueForKey(QWArchiveValue value, const QString &key);
 
-    template <class T>
-    void encodeObjectForKey(const T &object, const QString &key)
+    template <class T> void encodeObjectForKey(const T &object, const QString &key)
     {
         encodeValueForKey(archivedValue(object), key);
     }
@@ -55,15 +57,13 @@ public:
     QWArchiveValue::Entries takeEntries() { return std::move(m_entries); }
 
     // The archive value of one object; a null pointer gives the invalid value.
-    template <QWEncodable T>
-    static QWArchiveValue archivedValue(const T &object)
+    template <QWEncodable T> static QWArchiveValue archivedValue(const T &object)
     {
         QWKeyedArchiver coder;
         object.encodeWithCoder(coder);
         return QWArchiveValue::fromObject(object.className(), coder.takeEntries());
     }
-    template <QWEncodable T>
-    static QWArchiveValue archivedValue(const std::shared_ptr<T> &object)
+    template <QWEncodable T> static QWArchiveValue archivedValue(const std::shared_ptr<T> &object)
     {
         return object ? archivedValue(*object) : QWArchiveValue();
     }
@@ -84,8 +84,7 @@ public:
     // A whole archive file: self-describe tag, then {"$archiver", "$version", "$top"}.
     static QByteArray archivedDataWithRootValue(const QWArchiveValue &root);
 
-    template <class T>
-    static QByteArray archivedDataWithRootObject(const T &root)
+    template <class T> static QByteArray archivedDataWithRootObject(const T &root)
     {
         if constexpr (std::ranges::input_range<T> && !QWEncodable<T>)
             return archivedDataWithRootValue(archivedArray(root));

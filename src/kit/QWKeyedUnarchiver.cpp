@@ -21,7 +21,7 @@ const QString classKey = QStringLiteral("$class");
 class ArchiveParser final
 {
 public:
-    explicit ArchiveParser(const QByteArray &data) : m_reader(data), m_size(data.size()) {}
+    explicit ArchiveParser(const QByteArray &data) : m_reader(data), m_size(data.size()) { }
 
     QWKeyedUnarchiver::ParseResult parseArchive();
 
@@ -131,8 +131,9 @@ QWArchiveValue ArchiveParser::parseValue(int depth)
         constexpr quint64 largestMagnitude = quint64(1) << 63;
         if (magnitude == 0 || magnitude > largestMagnitude)
             return {};
-        return QWArchiveValue::fromInteger(magnitude == largestMagnitude ? std::numeric_limits<qint64>::min()
-                                                                         : -qint64(magnitude));
+        return QWArchiveValue::fromInteger(magnitude == largestMagnitude
+                ? std::numeric_limits<qint64>::min()
+                : -qint64(magnitude));
     }
     case QCborStreamReader::ByteArray: {
         std::optional<QByteArray> bytes = readBytes();
@@ -279,7 +280,8 @@ QWKeyedUnarchiver::ParseResult ArchiveParser::parseArchive()
         return result;
     }
     if (m_size > QWKeyedUnarchiver::maximumArchiveSize) {
-        result.error = QStringLiteral("archive larger than %1 bytes").arg(QWKeyedUnarchiver::maximumArchiveSize);
+        result.error = QStringLiteral("archive larger than %1 bytes")
+                           .arg(QWKeyedUnarchiver::maximumArchiveSize);
         return result;
     }
     // The header map is read like an object; its keys say what the file is.
@@ -294,8 +296,9 @@ QWKeyedUnarchiver::ParseResult ArchiveParser::parseArchive()
     }
     if (!version || version->kind() != QWArchiveValue::Kind::Integer
         || version->toInteger() != QWKeyedArchiver::formatVersion) {
-        result.error = QStringLiteral("archive format version %1 is not supported")
-                           .arg(version ? QString::number(version->toInteger()) : QStringLiteral("?"));
+        result.error
+            = QStringLiteral("archive format version %1 is not supported")
+                  .arg(version ? QString::number(version->toInteger()) : QStringLiteral("?"));
         return result;
     }
     if (top)

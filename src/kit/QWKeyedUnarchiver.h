@@ -17,16 +17,26 @@ class QWKeyedUnarchiver;
 
 // A value type that reads itself from an archive: T::className() and T::initWithCoder().
 template <class T>
-concept QWDecodableValue = requires(const QWKeyedUnarchiver &coder) {
-    { T::className() } -> std::convertible_to<QString>;
-    { T::initWithCoder(coder) } -> std::same_as<std::optional<T>>;
+concept QWDecodableValue = requires(const QWKeyedUnarchiver &coder)
+{
+    {
+        T::className()
+        } -> std::convertible_to<QString>;
+    {
+        T::initWithCoder(coder)
+        } -> std::same_as<std::optional<T>>;
 };
 
 // A shared object type that reads itself from an archive.
 template <class T>
-concept QWDecodableShared = requires(const QWKeyedUnarchiver &coder) {
-    { T::className() } -> std::convertible_to<QString>;
-    { T::initWithCoder(coder) } -> std::same_as<std::shared_ptr<T>>;
+concept QWDecodableShared = requires(const QWKeyedUnarchiver &coder)
+{
+    {
+        T::className()
+        } -> std::convertible_to<QString>;
+    {
+        T::initWithCoder(coder)
+        } -> std::same_as<std::shared_ptr<T>>;
 };
 
 // Reads keyed archives written by QWKeyedArchiver, defensively: a value of the wrong kind
@@ -44,7 +54,7 @@ public:
     struct ParseResult
     {
         QWArchiveValue root; // the "$top" value, as far as it could be read
-        QString error;       // empty when the whole archive was read
+        QString error; // empty when the whole archive was read
         bool isComplete() const { return error.isEmpty(); }
     };
 
@@ -52,7 +62,7 @@ public:
     static ParseResult parse(const QByteArray &data);
 
     // The decoder view of one object of an archive; the object must outlive the view.
-    explicit QWKeyedUnarchiver(const QWArchiveValue &object) : m_object(&object) {}
+    explicit QWKeyedUnarchiver(const QWArchiveValue &object) : m_object(&object) { }
 
     const QString &className() const { return m_object->className(); }
     bool containsValueForKey(const QString &key) const;
@@ -60,7 +70,7 @@ public:
 
     bool decodeBoolForKey(const QString &key) const;
     qint64 decodeIntegerForKey(const QString &key) const;
-    float decodeFloatForKey(const QString &key) const;   // a double is narrowed
+    float decodeFloatForKey(const QString &key) const; // a double is narrowed
     double decodeDoubleForKey(const QString &key) const; // a float is widened
     std::optional<QString> decodeStringForKey(const QString &key) const;
     std::optional<QByteArray> decodeDataForKey(const QString &key) const;
@@ -70,8 +80,7 @@ public:
     // Objects of a class that registered itself, of any class.
     std::any decodeObjectForKey(const QString &key) const;
 
-    template <class T>
-    std::optional<T> decodeObjectOfClassForKey(const QString &key) const
+    template <class T> std::optional<T> decodeObjectOfClassForKey(const QString &key) const
     {
         const QWArchiveValue *value = valueForKey(key);
         return value ? decodeObjectOfClass<T>(*value) : std::nullopt;
@@ -87,8 +96,7 @@ public:
         return decodeArrayOfObjectsOfClass<T>(*value);
     }
 
-    template <class T>
-    static QList<T> decodeArrayOfObjectsOfClass(const QWArchiveValue &array)
+    template <class T> static QList<T> decodeArrayOfObjectsOfClass(const QWArchiveValue &array)
     {
         QList<T> result;
         for (const QWArchiveValue &element : array.toArray()) {
@@ -98,8 +106,7 @@ public:
         return result;
     }
 
-    template <class T>
-    static std::optional<T> decodeObjectOfClass(const QWArchiveValue &value)
+    template <class T> static std::optional<T> decodeObjectOfClass(const QWArchiveValue &value)
     {
         if (!value.isObject())
             return std::nullopt;

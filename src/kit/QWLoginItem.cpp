@@ -71,7 +71,7 @@ QString QWLoginItem::programPath()
 
 QString QWLoginItem::execLine(const QString &program, const QStringList &arguments)
 {
-    QStringList words{quotedArgument(program)};
+    QStringList words { quotedArgument(program) };
     for (const QString &argument : arguments)
         words.append(quotedArgument(argument));
     QString line = words.join(u' ');

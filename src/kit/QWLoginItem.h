@@ -15,8 +15,8 @@ public:
     // Writes (enabled) or removes the entry for `identifier`; the entry runs this program with
     // `arguments`. Removing an entry that does not exist succeeds. False when the file system
     // refused; nothing is half-written then.
-    static bool setEnabled(const QString &identifier, bool enabled,
-                           const QStringList &arguments = {});
+    static bool setEnabled(
+        const QString &identifier, bool enabled, const QStringList &arguments = {});
 
     // The running executable when there is one on disk, else the program name for PATH.
     static QString programPath();

@@ -14,7 +14,7 @@ struct QWNotificationCenter::Subscription
     Handler handler;
     QMetaObject::Connection contextConnection;
     // Cleared on unsubscribe, so that a post already under way skips this observer.
-    std::atomic<bool> active{true};
+    std::atomic<bool> active { true };
 };
 
 QWNotificationCenter::Observation::~Observation()
@@ -24,10 +24,10 @@ QWNotificationCenter::Observation::~Observation()
 
 QWNotificationCenter::Observation::Observation(Observation &&other) noexcept
     : m_center(std::exchange(other.m_center, nullptr)), m_id(std::exchange(other.m_id, 0))
-{
-}
+{ }
 
-QWNotificationCenter::Observation &QWNotificationCenter::Observation::operator=(Observation &&other) noexcept
+QWNotificationCenter::Observation &QWNotificationCenter::Observation::operator=(
+    Observation &&other) noexcept
 {
     if (this != &other) {
         cancel();
@@ -65,8 +65,8 @@ QWNotificationCenter &QWNotificationCenter::defaultCenter()
     return center;
 }
 
-void QWNotificationCenter::addObserverForNameObjectHandler(QObject *context, const QString &name,
-                                                           const void *object, Handler handler)
+void QWNotificationCenter::addObserverForNameObjectHandler(
+    QObject *context, const QString &name, const void *object, Handler handler)
 {
     if (!context || !handler)
         return;
@@ -81,17 +81,16 @@ void QWNotificationCenter::addObserverForNameObjectHandler(QObject *context, con
     }
 }
 
-QWNotificationCenter::Observation QWNotificationCenter::observeNameObjectHandler(const QString &name,
-                                                                                 const void *object,
-                                                                                 Handler handler)
+QWNotificationCenter::Observation QWNotificationCenter::observeNameObjectHandler(
+    const QString &name, const void *object, Handler handler)
 {
     if (!handler)
         return {};
     return Observation(this, subscribe(nullptr, name, object, std::move(handler)));
 }
 
-quint64 QWNotificationCenter::subscribe(const QObject *context, const QString &name, const void *object,
-                                        Handler handler)
+quint64 QWNotificationCenter::subscribe(
+    const QObject *context, const QString &name, const void *object, Handler handler)
 {
     auto subscription = std::make_shared<Subscription>();
     subscription->context = context;
@@ -110,7 +109,7 @@ void QWNotificationCenter::unsubscribe(quint64 id)
     {
         QMutexLocker locker(&m_mutex);
         auto found = std::find_if(m_subscriptions.begin(), m_subscriptions.end(),
-                                  [id](const auto &subscription) { return subscription->id == id; });
+            [id](const auto &subscription) { return subscription->id == id; });
         if (found == m_subscriptions.end())
             return;
         removed = *found;
@@ -124,7 +123,7 @@ bool QWNotificationCenter::isSubscribed(quint64 id) const
 {
     QMutexLocker locker(&m_mutex);
     return std::any_of(m_subscriptions.begin(), m_subscriptions.end(),
-                       [id](const auto &subscription) { return subscription->id == id; });
+        [id](const auto &subscription) { return subscription->id == id; });
 }
 
 void QWNotificationCenter::removeObserver(const QObject *context, const QString &name)
@@ -143,10 +142,10 @@ void QWNotificationCenter::removeObserver(const QObject *context, const QString 
         unsubscribe(id);
 }
 
-void QWNotificationCenter::postNotificationNameObjectUserInfo(const QString &name, const void *object,
-                                                              const QVariantMap &userInfo)
+void QWNotificationCenter::postNotificationNameObjectUserInfo(
+    const QString &name, const void *object, const QVariantMap &userInfo)
 {
-    postNotification(QWNotification{name, object, userInfo});
+    postNotification(QWNotification { name, object, userInfo });
 }
 
 void QWNotificationCenter::postNotification(const QWNotification &notification)
@@ -156,8 +155,10 @@ void QWNotificationCenter::postNotification(const QWNotification &notification)
     {
         QMutexLocker locker(&m_mutex);
         for (const std::shared_ptr<Subscription> &subscription : m_subscriptions) {
-            const bool nameMatches = subscription->name.isEmpty() || subscription->name == notification.name;
-            const bool objectMatches = !subscription->object || subscription->object == notification.object;
+            const bool nameMatches
+                = subscription->name.isEmpty() || subscription->name == notification.name;
+            const bool objectMatches
+                = !subscription->object || subscription->object == notification.object;
             if (nameMatches && objectMatches)
                 receivers.push_back(subscription);
         }

@@ -45,7 +45,7 @@ public:
 
     private:
         friend class QWNotificationCenter;
-        Observation(QWNotificationCenter *center, quint64 id) : m_center(center), m_id(id) {}
+        Observation(QWNotificationCenter *center, quint64 id) : m_center(center), m_id(id) { }
         QWNotificationCenter *m_center = nullptr;
         quint64 m_id = 0;
     };
@@ -57,23 +57,24 @@ public:
 
     // Subscribes until the context object is destroyed or removeObserver() is called with
     // it. An empty name observes every notice; a null object accepts every poster.
-    void addObserverForNameObjectHandler(QObject *context, const QString &name, const void *object,
-                                         Handler handler);
+    void addObserverForNameObjectHandler(
+        QObject *context, const QString &name, const void *object, Handler handler);
     // Subscribes until the returned observation is destroyed or cancelled.
-    [[nodiscard]] Observation observeNameObjectHandler(const QString &name, const void *object,
-                                                       Handler handler);
+    [[nodiscard]] Observation observeNameObjectHandler(
+        const QString &name, const void *object, Handler handler);
     // Ends the subscriptions of a context: all of them, or those for one name.
     void removeObserver(const QObject *context, const QString &name = {});
 
-    void postNotificationNameObjectUserInfo(const QString &name, const void *object = nullptr,
-                                            const QVariantMap &userInfo = {});
+    void postNotificationNameObjectUserInfo(
+        const QString &name, const void *object = nullptr, const QVariantMap &userInfo = {});
     void postNotification(const QWNotification &notification);
 
     int observerCount() const;
 
 private:
     struct Subscription;
-    quint64 subscribe(const QObject *context, const QString &name, const void *object, Handler handler);
+    quint64 subscribe(
+        const QObject *context, const QString &name, const void *object, Handler handler);
     void unsubscribe(quint64 id);
     bool isSubscribed(quint64 id) const;
 

@@ -1,15 +1,16 @@
 #include "kit/QWScheduler.h"
 
+#include <QCoreApplication>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <limits>
 
 QWScheduledTimer::QWScheduledTimer(double interval, bool repeats, Action action)
     : m_interval(interval), m_repeats(repeats), m_action(std::move(action))
-{
-}
+{ }
 
 QWScheduledTimer::~QWScheduledTimer() = default;
 
@@ -37,6 +38,26 @@ void QWScheduledTimer::fire()
 }
 
 QWScheduler::~QWScheduler() = default;
+
+void QWScheduler::track(const std::shared_ptr<QWScheduledTimer> &timer)
+{
+    std::erase_if(m_scheduled, [](const std::weak_ptr<QWScheduledTimer> &scheduled) {
+        const std::shared_ptr<QWScheduledTimer> alive = scheduled.lock();
+        return !alive || !alive->isValid();
+    });
+    m_scheduled.push_back(timer);
+}
+
+void QWScheduler::invalidateAll()
+{
+    // Invalidating one may schedule or drop others, so work on a copy.
+    const std::vector<std::weak_ptr<QWScheduledTimer>> scheduled = std::move(m_scheduled);
+    m_scheduled.clear();
+    for (const std::weak_ptr<QWScheduledTimer> &timer : scheduled) {
+        if (const std::shared_ptr<QWScheduledTimer> alive = timer.lock())
+            alive->invalidate();
+    }
+}
 
 namespace {
 
@@ -80,7 +101,7 @@ private:
             return 0;
         const double milliseconds = std::round(seconds * 1000.0);
         return milliseconds >= std::numeric_limits<int>::max() ? std::numeric_limits<int>::max()
-                                                                : static_cast<int>(milliseconds);
+                                                               : static_cast<int>(milliseconds);
     }
 
     std::unique_ptr<QTimer> m_timer = std::make_unique<QTimer>();
@@ -90,24 +111,36 @@ private:
 class QWEventLoopScheduler final : public QWScheduler
 {
 public:
-    std::shared_ptr<QWScheduledTimer> scheduledTimerWithInterval(double interval, bool repeats,
-                                                                 QWScheduledTimer::Action action) override
+    std::shared_ptr<QWScheduledTimer> scheduledTimerWithInterval(
+        double interval, bool repeats, QWScheduledTimer::Action action) override
     {
         auto timer = std::make_shared<QWEventLoopTimer>(interval, repeats, std::move(action));
         timer->start();
+        track(timer);
         return timer;
     }
 };
 
-std::atomic<QWScheduler *> installedScheduler{nullptr};
+QWEventLoopScheduler &eventLoopScheduler()
+{
+    static QWEventLoopScheduler scheduler;
+    static const bool releasedWithTheApplication = [] {
+        // Countdowns cannot fire without the application's event loop.
+        qAddPostRoutine([] { eventLoopScheduler().invalidateAll(); });
+        return true;
+    }();
+    Q_UNUSED(releasedWithTheApplication);
+    return scheduler;
+}
+
+std::atomic<QWScheduler *> installedScheduler { nullptr };
 
 } // namespace
 
 QWScheduler &QWScheduler::current()
 {
-    static QWEventLoopScheduler eventLoopScheduler;
     QWScheduler *scheduler = installedScheduler.load();
-    return scheduler ? *scheduler : eventLoopScheduler;
+    return scheduler ? *scheduler : eventLoopScheduler();
 }
 
 void QWScheduler::setCurrent(QWScheduler *scheduler)

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 // One scheduled countdown: what a QWTimer holds as its platform timer.
 class QWScheduledTimer : public std::enable_shared_from_this<QWScheduledTimer>
@@ -42,10 +43,21 @@ class QWScheduler
 public:
     virtual ~QWScheduler();
 
-    virtual std::shared_ptr<QWScheduledTimer>
-    scheduledTimerWithInterval(double interval, bool repeats, QWScheduledTimer::Action action) = 0;
+    virtual std::shared_ptr<QWScheduledTimer> scheduledTimerWithInterval(
+        double interval, bool repeats, QWScheduledTimer::Action action)
+        = 0;
 
     static QWScheduler &current();
     // Installs a scheduler for the whole process; nullptr brings back the event loop.
     static void setCurrent(QWScheduler *scheduler);
+
+    // Invalidates every countdown still scheduled here. Pending timers keep themselves
+    // alive, so when their event loop goes away this is what lets them go.
+    void invalidateAll();
+
+protected:
+    void track(const std::shared_ptr<QWScheduledTimer> &timer);
+
+private:
+    std::vector<std::weak_ptr<QWScheduledTimer>> m_scheduled;
 };

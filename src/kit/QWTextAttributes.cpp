@@ -36,7 +36,7 @@ bool isUsableFontSize(double size)
 QVariant colorVariant(const QWColor &color)
 {
     return QVariantList { color.redComponent(), color.greenComponent(), color.blueComponent(),
-                          color.alphaComponent() };
+        color.alphaComponent() };
 }
 
 std::optional<QWColor> colorFromVariant(const QVariant &variant)
@@ -208,8 +208,8 @@ QWTextAttributes QWTextAttributes::fromCharFormat(const QTextCharFormat &format)
 
     if (format.fontStrikeOut()) {
         const std::optional<int> exact = intProperty(format, ExactStrikethroughStyleProperty);
-        attributes.m_strikethroughStyle = exact && *exact != LineStyleNone ? *exact
-                                                                           : LineStyleSingle;
+        attributes.m_strikethroughStyle
+            = exact && *exact != LineStyleNone ? *exact : LineStyleSingle;
     }
 
     attributes.m_strokeColor = colorFromVariant(format.property(StrokeColorProperty));
@@ -252,8 +252,8 @@ QWTextAttributes QWTextAttributes::decodeFromCoder(const QWKeyedUnarchiver &code
     // A style is a set of flags in an int; anything wider is not one of ours.
     const auto decodeStyle = [&coder](const QString &key) {
         const qint64 value = coder.decodeIntegerForKey(key);
-        const bool fits = value >= std::numeric_limits<int>::min()
-            && value <= std::numeric_limits<int>::max();
+        const bool fits
+            = value >= std::numeric_limits<int>::min() && value <= std::numeric_limits<int>::max();
         return fits ? static_cast<int>(value) : int(LineStyleNone);
     };
 

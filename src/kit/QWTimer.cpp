@@ -22,7 +22,8 @@ void QWTimer::run()
     } else {
         action = [this]() { timerDidFinish(m_timer.get()); }; // the destructor invalidates first
     }
-    m_timer = QWScheduler::current().scheduledTimerWithInterval(m_interval, m_repeats, std::move(action));
+    m_timer = QWScheduler::current().scheduledTimerWithInterval(
+        m_interval, m_repeats, std::move(action));
 }
 
 void QWTimer::invalidate()
@@ -54,7 +55,7 @@ void QWTimer::timerDidFinish(QWScheduledTimer *)
 QString QWTimer::description() const
 {
     const QString userInfo = m_userInfo.isNull() ? QStringLiteral("(null)") : m_userInfo.toString();
-    return QString::asprintf("<QWTimer %p, interval=%f, repeats=%s, userInfo=", static_cast<const void *>(this),
-                             m_interval, m_repeats ? "YES" : "NO")
+    return QString::asprintf("<QWTimer %p, interval=%f, repeats=%s, userInfo=",
+               static_cast<const void *>(this), m_interval, m_repeats ? "YES" : "NO")
         + userInfo + QLatin1Char('>');
 }

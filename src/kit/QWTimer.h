@@ -21,10 +21,8 @@ public:
     using DidFinishBlock = std::function<void(QWTimer &timer)>;
 
     template <class Timer = QWTimer>
-    static std::shared_ptr<Timer> timerWithIntervalRepeatsUserInfoDidFinishBlock(double interval,
-                                                                                bool repeats,
-                                                                                const QVariant &userInfo,
-                                                                                DidFinishBlock didFinishBlock)
+    static std::shared_ptr<Timer> timerWithIntervalRepeatsUserInfoDidFinishBlock(
+        double interval, bool repeats, const QVariant &userInfo, DidFinishBlock didFinishBlock)
     {
         auto timer = std::make_shared<Timer>();
         timer->setInterval(interval);
@@ -36,11 +34,11 @@ public:
     }
 
     template <class Timer = QWTimer>
-    static std::shared_ptr<Timer> timerWithIntervalRepeatsDidFinishBlock(double interval, bool repeats,
-                                                                         DidFinishBlock didFinishBlock)
+    static std::shared_ptr<Timer> timerWithIntervalRepeatsDidFinishBlock(
+        double interval, bool repeats, DidFinishBlock didFinishBlock)
     {
-        return timerWithIntervalRepeatsUserInfoDidFinishBlock<Timer>(interval, repeats, QVariant(),
-                                                                     std::move(didFinishBlock));
+        return timerWithIntervalRepeatsUserInfoDidFinishBlock<Timer>(
+            interval, repeats, QVariant(), std::move(didFinishBlock));
     }
 
     QWTimer();

@@ -53,7 +53,8 @@ struct Sample final
         sample.title = coder.decodeStringForKey(QStringLiteral("title"));
         sample.payload = coder.decodeDataForKey(QStringLiteral("payload"));
         sample.created = coder.decodeDateForKey(QStringLiteral("created"));
-        sample.colors = coder.decodeArrayOfObjectsOfClassForKey<QWColor>(QStringLiteral("colors")).value_or(QList<QWColor>{});
+        sample.colors = coder.decodeArrayOfObjectsOfClassForKey<QWColor>(QStringLiteral("colors"))
+                            .value_or(QList<QWColor> {});
         sample.font = coder.decodeObjectOfClassForKey<QWFont>(QStringLiteral("font"));
         return sample;
     }
@@ -65,7 +66,10 @@ struct Shape
 {
     virtual ~Shape() = default;
     virtual QString className() const = 0;
-    virtual void encodeWithCoder(QWKeyedArchiver &coder) const { coder.encodeStringForKey(name, QStringLiteral("name")); }
+    virtual void encodeWithCoder(QWKeyedArchiver &coder) const
+    {
+        coder.encodeStringForKey(name, QStringLiteral("name"));
+    }
     QString name;
 };
 struct Circle final : Shape
@@ -77,14 +81,14 @@ struct Square final : Shape
     QString className() const override { return QStringLiteral("Square"); }
 };
 
-template <class T>
-void registerShape()
+template <class T> void registerShape()
 {
-    QWKeyedUnarchiver::registerClass(T().className(), [](const QWKeyedUnarchiver &coder) -> std::any {
-        auto shape = std::make_shared<T>();
-        shape->name = coder.decodeStringForKey(QStringLiteral("name")).value_or(QString());
-        return std::shared_ptr<Shape>(shape);
-    });
+    QWKeyedUnarchiver::registerClass(
+        T().className(), [](const QWKeyedUnarchiver &coder) -> std::any {
+            auto shape = std::make_shared<T>();
+            shape->name = coder.decodeStringForKey(QStringLiteral("name")).value_or(QString());
+            return std::shared_ptr<Shape>(shape);
+        });
 }
 
 Sample fullSample()
@@ -97,7 +101,7 @@ Sample fullSample()
     sample.title = QStringLiteral("Grüße, #work ✓ 🗒");
     sample.payload = QByteArray("\x00\x01\xff binary", 10);
     sample.created = QDateTime::fromMSecsSinceEpoch(1700000000123LL, Qt::UTC);
-    sample.colors = {QWColor(1.0, 0.8706, 0.4078), QWColor(0.0627, 0.2471, 0.9843, 0.5)};
+    sample.colors = { QWColor(1.0, 0.8706, 0.4078), QWColor(0.0627, 0.2471, 0.9843, 0.5) };
     sample.font = QWFont(QStringLiteral("Helvetica Neue"), 14.0, true, false);
     return sample;
 }
@@ -131,20 +135,23 @@ void TestQWKeyedArchiver::roundTripsEveryKind()
 {
     const Sample sample = fullSample();
     QString error;
-    const std::optional<Sample> read = readSample(QWKeyedArchiver::archivedDataWithRootObject(sample), &error);
+    const std::optional<Sample> read
+        = readSample(QWKeyedArchiver::archivedDataWithRootObject(sample), &error);
     QVERIFY2(error.isEmpty(), qPrintable(error));
     QVERIFY(read);
     QCOMPARE(*read, sample);
 
     // Unset optional fields stay unset, an empty array stays an empty array.
-    const std::optional<Sample> empty = readSample(QWKeyedArchiver::archivedDataWithRootObject(Sample()));
+    const std::optional<Sample> empty
+        = readSample(QWKeyedArchiver::archivedDataWithRootObject(Sample()));
     QVERIFY(empty);
     QCOMPARE(*empty, Sample());
     QVERIFY(!empty->title);
 
     // Arrays at the root, and a nested archive inside a byte string.
-    const QList<QWColor> colors{QWColor::white(), QWColor::black()};
-    const QWKeyedUnarchiver::ParseResult list = QWKeyedUnarchiver::parse(QWKeyedArchiver::archivedDataWithRootObject(colors));
+    const QList<QWColor> colors { QWColor::white(), QWColor::black() };
+    const QWKeyedUnarchiver::ParseResult list
+        = QWKeyedUnarchiver::parse(QWKeyedArchiver::archivedDataWithRootObject(colors));
     QVERIFY(list.isComplete());
     QCOMPARE(QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<QWColor>(list.root), colors);
 }
@@ -168,10 +175,10 @@ void TestQWKeyedArchiver::floatsKeepTheirSinglePrecision()
 void TestQWKeyedArchiver::keysStayInTheOrderWritten()
 {
     const QByteArray data = QWKeyedArchiver::archivedDataWithRootObject(fullSample());
-    const QStringList keys{QStringLiteral("$class"), QStringLiteral("flag"), QStringLiteral("count"),
-                           QStringLiteral("alpha"), QStringLiteral("ratio"), QStringLiteral("title"),
-                           QStringLiteral("payload"), QStringLiteral("created"), QStringLiteral("colors"),
-                           QStringLiteral("font")};
+    const QStringList keys { QStringLiteral("$class"), QStringLiteral("flag"),
+        QStringLiteral("count"), QStringLiteral("alpha"), QStringLiteral("ratio"),
+        QStringLiteral("title"), QStringLiteral("payload"), QStringLiteral("created"),
+        QStringLiteral("colors"), QStringLiteral("font") };
     qsizetype last = -1;
     for (const QString &key : keys) {
         const qsizetype at = data.indexOf(key.toUtf8(), last + 1);
@@ -187,25 +194,27 @@ void TestQWKeyedArchiver::keysStayInTheOrderWritten()
 
 void TestQWKeyedArchiver::wrongKindsReadAsMissingKeys()
 {
-    QWArchiveValue object = QWArchiveValue::fromObject(
-        QStringLiteral("Sample"),
-        {{QStringLiteral("flag"), QWArchiveValue::fromString(QStringLiteral("yes"))},
-         {QStringLiteral("count"), QWArchiveValue::fromDouble(3.5)},
-         {QStringLiteral("title"), QWArchiveValue::fromInteger(7)},
-         {QStringLiteral("payload"), QWArchiveValue::fromString(QStringLiteral("text"))},
-         {QStringLiteral("created"), QWArchiveValue::fromString(QStringLiteral("2024-01-01"))},
-         {QStringLiteral("colors"), QWArchiveValue::fromArray({QWArchiveValue::fromInteger(1),
-                                                               QWKeyedArchiver::archivedValue(QWColor::white()),
-                                                               QWKeyedArchiver::archivedValue(QWFont(QStringLiteral("Menlo"), 13))})},
-         {QStringLiteral("font"), QWKeyedArchiver::archivedValue(QWColor::black())}});
-    const std::optional<Sample> read = readSample(QWKeyedArchiver::archivedDataWithRootValue(object));
+    QWArchiveValue object = QWArchiveValue::fromObject(QStringLiteral("Sample"),
+        { { QStringLiteral("flag"), QWArchiveValue::fromString(QStringLiteral("yes")) },
+            { QStringLiteral("count"), QWArchiveValue::fromDouble(3.5) },
+            { QStringLiteral("title"), QWArchiveValue::fromInteger(7) },
+            { QStringLiteral("payload"), QWArchiveValue::fromString(QStringLiteral("text")) },
+            { QStringLiteral("created"), QWArchiveValue::fromString(QStringLiteral("2024-01-01")) },
+            { QStringLiteral("colors"),
+                QWArchiveValue::fromArray({ QWArchiveValue::fromInteger(1),
+                    QWKeyedArchiver::archivedValue(QWColor::white()),
+                    QWKeyedArchiver::archivedValue(QWFont(QStringLiteral("Menlo"), 13)) }) },
+            { QStringLiteral("font"), QWKeyedArchiver::archivedValue(QWColor::black()) } });
+    const std::optional<Sample> read
+        = readSample(QWKeyedArchiver::archivedDataWithRootValue(object));
     QVERIFY(read);
     QCOMPARE(read->flag, false);
     QCOMPARE(read->count, 0);
     QVERIFY(!read->title);
     QVERIFY(!read->payload);
     QVERIFY(!read->created);
-    QCOMPARE(read->colors, QList<QWColor>{QWColor::white()}); // only the element of the right class
+    QCOMPARE(
+        read->colors, QList<QWColor> { QWColor::white() }); // only the element of the right class
     QVERIFY(!read->font);
 
     // An object of a class nobody registered is no object.
@@ -222,12 +231,12 @@ void TestQWKeyedArchiver::classRegistryDecodesSharedObjects()
     circle->name = QStringLiteral("round");
     auto square = std::make_shared<Square>();
     square->name = QStringLiteral("boxy");
-    const QList<std::shared_ptr<Shape>> shapes{circle, nullptr, square};
-    const QWKeyedUnarchiver::ParseResult result =
-        QWKeyedUnarchiver::parse(QWKeyedArchiver::archivedDataWithRootObject(shapes));
+    const QList<std::shared_ptr<Shape>> shapes { circle, nullptr, square };
+    const QWKeyedUnarchiver::ParseResult result
+        = QWKeyedUnarchiver::parse(QWKeyedArchiver::archivedDataWithRootObject(shapes));
     QVERIFY(result.isComplete());
-    const QList<std::shared_ptr<Shape>> read =
-        QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<Shape>>(result.root);
+    const QList<std::shared_ptr<Shape>> read
+        = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<Shape>>(result.root);
     QCOMPARE(read.size(), 2); // the null element was never written
     QCOMPARE(read[0]->className(), QStringLiteral("Circle"));
     QCOMPARE(read[0]->name, QStringLiteral("round"));
@@ -241,20 +250,20 @@ void TestQWKeyedArchiver::readableByAnotherCborDecoder()
     const QString path = folder.filePath(QStringLiteral("sample.db"));
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QWKeyedArchiver::archivedDataWithRootObject(QList<Sample>{fullSample()}));
+    file.write(QWKeyedArchiver::archivedDataWithRootObject(QList<Sample> { fullSample() }));
     file.close();
 
     QProcess python;
     python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),
-                 {QStringLiteral(VELLUMO_TEST_DATA_DIR "/read_archive.py"), path});
+        { QStringLiteral(VELLUMO_TEST_DATA_DIR "/read_archive.py"), path });
     QVERIFY(python.waitForFinished(60000));
     const QString output = QString::fromUtf8(python.readAllStandardOutput());
     QVERIFY2(python.exitStatus() == QProcess::NormalExit && python.exitCode() == 0,
-             qPrintable(QString::fromUtf8(python.readAllStandardError())));
+        qPrintable(QString::fromUtf8(python.readAllStandardError())));
     const QStringList lines = output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     QCOMPARE(lines.value(0), QStringLiteral("archiver QWKeyedArchiver 1"));
     QCOMPARE(lines.value(1),
-             QStringLiteral("keys $class flag count alpha ratio title payload created colors font"));
+        QStringLiteral("keys $class flag count alpha ratio title payload created colors font"));
     QCOMPARE(lines.value(2), QStringLiteral("class Sample"));
     QCOMPARE(lines.value(3), QStringLiteral("title Grüße, #work ✓ 🗒"));
     QCOMPARE(lines.value(4), QStringLiteral("alpha 0.8500000238418579")); // the float, widened
@@ -265,7 +274,7 @@ void TestQWKeyedArchiver::readableByAnotherCborDecoder()
 
 void TestQWKeyedArchiver::damagedInputReadsAsMissingValues()
 {
-    const QList<Sample> samples{fullSample(), fullSample()};
+    const QList<Sample> samples { fullSample(), fullSample() };
     const QByteArray data = QWKeyedArchiver::archivedDataWithRootObject(samples);
 
     // Every truncation parses without crashing; whatever was complete before the cut is kept.
@@ -273,7 +282,8 @@ void TestQWKeyedArchiver::damagedInputReadsAsMissingValues()
     for (qsizetype length = 0; length < data.size(); ++length) {
         const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(data.left(length));
         QVERIFY2(!result.isComplete(), qPrintable(QString::number(length)));
-        const QList<Sample> read = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<Sample>(result.root);
+        const QList<Sample> read
+            = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<Sample>(result.root);
         QVERIFY(read.size() <= 2);
         if (!read.isEmpty() && read.front() == samples.front())
             ++recoveredBoth;
@@ -316,14 +326,25 @@ void TestQWKeyedArchiver::damagedInputReadsAsMissingValues()
 
 void TestQWKeyedArchiver::hostileInputIsBounded()
 {
-    const QByteArray header = QByteArray::fromHex("a3" "69" "246172636869766572" "6f" "51574b65796564417263686976657" "2"
-                                                  "68" "2476657273696f6e" "01" "64" "24746f70");
-    QVERIFY(QWKeyedUnarchiver::parse(header + QByteArray::fromHex("f5")).isComplete()); // the header is right
+    const QByteArray header = QByteArray::fromHex("a3"
+                                                  "69"
+                                                  "246172636869766572"
+                                                  "6f"
+                                                  "51574b65796564417263686976657"
+                                                  "2"
+                                                  "68"
+                                                  "2476657273696f6e"
+                                                  "01"
+                                                  "64"
+                                                  "24746f70");
+    QVERIFY(QWKeyedUnarchiver::parse(header + QByteArray::fromHex("f5"))
+                .isComplete()); // the header is right
 
     // Lengths that claim far more than the file holds.
-    for (const char *claim : {"5bffffffffffffffff", "7bffffffffffffff00", "9bffffffffffffffff", "bb7fffffffffffffff",
-                              "5a7fffffff", "9a7fffffff"}) {
-        const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(header + QByteArray::fromHex(claim));
+    for (const char *claim : { "5bffffffffffffffff", "7bffffffffffffff00", "9bffffffffffffffff",
+             "bb7fffffffffffffff", "5a7fffffff", "9a7fffffff" }) {
+        const QWKeyedUnarchiver::ParseResult result
+            = QWKeyedUnarchiver::parse(header + QByteArray::fromHex(claim));
         QVERIFY2(!result.isComplete(), claim);
     }
 
@@ -334,17 +355,22 @@ void TestQWKeyedArchiver::hostileInputIsBounded()
     QVERIFY(nested.error.contains(QStringLiteral("nested")));
 
     // Integers beyond the signed 64-bit range, unknown tags and nulls are values of no kind.
-    QWArchiveValue big = QWKeyedUnarchiver::parse(header + QByteArray::fromHex("1bffffffffffffffff")).root;
+    QWArchiveValue big
+        = QWKeyedUnarchiver::parse(header + QByteArray::fromHex("1bffffffffffffffff")).root;
     QVERIFY(!big.isValid());
-    QCOMPARE(QWKeyedUnarchiver::parse(header + QByteArray::fromHex("3b7ffffffffffffffe")).root.toInteger(),
-             std::numeric_limits<qint64>::min() + 1);
-    QCOMPARE(QWKeyedUnarchiver::parse(header + QByteArray::fromHex("3b7fffffffffffffff")).root.toInteger(),
-             std::numeric_limits<qint64>::min());
-    QVERIFY(!QWKeyedUnarchiver::parse(header + QByteArray::fromHex("3bffffffffffffffff")).root.isValid());
+    QCOMPARE(QWKeyedUnarchiver::parse(header + QByteArray::fromHex("3b7ffffffffffffffe"))
+                 .root.toInteger(),
+        std::numeric_limits<qint64>::min() + 1);
+    QCOMPARE(QWKeyedUnarchiver::parse(header + QByteArray::fromHex("3b7fffffffffffffff"))
+                 .root.toInteger(),
+        std::numeric_limits<qint64>::min());
+    QVERIFY(!QWKeyedUnarchiver::parse(header + QByteArray::fromHex("3bffffffffffffffff"))
+                 .root.isValid());
     QVERIFY(!QWKeyedUnarchiver::parse(header + QByteArray::fromHex("c24101")).root.isValid());
     QVERIFY(!QWKeyedUnarchiver::parse(header + QByteArray::fromHex("f6")).root.isValid());
     // A date far outside the calendar reads as no date.
-    const QWArchiveValue farDate = QWKeyedUnarchiver::parse(header + QByteArray::fromHex("c1fb7fefffffffffffff")).root;
+    const QWArchiveValue farDate
+        = QWKeyedUnarchiver::parse(header + QByteArray::fromHex("c1fb7fefffffffffffff")).root;
     QCOMPARE(farDate.kind(), QWArchiveValue::Kind::Date);
     QVERIFY(!farDate.toDate().isValid());
 }

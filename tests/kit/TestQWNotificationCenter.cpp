@@ -20,26 +20,27 @@ void TestQWNotificationCenter::deliversByNameAndSender()
     int senderB = 0;
     QList<QString> seen;
     QVariantMap lastInfo;
-    center.addObserverForNameObjectHandler(&context, QStringLiteral("SNThemeNameDidChange"), nullptr,
-                                           [&](const QWNotification &notification) {
-                                               seen.append(notification.name);
-                                               lastInfo = notification.userInfo;
-                                           });
+    center.addObserverForNameObjectHandler(&context, QStringLiteral("SNThemeNameDidChange"),
+        nullptr, [&](const QWNotification &notification) {
+            seen.append(notification.name);
+            lastInfo = notification.userInfo;
+        });
     int fromA = 0;
-    center.addObserverForNameObjectHandler(&context, QStringLiteral("Changed"), &senderA,
-                                           [&](const QWNotification &) { ++fromA; });
+    center.addObserverForNameObjectHandler(
+        &context, QStringLiteral("Changed"), &senderA, [&](const QWNotification &) { ++fromA; });
     int everything = 0;
-    QWNotificationCenter::Observation all =
-        center.observeNameObjectHandler(QString(), nullptr, [&](const QWNotification &) { ++everything; });
+    QWNotificationCenter::Observation all = center.observeNameObjectHandler(
+        QString(), nullptr, [&](const QWNotification &) { ++everything; });
 
-    const QVariantMap info{{QStringLiteral("oldName"), QStringLiteral("a")},
-                           {QStringLiteral("newName"), QStringLiteral("b")}};
-    center.postNotificationNameObjectUserInfo(QStringLiteral("SNThemeNameDidChange"), nullptr, info);
+    const QVariantMap info { { QStringLiteral("oldName"), QStringLiteral("a") },
+        { QStringLiteral("newName"), QStringLiteral("b") } };
+    center.postNotificationNameObjectUserInfo(
+        QStringLiteral("SNThemeNameDidChange"), nullptr, info);
     center.postNotificationNameObjectUserInfo(QStringLiteral("Other"));
     center.postNotificationNameObjectUserInfo(QStringLiteral("Changed"), &senderB);
     center.postNotificationNameObjectUserInfo(QStringLiteral("Changed"), &senderA);
 
-    QCOMPARE(seen, QList<QString>{QStringLiteral("SNThemeNameDidChange")});
+    QCOMPARE(seen, QList<QString> { QStringLiteral("SNThemeNameDidChange") });
     QCOMPARE(lastInfo, info);
     QCOMPARE(fromA, 1);
     QCOMPARE(everything, 4);
@@ -57,8 +58,8 @@ void TestQWNotificationCenter::subscriptionsEndWithTheirContext()
     int calls = 0;
     {
         QObject context;
-        center.addObserverForNameObjectHandler(&context, QStringLiteral("Ping"), nullptr,
-                                               [&](const QWNotification &) { ++calls; });
+        center.addObserverForNameObjectHandler(
+            &context, QStringLiteral("Ping"), nullptr, [&](const QWNotification &) { ++calls; });
         center.postNotificationNameObjectUserInfo(QStringLiteral("Ping"));
         QCOMPARE(center.observerCount(), 1);
     }
@@ -67,8 +68,8 @@ void TestQWNotificationCenter::subscriptionsEndWithTheirContext()
     QCOMPARE(calls, 1);
 
     {
-        QWNotificationCenter::Observation observation =
-            center.observeNameObjectHandler(QStringLiteral("Ping"), nullptr, [&](const QWNotification &) { ++calls; });
+        QWNotificationCenter::Observation observation = center.observeNameObjectHandler(
+            QStringLiteral("Ping"), nullptr, [&](const QWNotification &) { ++calls; });
         QWNotificationCenter::Observation moved = std::move(observation);
         QVERIFY(!observation.isActive());
         QVERIFY(moved.isActive());
@@ -87,13 +88,14 @@ void TestQWNotificationCenter::handlersMayUnsubscribeWhileAPostIsUnderWay()
     int firstCalls = 0;
     QObject first;
     // The first observer destroys the second one's context: the second must not be called.
-    center.addObserverForNameObjectHandler(&first, QStringLiteral("Close"), nullptr, [&](const QWNotification &) {
-        ++firstCalls;
-        second.reset();
-        center.postNotificationNameObjectUserInfo(QStringLiteral("Nested"));
-    });
+    center.addObserverForNameObjectHandler(
+        &first, QStringLiteral("Close"), nullptr, [&](const QWNotification &) {
+            ++firstCalls;
+            second.reset();
+            center.postNotificationNameObjectUserInfo(QStringLiteral("Nested"));
+        });
     center.addObserverForNameObjectHandler(second.get(), QStringLiteral("Close"), nullptr,
-                                           [&](const QWNotification &) { ++secondCalls; });
+        [&](const QWNotification &) { ++secondCalls; });
     center.postNotificationNameObjectUserInfo(QStringLiteral("Close"));
     QCOMPARE(firstCalls, 1);
     QCOMPARE(secondCalls, 0);

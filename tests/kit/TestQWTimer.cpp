@@ -1,6 +1,5 @@
-#include "kit/QWTimer.h"
-
 #include "kit/QWScheduler.h"
+#include "kit/QWTimer.h"
 #include "support/QWManualScheduler.h"
 
 #include <QElapsedTimer>
@@ -24,9 +23,8 @@ void TestQWTimer::restartFiresOnceIntervalAfterTheLastRun()
 {
     QWManualScheduler scheduler;
     QList<double> firedAt;
-    auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(0.5, false, [&](QWTimer &) {
-        firedAt.append(scheduler.now());
-    });
+    auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
+        0.5, false, [&](QWTimer &) { firedAt.append(scheduler.now()); });
     scheduler.advanceBy(0.3);
     timer->run();
     timer->run(); // quick succession: still one countdown
@@ -44,7 +42,8 @@ void TestQWTimer::oneShotFiresOnceAndKeepsItselfAlive()
     int fired = 0;
     std::weak_ptr<QWTimer> weak;
     {
-        auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(1.0, false, [&](QWTimer &) { ++fired; });
+        auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
+            1.0, false, [&](QWTimer &) { ++fired; });
         weak = timer;
     } // the owner lets go before it fires
     QVERIFY(!weak.expired());
@@ -60,13 +59,12 @@ void TestQWTimer::repeatingFiresUntilInvalidated()
     QList<double> firedAt;
     std::weak_ptr<QWTimer> weak;
     {
-        auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(300.0, true, [&](QWTimer &) {
-            firedAt.append(scheduler.now());
-        });
+        auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
+            300.0, true, [&](QWTimer &) { firedAt.append(scheduler.now()); });
         weak = timer;
     }
     scheduler.advanceBy(1000.0);
-    QCOMPARE(firedAt, (QList<double>{300.0, 600.0, 900.0}));
+    QCOMPARE(firedAt, (QList<double> { 300.0, 600.0, 900.0 }));
     QVERIFY(!weak.expired()); // a repeating timer lives on without its owner
 
     weak.lock()->invalidate();
@@ -76,10 +74,11 @@ void TestQWTimer::repeatingFiresUntilInvalidated()
 
     // A timer may also stop itself from its own callback.
     int count = 0;
-    auto selfStopping = QWTimer::timerWithIntervalRepeatsDidFinishBlock(1.0, true, [&](QWTimer &timer) {
-        if (++count == 2)
-            timer.invalidate();
-    });
+    auto selfStopping
+        = QWTimer::timerWithIntervalRepeatsDidFinishBlock(1.0, true, [&](QWTimer &timer) {
+              if (++count == 2)
+                  timer.invalidate();
+          });
     scheduler.advanceBy(10.0);
     QCOMPARE(count, 2);
     QVERIFY(!selfStopping->timer());
@@ -89,12 +88,11 @@ void TestQWTimer::invalidateKeepsOrDropsTheCallback()
 {
     QWManualScheduler scheduler;
     int fired = 0;
-    auto timer = QWTimer::timerWithIntervalRepeatsUserInfoDidFinishBlock(0.5, false, QStringLiteral("payload"),
-                                                                        [&](QWTimer &t) {
-                                                                            QCOMPARE(t.userInfo().toString(),
-                                                                                     QStringLiteral("payload"));
-                                                                            ++fired;
-                                                                        });
+    auto timer = QWTimer::timerWithIntervalRepeatsUserInfoDidFinishBlock(
+        0.5, false, QStringLiteral("payload"), [&](QWTimer &t) {
+            QCOMPARE(t.userInfo().toString(), QStringLiteral("payload"));
+            ++fired;
+        });
     timer->invalidateTimerOnly();
     QVERIFY(!timer->timer());
     QVERIFY(timer->didFinishBlock());
@@ -145,11 +143,12 @@ void TestQWTimer::description()
     auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(0.5, false, nullptr);
     const QString text = timer->description();
     QVERIFY2(text.startsWith(QStringLiteral("<QWTimer 0x")), qPrintable(text));
-    QVERIFY2(text.endsWith(QStringLiteral(", interval=0.500000, repeats=NO, userInfo=(null)>")), qPrintable(text));
+    QVERIFY2(text.endsWith(QStringLiteral(", interval=0.500000, repeats=NO, userInfo=(null)>")),
+        qPrintable(text));
     timer->setRepeats(true);
     timer->setUserInfo(42);
     QVERIFY2(timer->description().endsWith(QStringLiteral("repeats=YES, userInfo=42>")),
-             qPrintable(timer->description()));
+        qPrintable(timer->description()));
 }
 
 void TestQWTimer::firesOnTheRealEventLoop()
@@ -158,7 +157,8 @@ void TestQWTimer::firesOnTheRealEventLoop()
     int fired = 0;
     QElapsedTimer clock;
     clock.start();
-    auto timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(0.02, false, [&](QWTimer &) { ++fired; });
+    auto timer
+        = QWTimer::timerWithIntervalRepeatsDidFinishBlock(0.02, false, [&](QWTimer &) { ++fired; });
     timer->run(); // restart: still one firing
     QTRY_COMPARE_WITH_TIMEOUT(fired, 1, 5000);
     QVERIFY(clock.elapsed() >= 15);

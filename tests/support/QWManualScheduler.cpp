@@ -10,13 +10,12 @@ class QWManualScheduler::Timer final : public QWScheduledTimer
 public:
     Timer(double interval, bool repeats, Action action, double due)
         : QWScheduledTimer(interval, repeats, std::move(action)), due(due)
-    {
-    }
+    { }
     void fireNow() { fire(); }
     double due;
 
 protected:
-    void stop() override {}
+    void stop() override { }
 };
 
 QWManualScheduler::QWManualScheduler(const QDateTime &start) : m_start(start)
@@ -27,15 +26,18 @@ QWManualScheduler::QWManualScheduler(const QDateTime &start) : m_start(start)
 
 QWManualScheduler::~QWManualScheduler()
 {
+    invalidateAll();
     QWClock::setCurrentDateTimeProvider({});
     QWScheduler::setCurrent(nullptr);
 }
 
-std::shared_ptr<QWScheduledTimer> QWManualScheduler::scheduledTimerWithInterval(double interval, bool repeats,
-                                                                                QWScheduledTimer::Action action)
+std::shared_ptr<QWScheduledTimer> QWManualScheduler::scheduledTimerWithInterval(
+    double interval, bool repeats, QWScheduledTimer::Action action)
 {
-    auto timer = std::make_shared<Timer>(interval, repeats, std::move(action), m_now + std::max(0.0, interval));
+    auto timer = std::make_shared<Timer>(
+        interval, repeats, std::move(action), m_now + std::max(0.0, interval));
     m_timers.push_back(timer);
+    track(timer);
     return timer;
 }
 
@@ -71,8 +73,9 @@ QDateTime QWManualScheduler::currentDateTime() const
 
 int QWManualScheduler::scheduledCount() const
 {
-    return int(std::count_if(m_timers.begin(), m_timers.end(), [](const std::weak_ptr<Timer> &timer) {
-        const std::shared_ptr<Timer> alive = timer.lock();
-        return alive && alive->isValid();
-    }));
+    return int(
+        std::count_if(m_timers.begin(), m_timers.end(), [](const std::weak_ptr<Timer> &timer) {
+            const std::shared_ptr<Timer> alive = timer.lock();
+            return alive && alive->isValid();
+        }));
 }

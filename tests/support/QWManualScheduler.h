@@ -17,8 +17,8 @@ public:
     QWManualScheduler(const QWManualScheduler &) = delete;
     QWManualScheduler &operator=(const QWManualScheduler &) = delete;
 
-    std::shared_ptr<QWScheduledTimer> scheduledTimerWithInterval(double interval, bool repeats,
-                                                                 QWScheduledTimer::Action action) override;
+    std::shared_ptr<QWScheduledTimer> scheduledTimerWithInterval(
+        double interval, bool repeats, QWScheduledTimer::Action action) override;
 
     // Moves time forward, firing every countdown that falls due, in time order.
     void advanceBy(double seconds);
