@@ -1,8 +1,13 @@
 // Feeds arbitrary bytes to the keyed archive reader and to every kit decoder, the way a
-// damaged or hostile notes file would reach them.
+// damaged or hostile notes file would reach them, and to the theme registry's reading of
+// Themes.db.
 #include "kit/QWColor.h"
 #include "kit/QWFont.h"
 #include "kit/QWKeyedUnarchiver.h"
+#include "themes/SNThemeManager.h"
+#include "themes/SNUserTheme.h"
+
+#include <QGuiApplication>
 
 #include <cstddef>
 #include <cstdint>
@@ -39,12 +44,36 @@ void decodeEverything(const QWArchiveValue &value, int nestedArchives)
     }
 }
 
+// What the registry does with the bytes of a Themes.db, then what the rest of the program
+// asks of the themes it got.
+void readAsThemes(const QByteArray &bytes)
+{
+    const SNThemeManager::Contents contents = SNThemeManager::contentsOfData(bytes);
+    if (!contents.themes)
+        return;
+    for (const std::shared_ptr<SNUserTheme> &theme : *contents.themes) {
+        theme->saveName();
+        theme->description();
+        theme->defaultFont().toQFont();
+        theme->startColor().qw_luminosity();
+        theme->setStartColor(theme->endColor());
+    }
+}
+
 } // namespace
+
+// Themes look up fonts, which needs the application object.
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    static QGuiApplication application(*argc, *argv);
+    return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes
         = QByteArray::fromRawData(reinterpret_cast<const char *>(data), qsizetype(size));
     decodeEverything(QWKeyedUnarchiver::parse(bytes).root, 0);
+    readAsThemes(bytes);
     return 0;
 }

@@ -4,8 +4,10 @@
 #include "kit/QWKeyedUnarchiver.h"
 
 #include <QFontDatabase>
+#include <QGuiApplication>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -17,6 +19,26 @@ const QString italicKey = QStringLiteral("italic");
 // Sizes outside this range are damage, not a choice a user made.
 constexpr double minimumPointSize = 1.0;
 constexpr double maximumPointSize = 1000.0;
+
+// The only place that knows which installed fonts stand in for the ones themes name. Every
+// look-alike comes from a Debian package that ./build.sh installs, except Nimbus Sans
+// (fonts-urw-base35, pulled in by Ghostscript on most desktops), which is Helvetica's own
+// metric clone and so preferred when it is there. Menlo is itself derived from DejaVu Sans Mono.
+const QList<std::pair<QString, QStringList>> &substitutions()
+{
+    static const QList<std::pair<QString, QStringList>> table = {
+        { QStringLiteral("Helvetica Neue"),
+            { QStringLiteral("Nimbus Sans"), QStringLiteral("Liberation Sans"),
+                QStringLiteral("DejaVu Sans") } },
+        { QStringLiteral("Menlo"),
+            { QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Liberation Mono") } },
+        { QStringLiteral("Monaco"),
+            { QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Liberation Mono") } },
+        { QStringLiteral("Georgia"),
+            { QStringLiteral("DejaVu Serif"), QStringLiteral("Liberation Serif") } },
+    };
+    return table;
+}
 
 } // namespace
 
@@ -33,9 +55,20 @@ std::optional<QWFont> QWFont::fontWithNameSize(const QString &family, double poi
 
 bool QWFont::isFamilyInstalled(const QString &family)
 {
-    if (family.isEmpty())
+    // Without a font database (a tool or test with no QGuiApplication) no font is installed,
+    // and themes take their fallback fonts instead of aborting.
+    if (family.isEmpty() || !qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
         return false;
-    return QFontDatabase::families().contains(family, Qt::CaseInsensitive);
+    // A family that several foundries provide is listed once per foundry, as "Nimbus Sans [urw]".
+    for (const QString &listed : QFontDatabase::families()) {
+        if (listed.compare(family, Qt::CaseInsensitive) == 0)
+            return true;
+        const qsizetype foundry = listed.indexOf(QLatin1String(" ["));
+        if (foundry > 0
+            && QStringView(listed).left(foundry).compare(family, Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
 }
 
 QWFont QWFont::withBold(bool bold) const
@@ -59,9 +92,30 @@ QWFont QWFont::withPointSize(double pointSize) const
     return font;
 }
 
+QStringList QWFont::substitutesForFamily(const QString &family)
+{
+    for (const auto &[named, lookAlikes] : substitutions()) {
+        if (family.compare(named, Qt::CaseInsensitive) == 0)
+            return lookAlikes;
+    }
+    return {};
+}
+
+QString QWFont::substitutedFamily(const QString &family)
+{
+    if (isFamilyInstalled(family))
+        return family;
+    for (const QString &lookAlike : substitutesForFamily(family)) {
+        if (isFamilyInstalled(lookAlike))
+            return lookAlike;
+    }
+    return family;
+}
+
 QFont QWFont::toQFont() const
 {
     QFont font(m_family);
+    font.setFamilies(QStringList { m_family } + substitutesForFamily(m_family));
     if (m_pointSize > 0.0)
         font.setPointSizeF(m_pointSize);
     font.setBold(m_bold);

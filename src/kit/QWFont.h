@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -32,6 +33,15 @@ public:
     QWFont withItalic(bool italic) const;
     QWFont withPointSize(double pointSize) const;
 
+    // Fonts the themes name that a Linux desktop rarely has, and the installed look-alikes that
+    // drawing uses instead, best first. Empty for any other family.
+    static QStringList substitutesForFamily(const QString &family);
+    // The family drawing uses for a named one: itself when installed, else its first installed
+    // look-alike, else the name as given (Qt's own fallback then decides).
+    static QString substitutedFamily(const QString &family);
+
+    // Keeps the named family first, so family() still reads "Menlo" and text taken back from an
+    // editor keeps the theme's font name; Qt draws with the first listed family it has.
     QFont toQFont() const;
     QString description() const;
 
