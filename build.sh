@@ -15,7 +15,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libqt6svg6-dev
   libgl-dev x11proto-dev
   python3 python3-cbor2
-  fonts-dejavu-core
+  libbenchmark-dev
+  fonts-dejavu-core fonts-liberation2
 )
 
 log() { printf '\033[1m==> %s\033[0m\n' "$*"; }
@@ -42,8 +43,8 @@ install_missing_packages() {
 
 jobs=$(nproc 2>/dev/null || echo 2)
 
-# configure_and_build DIR [CMAKE OPTIONS...]
-configure_and_build() {
+# configure DIR [CMAKE OPTIONS...]
+configure() {
   local dir=$1
   shift
   if [ ! -f "$dir/build.ninja" ]; then
@@ -51,12 +52,17 @@ configure_and_build() {
   else
     cmake "$dir" "$@" >/dev/null
   fi
-  cmake --build "$dir" --parallel "$jobs"
+}
+
+# configure_and_build DIR [CMAKE OPTIONS...]
+configure_and_build() {
+  configure "$@"
+  cmake --build "$1" --parallel "$jobs"
 }
 
 build_plain() {
   log "Building (build/)"
-  configure_and_build build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELLUMO_WERROR=ON
+  configure_and_build build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELLUMO_WERROR=ON -DVELLUMO_BENCH=ON
 }
 
 run_tests() {
@@ -75,6 +81,14 @@ run_tests() {
   UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   LSAN_OPTIONS=suppressions="$here/tests/support/lsan.supp" \
     ctest --test-dir build-sanitize --output-on-failure --parallel "$jobs" || status=1
+
+  # Only the save stress test needs ThreadSanitizer; the rest of the tree is not built there.
+  log "Building the save stress test with ThreadSanitizer (build-tsan/)"
+  CC=clang CXX=clang++ configure build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELLUMO_WERROR=ON -DVELLUMO_TSAN=ON
+  cmake --build build-tsan --parallel "$jobs" --target TestSNStickyNoteManagerStress
+  log "Save stress test under ThreadSanitizer (build-tsan/)"
+  TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions="$here/tests/support/tsan.supp" \
+    ctest --test-dir build-tsan --output-on-failure -L stress || status=1
 
   if [ $status -ne 0 ]; then
     log "Some tests failed (see above)"

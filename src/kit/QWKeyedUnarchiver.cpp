@@ -251,11 +251,12 @@ QWArchiveValue ArchiveParser::parseTagged(int depth)
     if (!advance())
         return {};
     QWArchiveValue inner = parseValue(depth + 1);
+    // The self-describe tag only marks the file, so a damaged file's partial content passes on.
+    if (quint64(tag) == quint64(QCborKnownTags::Signature))
+        return inner;
     if (failed())
         return {};
     switch (quint64(tag)) {
-    case quint64(QCborKnownTags::Signature):
-        return inner;
     case quint64(QCborKnownTags::UnixTime_t):
         switch (inner.kind()) {
         case QWArchiveValue::Kind::Double:

@@ -1,0 +1,148 @@
+// The notes archive: encoding and decoding, the part of a save the interface thread waits
+// for, and tag lookup in a large index.
+#include "kit/QWKeyedArchiver.h"
+#include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNStickyNote.h"
+#include "notes/SNStickyNoteManager.h"
+#include "tags/SNTag.h"
+#include "tags/SNTagManager.h"
+
+#include <QGuiApplication>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+QList<std::shared_ptr<SNStickyNote>> makeNotes(int count, int textBytes)
+{
+    QList<std::shared_ptr<SNStickyNote>> notes;
+    const QString sentence
+        = QStringLiteral("Remember the milk, call Anna about #work, and water the plants. ");
+    for (int i = 0; i < count; ++i) {
+        QWMutableAttributedString text;
+        QWTextAttributes plain;
+        plain.setFontFamily(QStringLiteral("Helvetica Neue"));
+        plain.setFontSize(14);
+        QWTextAttributes bold = plain;
+        bold.setBold(true);
+        int index = 0;
+        while (text.length() < textBytes)
+            text.appendString(sentence, index++ % 3 == 0 ? bold : plain);
+        auto note = std::make_shared<SNStickyNote>();
+        note->setAttributedString(text.attributedString());
+        note->setWindowFrame(QStringLiteral("{{%1, 100}, {240, 180}}").arg(i));
+        note->setThemeName(QStringLiteral("SNYellowPadTheme"));
+        notes.append(note);
+    }
+    return notes;
+}
+
+void encode(benchmark::State &state, int count, int textBytes)
+{
+    const QList<std::shared_ptr<SNStickyNote>> notes = makeNotes(count, textBytes);
+    qsizetype bytes = 0;
+    for (auto _ : state) {
+        const QByteArray archive = QWKeyedArchiver::archivedDataWithRootObject(notes);
+        bytes = archive.size();
+        benchmark::DoNotOptimize(archive.data());
+    }
+    state.counters["archive_bytes"] = double(bytes);
+    state.SetBytesProcessed(int64_t(state.iterations()) * bytes);
+}
+
+void decode(benchmark::State &state, int count, int textBytes)
+{
+    const QByteArray archive
+        = QWKeyedArchiver::archivedDataWithRootObject(makeNotes(count, textBytes));
+    for (auto _ : state) {
+        const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(archive);
+        const auto notes
+            = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<SNStickyNote>>(
+                result.root);
+        benchmark::DoNotOptimize(notes.size());
+    }
+    state.SetBytesProcessed(int64_t(state.iterations()) * archive.size());
+}
+
+void BM_Encode1000NotesOf1KB(benchmark::State &state)
+{
+    encode(state, 1000, 1000);
+}
+void BM_Decode1000NotesOf1KB(benchmark::State &state)
+{
+    decode(state, 1000, 1000);
+}
+void BM_Encode100NotesOf100KB(benchmark::State &state)
+{
+    encode(state, 100, 100 * 1000);
+}
+void BM_Decode100NotesOf100KB(benchmark::State &state)
+{
+    decode(state, 100, 100 * 1000);
+}
+
+// What the interface thread pays when a note's save delay fires: handing the save to a worker.
+void BM_SaveInBackgroundCallerCost1000Notes(benchmark::State &state)
+{
+    QTemporaryDir folder;
+    SNStickyNoteManager store(folder.path());
+    for (const std::shared_ptr<SNStickyNote> &note : makeNotes(1000, 1000))
+        store.addNote(note);
+    for (auto _ : state) {
+        store.saveInBackground();
+        state.PauseTiming();
+        store.waitForBackgroundSaves();
+        state.ResumeTiming();
+    }
+}
+
+// The whole save, for comparison: what the worker does, and what adding a note costs.
+void BM_SaveOnCallingThread1000Notes(benchmark::State &state)
+{
+    QTemporaryDir folder;
+    SNStickyNoteManager store(folder.path());
+    const QList<std::shared_ptr<SNStickyNote>> notes = makeNotes(1000, 1000);
+    for (const std::shared_ptr<SNStickyNote> &note : notes)
+        store.addNote(note);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(store.save());
+}
+
+void BM_TagLookupAmong10000Tags(benchmark::State &state)
+{
+    SNTagManager &index = SNTagManager::sharedManager();
+    QList<std::shared_ptr<SNTag>> tags;
+    for (int i = 0; i < 10000; ++i)
+        tags.append(SNTag::tagWithNameColor(QStringLiteral("#tag%1").arg(i), QWColor::black()));
+    index.addTags(tags);
+    int i = 0;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(index.tagWithName(QStringLiteral("#tag%1").arg(i++ % 10000)));
+    for (const std::shared_ptr<SNTag> &tag : tags)
+        index.removeTag(tag);
+}
+
+} // namespace
+
+BENCHMARK(BM_Encode1000NotesOf1KB)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Decode1000NotesOf1KB)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Encode100NotesOf100KB)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Decode100NotesOf100KB)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SaveInBackgroundCallerCost1000Notes)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_SaveOnCallingThread1000Notes)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TagLookupAmong10000Tags)->Unit(benchmark::kNanosecond);
+
+int main(int argc, char **argv)
+{
+    // Never the user's real folders: the store and the settings get scratch ones.
+    QTemporaryDir home;
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath(QStringLiteral("config"))));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(home.filePath(QStringLiteral("data"))));
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,336 @@
+#include "notes/SNStickyNote.h"
+
+#include "app/SNUserDefaults.h"
+#include "kit/QWClock.h"
+#include "kit/QWKeyedArchiver.h"
+#include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNStickyNoteManager.h"
+#include "tags/SNTag.h"
+#include "tags/SNTagManager.h"
+#include "themes/SNThemeResolver.h"
+
+#include <algorithm>
+#include <cmath>
+
+const QString SNStickyNote::themeNameDidChangeNotification = QStringLiteral("SNThemeNameDidChange");
+
+namespace {
+
+// The archive keys, in the order they are written.
+const QString dataKey = QStringLiteral("data");
+const QString dateCreatedKey = QStringLiteral("dateCreated");
+const QString dateModifiedKey = QStringLiteral("dateModified");
+const QString windowFrameKey = QStringLiteral("windowFrame");
+const QString isCollapsedKey = QStringLiteral("isCollapsed");
+const QString collapsedWindowFrameKey = QStringLiteral("collapsedWindowFrame");
+const QString pinStateKey = QStringLiteral("pinState");
+const QString windowAlphaKey = QStringLiteral("windowAlpha");
+const QString tagsKey = QStringLiteral("tags");
+const QString themeNameKey = QStringLiteral("themeName");
+const QString countStateKey = QStringLiteral("countState");
+
+const QString oldNameKey = QStringLiteral("oldName");
+const QString newNameKey = QStringLiteral("newName");
+
+bool containsTag(const QList<std::shared_ptr<SNTag>> &tags, const std::shared_ptr<SNTag> &tag)
+{
+    return std::find(tags.begin(), tags.end(), tag) != tags.end();
+}
+
+// A damaged archive must not give a window a state it has no menu item for.
+qint64 boundedState(qint64 value)
+{
+    return value >= 0 && value <= 2 ? value : 0;
+}
+
+} // namespace
+
+SNStickyNote::SNStickyNote()
+{
+    m_themeRenameObservation = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
+        themeNameDidChangeNotification, nullptr,
+        [this](const QWNotification &notification) { themeNameDidChange(notification); });
+}
+
+SNStickyNote::~SNStickyNote() = default;
+
+std::shared_ptr<SNStickyNote> SNStickyNote::note()
+{
+    auto note = std::make_shared<SNStickyNote>();
+    const QDateTime now = QWClock::currentDateTime();
+    note->m_dateCreated = now;
+    note->m_dateModified = now;
+    note->m_pinState = PinStateNormal;
+    note->m_windowAlpha = SNUserDefaults::standardUserDefaults().defaultWindowAlpha();
+    note->updateTheme();
+    note->m_countState = CountWords;
+    return note;
+}
+
+bool SNStickyNote::isCollapsed() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_isCollapsed;
+}
+
+void SNStickyNote::setIsCollapsed(bool collapsed)
+{
+    std::lock_guard lock(m_mutex);
+    m_isCollapsed = collapsed;
+}
+
+std::optional<QWAttributedString> SNStickyNote::attributedString() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_attributedString;
+}
+
+void SNStickyNote::setAttributedString(const std::optional<QWAttributedString> &text)
+{
+    std::lock_guard lock(m_mutex);
+    m_attributedString = text;
+}
+
+std::optional<QDateTime> SNStickyNote::dateCreated() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_dateCreated;
+}
+
+void SNStickyNote::setDateCreated(const std::optional<QDateTime> &date)
+{
+    std::lock_guard lock(m_mutex);
+    m_dateCreated = date;
+}
+
+std::optional<QDateTime> SNStickyNote::dateModified() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_dateModified;
+}
+
+void SNStickyNote::setDateModified(const std::optional<QDateTime> &date)
+{
+    std::lock_guard lock(m_mutex);
+    m_dateModified = date;
+}
+
+QString SNStickyNote::themeName() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_themeName;
+}
+
+void SNStickyNote::setThemeName(const QString &name)
+{
+    {
+        std::lock_guard lock(m_mutex);
+        m_themeName = name;
+    }
+    updateTheme();
+}
+
+QString SNStickyNote::windowFrame() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_windowFrame;
+}
+
+void SNStickyNote::setWindowFrame(const QString &frame)
+{
+    std::lock_guard lock(m_mutex);
+    m_windowFrame = frame;
+}
+
+QString SNStickyNote::collapsedWindowFrame() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_collapsedWindowFrame;
+}
+
+void SNStickyNote::setCollapsedWindowFrame(const QString &frame)
+{
+    std::lock_guard lock(m_mutex);
+    m_collapsedWindowFrame = frame;
+}
+
+qint64 SNStickyNote::pinState() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_pinState;
+}
+
+void SNStickyNote::setPinState(qint64 pinState)
+{
+    std::lock_guard lock(m_mutex);
+    m_pinState = pinState;
+}
+
+qint64 SNStickyNote::countState() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_countState;
+}
+
+void SNStickyNote::setCountState(qint64 countState)
+{
+    std::lock_guard lock(m_mutex);
+    m_countState = countState;
+}
+
+double SNStickyNote::windowAlpha() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_windowAlpha;
+}
+
+void SNStickyNote::setWindowAlpha(double alpha)
+{
+    std::lock_guard lock(m_mutex);
+    m_windowAlpha = alpha;
+}
+
+QList<std::shared_ptr<SNTag>> SNStickyNote::tags() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_tags;
+}
+
+void SNStickyNote::setTags(const QList<std::shared_ptr<SNTag>> &newTags)
+{
+    const QList<std::shared_ptr<SNTag>> oldTags = tags();
+    for (const std::shared_ptr<SNTag> &tag : oldTags) {
+        if (tag && !containsTag(newTags, tag))
+            tag->removeNote(this);
+    }
+    const std::shared_ptr<SNStickyNote> self = shared_from_this();
+    for (const std::shared_ptr<SNTag> &tag : newTags) {
+        if (tag && !containsTag(oldTags, tag))
+            tag->addNote(self);
+    }
+    std::lock_guard lock(m_mutex);
+    m_tags = newTags;
+}
+
+std::shared_ptr<SNTheme> SNStickyNote::theme() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_theme;
+}
+
+void SNStickyNote::updateTheme()
+{
+    QString name = themeName();
+    if (name.isEmpty()) {
+        name = SNThemeResolver::defaultSaveName();
+        std::lock_guard lock(m_mutex);
+        m_themeName = name; // no second resolution
+    }
+    std::shared_ptr<SNTheme> resolved = SNThemeResolver::themeWithSaveName(name);
+    std::lock_guard lock(m_mutex);
+    m_theme = std::move(resolved);
+}
+
+QObject *SNStickyNote::windowController() const
+{
+    return m_windowController.data();
+}
+
+void SNStickyNote::setWindowController(QObject *controller)
+{
+    m_windowController = controller;
+}
+
+void SNStickyNote::willDelete() { }
+
+void SNStickyNote::didDelete()
+{
+    // The note's own list stays as it was; only the tags forget the note.
+    for (const std::shared_ptr<SNTag> &tag : tags()) {
+        if (tag)
+            tag->removeNote(this);
+    }
+}
+
+void SNStickyNote::themeNameDidChange(const QWNotification &notification)
+{
+    const QVariant oldName = notification.userInfo.value(oldNameKey);
+    const QVariant newName = notification.userInfo.value(newNameKey);
+    if (!oldName.isValid() || !newName.isValid())
+        return;
+    {
+        std::lock_guard lock(m_mutex);
+        if (m_themeName != oldName.toString())
+            return;
+        // The theme object is the registry's own and follows the rename by itself.
+        m_themeName = newName.toString();
+    }
+    SNStickyNoteManager::sharedManager().save();
+}
+
+bool SNStickyNote::hasContent() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_attributedString && !m_attributedString->string().trimmed().isEmpty();
+}
+
+void SNStickyNote::encodeWithCoder(QWKeyedArchiver &coder) const
+{
+    std::unique_lock lock(m_mutex);
+    if (!m_attributedString)
+        return;
+    const QWAttributedString text = *m_attributedString;
+    const QDateTime now = QWClock::currentDateTime();
+    const QDateTime created = m_dateCreated.value_or(now);
+    const QDateTime modified = m_dateModified.value_or(now);
+    const QString windowFrame = m_windowFrame.isNull() ? QStringLiteral("") : m_windowFrame;
+    const QString collapsedWindowFrame
+        = m_collapsedWindowFrame.isNull() ? QStringLiteral("") : m_collapsedWindowFrame;
+    const bool isCollapsed = m_isCollapsed;
+    const qint64 pinState = m_pinState;
+    const float windowAlpha = float(m_windowAlpha); // single precision on purpose
+    const QList<std::shared_ptr<SNTag>> tags = m_tags;
+    const QString themeName = m_themeName.isNull() ? QStringLiteral("") : m_themeName;
+    const qint64 countState = m_countState;
+    lock.unlock();
+
+    coder.encodeDataForKey(text.archivedData(), dataKey);
+    coder.encodeDateForKey(created, dateCreatedKey);
+    coder.encodeDateForKey(modified, dateModifiedKey);
+    coder.encodeStringForKey(windowFrame, windowFrameKey);
+    coder.encodeBoolForKey(isCollapsed, isCollapsedKey);
+    coder.encodeStringForKey(collapsedWindowFrame, collapsedWindowFrameKey);
+    coder.encodeIntegerForKey(pinState, pinStateKey);
+    coder.encodeFloatForKey(windowAlpha, windowAlphaKey);
+    coder.encodeArrayOfObjectsForKey(tags, tagsKey);
+    coder.encodeStringForKey(themeName, themeNameKey);
+    coder.encodeIntegerForKey(countState, countStateKey);
+}
+
+std::shared_ptr<SNStickyNote> SNStickyNote::initWithCoder(const QWKeyedUnarchiver &coder)
+{
+    auto note = std::make_shared<SNStickyNote>();
+    if (const std::optional<QByteArray> data = coder.decodeDataForKey(dataKey))
+        note->m_attributedString = QWAttributedString::fromArchivedData(*data);
+    note->m_dateCreated = coder.decodeDateForKey(dateCreatedKey);
+    note->m_dateModified = coder.decodeDateForKey(dateModifiedKey);
+    note->m_windowFrame = coder.decodeStringForKey(windowFrameKey).value_or(QString());
+    note->m_isCollapsed = coder.decodeBoolForKey(isCollapsedKey);
+    note->m_collapsedWindowFrame
+        = coder.decodeStringForKey(collapsedWindowFrameKey).value_or(QString());
+    note->m_pinState = boundedState(coder.decodeIntegerForKey(pinStateKey));
+    const double alpha = coder.decodeDoubleForKey(windowAlphaKey);
+    note->m_windowAlpha = std::isfinite(alpha) ? std::clamp(alpha, 0.0, 1.0) : 0.0;
+    note->m_themeName = coder.decodeStringForKey(themeNameKey).value_or(QString());
+    note->m_countState = boundedState(coder.decodeIntegerForKey(countStateKey));
+
+    // The index hands back its own tag wherever it knows the name, so all notes share one.
+    const QList<std::shared_ptr<SNTag>> decoded
+        = coder.decodeArrayOfObjectsOfClassForKey<std::shared_ptr<SNTag>>(tagsKey).value_or(
+            QList<std::shared_ptr<SNTag>>());
+    note->m_tags = SNTagManager::sharedManager().addTags(decoded);
+    for (const std::shared_ptr<SNTag> &tag : std::as_const(note->m_tags))
+        tag->addNote(note);
+    note->updateTheme();
+    return note;
+}

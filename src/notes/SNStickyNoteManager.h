@@ -1,0 +1,95 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+class QSaveFile;
+class SNStickyNote;
+
+// The one store of all notes: it loads "stickies.db" once, keeps the notes in order, writes
+// the whole list back on request and copies the file for export. It knows nothing of windows.
+//
+// Saving never loses data: the archive is written beside the old one and renamed over it,
+// an older snapshot never replaces a newer one, and a file that cannot be read is moved
+// aside before anything could replace it.
+class SNStickyNoteManager final
+{
+public:
+    static const QString databaseFileName; // "stickies.db"
+    static const QString
+        defaultDatabaseResource; // the welcome notes, ":/Vellumo/stickies.default.db"
+
+    // Where the files of the device a save writes to come from; tests hand in devices that fail.
+    using SaveFileFactory = std::function<std::unique_ptr<QSaveFile>(const QString &path)>;
+
+    // The store over the folder "Vellumo/" of the user's data folder; loads at once.
+    SNStickyNoteManager();
+    // The store over another folder, for tests and tools; loads at once.
+    explicit SNStickyNoteManager(const QString &baseDatabasePath);
+    // Waits for saves still running in the background.
+    ~SNStickyNoteManager();
+    SNStickyNoteManager(const SNStickyNoteManager &) = delete;
+    SNStickyNoteManager &operator=(const SNStickyNoteManager &) = delete;
+
+    static SNStickyNoteManager &sharedManager();
+
+    QString baseDatabasePath() const; // ends with "/"
+    QString databasePath() const;
+
+    // A copy of the list: later changes to the store do not show in it.
+    QList<std::shared_ptr<SNStickyNote>> notesArray() const;
+    void addNote(const std::shared_ptr<SNStickyNote> &note);
+    void removeNote(const std::shared_ptr<SNStickyNote> &note);
+
+    // Writes every note that has text to the file, on the calling thread. False when the
+    // file could not be written (or a newer save had already written it: nothing to do).
+    bool save();
+    // The same on a worker of its own; the interface thread does not wait.
+    void saveInBackground();
+    // Returns once every background save has finished; called at quit.
+    void waitForBackgroundSaves();
+
+    // Copies the file; never overwrites. Logs and returns false on failure.
+    bool exportDatabaseToPath(const QString &path);
+
+    void loadDatabase();
+
+    // Where an unreadable file went, if loading moved one aside.
+    QString movedAsidePath() const;
+
+    void setSaveFileFactory(SaveFileFactory factory);
+
+private:
+    bool writeArchive(const QByteArray &archive, quint64 generation);
+    void reapFinishedWorkers();
+
+    const QString m_baseDatabasePath;
+
+    mutable std::mutex m_listMutex;
+    QList<std::shared_ptr<SNStickyNote>> m_actualNotesArray;
+
+    // Snapshots are taken and encoded in order under this lock, so a snapshot's number says
+    // how fresh its content is; the file only ever moves to a higher number.
+    std::mutex m_snapshotMutex;
+    quint64 m_lastGeneration = 0;
+    std::mutex m_writeMutex;
+    quint64 m_writtenGeneration = 0;
+    bool m_writeRefused = false; // the file on disk could not be read nor moved aside
+    QString m_movedAsidePath;
+    SaveFileFactory m_saveFileFactory;
+
+    struct Worker
+    {
+        std::thread thread;
+        std::shared_ptr<std::atomic<bool>> finished;
+    };
+    std::mutex m_workersMutex;
+    std::vector<Worker> m_workers;
+};

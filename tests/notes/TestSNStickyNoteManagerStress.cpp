@@ -1,0 +1,88 @@
+// One thread edits notes (text, frames, tags) while saves run on others. Built and run under
+// ThreadSanitizer by ./build.sh test; in the other builds it checks the end state.
+#include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNStickyNote.h"
+#include "notes/SNStickyNoteManager.h"
+#include "support/QWTestEnvironment.h"
+#include "tags/SNTag.h"
+#include "tags/SNTagManager.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <atomic>
+#include <thread>
+
+class TestSNStickyNoteManagerStress final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void editsWhileSaving();
+};
+
+void TestSNStickyNoteManagerStress::editsWhileSaving()
+{
+    QWTestEnvironment environment;
+    SNStickyNoteManager store(environment.dataHome() + QStringLiteral("/Vellumo"));
+    for (const std::shared_ptr<SNStickyNote> &note : store.notesArray())
+        store.removeNote(note);
+
+    QList<std::shared_ptr<SNTag>> tags;
+    for (int i = 0; i < 6; ++i)
+        tags.append(
+            SNTag::tagWithNameColor(QStringLiteral("#tag%1").arg(i), QWColor::qw_randomColor()));
+    SNTagManager::sharedManager().addTags(tags);
+
+    QList<std::shared_ptr<SNStickyNote>> notes;
+    for (int i = 0; i < 12; ++i) {
+        auto note = std::make_shared<SNStickyNote>();
+        note->setAttributedString(QWAttributedString(QStringLiteral("note %1").arg(i)));
+        store.addNote(note);
+        notes.append(note);
+    }
+
+    std::atomic<bool> editing { true };
+    std::thread saver([&] {
+        while (editing.load())
+            store.save();
+    });
+
+    QRandomGenerator random(7);
+    for (int round = 0; round < 1500; ++round) {
+        const std::shared_ptr<SNStickyNote> &note = notes[random.bounded(notes.size())];
+        note->setAttributedString(
+            QWAttributedString(QStringLiteral("round %1 ").arg(round).repeated(1 + round % 5)));
+        note->setWindowFrame(QStringLiteral("{{%1, %2}, {240, 180}}").arg(round).arg(round % 300));
+        note->setWindowAlpha(0.5 + (round % 50) / 100.0);
+        note->setTags({ tags[round % tags.size()], tags[(round + 1) % tags.size()] });
+        if (round % 25 == 0)
+            store.addNote(notes.last());
+        if (round % 25 == 1)
+            store.removeNote(notes.last());
+        if (round % 10 == 0)
+            store.saveInBackground();
+    }
+    editing.store(false);
+    saver.join();
+    store.waitForBackgroundSaves();
+    QVERIFY(store.save());
+
+    // The file holds exactly the final state.
+    QFile file(store.databasePath());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(file.readAll());
+    QVERIFY(result.isComplete());
+    QCOMPARE(qsizetype(result.root.toArray().size()), store.notesArray().size());
+    const auto written = result.root.toArray();
+    const QList<std::shared_ptr<SNStickyNote>> expected = store.notesArray();
+    for (qsizetype i = 0; i < expected.size(); ++i)
+        QCOMPARE(
+            written[size_t(i)].valueForKey(u"windowFrame")->toString(), expected[i]->windowFrame());
+
+    for (const std::shared_ptr<SNStickyNote> &note : notes)
+        note->setTags({});
+}
+
+QTEST_GUILESS_MAIN(TestSNStickyNoteManagerStress)
+#include "TestSNStickyNoteManagerStress.moc"
