@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QList>
+#include <QMetaObject>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <optional>
+
+class QWidget;
+class QWWindowController;
+
+// The register of the window controllers whose windows the program shows together: one
+// note window controller per open note. It keeps them in the order they were added, shows
+// them, hides them all, brings them all to the front in their last front-to-back order, and
+// lets a controller go when its window closes. It owns the controllers it holds.
+//
+// X11 reports the stacking order only through the window manager, so the manager keeps the
+// front-to-back order itself, from window activation.
+class QWWindowManager final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(QWWindowManager)
+
+public:
+    static const QString willCloseAllWindowsNotification; // "QWWindowManagerWillCloseAllWindows"
+    static const QString didCloseAllWindowsNotification;  // "QWWindowManagerDidCloseAllWindows"
+
+    QWWindowManager();
+    ~QWWindowManager() override;
+
+    static QWWindowManager &sharedManager();
+
+    QList<QWWindowController *> windowControllers() const;
+
+    void addWindowWithControllerShouldShow(QWWindowController *controller, bool shouldShow);
+    void addWindowWithController(QWWindowController *controller);
+    void addWindowControllersShouldShow(const QList<QWWindowController *> &controllers, bool shouldShow);
+    void addWindowControllers(const QList<QWWindowController *> &controllers);
+
+    // The managed controllers of that class or derived from it, in list order.
+    QList<QWWindowController *> windowControllersForClass(const QMetaObject &metaObject) const;
+    template <class Controller>
+    QList<Controller *> windowControllersForClass() const
+    {
+        QList<Controller *> result;
+        for (QWWindowController *controller : windowControllersForClass(Controller::staticMetaObject))
+            result.append(static_cast<Controller *>(controller));
+        return result;
+    }
+
+    // Makes the window key and raises it, even when another program is active.
+    void showWindow(QWidget *window);
+    void bringWindowControllersToTheFront();
+    // Hides every managed window without closing it or forgetting it.
+    void hideAllWindowControllers();
+    // Remembers the present front-to-back order, for the next bringWindowControllersToTheFront().
+    void updateOrderedWindows();
+
+    // The program's windows, front-most first, as far as the manager has seen them activated.
+    QList<QWidget *> orderedWindows() const;
+
+private:
+    void windowDidClose(QWWindowController *controller);
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+    QList<QPointer<QWWindowController>> m_controllers;
+    QList<QPointer<QWidget>> m_stackingOrder; // front-most first
+    std::optional<QList<QPointer<QWidget>>> m_previousOrderedWindows;
+};

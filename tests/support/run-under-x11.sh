@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Runs one test program on a private X server with a real window manager (openbox) and a
+# private session bus, as the integration tests need: window levels, workspaces and focus
+# are the window manager's business, and nothing reaches the user's own desktop.
+set -euo pipefail
+
+for tool in Xvfb openbox dbus-run-session; do
+  command -v "$tool" >/dev/null || { echo "run-under-x11: $tool is missing (./build.sh installs it)" >&2; exit 1; }
+done
+
+runtime=$(mktemp -d)
+cleanup() {
+  [ -n "${wm_pid:-}" ] && kill "$wm_pid" 2>/dev/null || true
+  [ -n "${xvfb_pid:-}" ] && kill "$xvfb_pid" 2>/dev/null || true
+  rm -rf "$runtime"
+}
+trap cleanup EXIT
+
+# Let the X server pick a free display and tell us which.
+exec {display_fd}<> <(:)
+Xvfb -displayfd "$display_fd" -screen 0 1280x800x24 -nolisten tcp >"$runtime/xvfb.log" 2>&1 &
+xvfb_pid=$!
+read -r -t 20 display_number <&"$display_fd" || { echo "run-under-x11: Xvfb did not start" >&2; cat "$runtime/xvfb.log" >&2; exit 1; }
+export DISPLAY=":$display_number"
+
+openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
+wm_pid=$!
+# Wait until the window manager has taken the screen.
+for _ in $(seq 50); do
+  if xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; then
+    break
+  fi
+  sleep 0.1
+done
+
+export QT_QPA_PLATFORM=xcb
+dbus-run-session -- "$@"
