@@ -69,56 +69,47 @@ std::shared_ptr<SNStickyNote> SNStickyNote::note()
 
 bool SNStickyNote::isCollapsed() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_isCollapsed;
+    return locked(m_isCollapsed);
 }
 
 void SNStickyNote::setIsCollapsed(bool collapsed)
 {
-    std::lock_guard lock(m_mutex);
-    m_isCollapsed = collapsed;
+    setLocked(m_isCollapsed, collapsed);
 }
 
 std::optional<QWAttributedString> SNStickyNote::attributedString() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_attributedString;
+    return locked(m_attributedString);
 }
 
 void SNStickyNote::setAttributedString(const std::optional<QWAttributedString> &text)
 {
-    std::lock_guard lock(m_mutex);
-    m_attributedString = text;
+    setLocked(m_attributedString, text);
 }
 
 std::optional<QDateTime> SNStickyNote::dateCreated() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_dateCreated;
+    return locked(m_dateCreated);
 }
 
 void SNStickyNote::setDateCreated(const std::optional<QDateTime> &date)
 {
-    std::lock_guard lock(m_mutex);
-    m_dateCreated = date;
+    setLocked(m_dateCreated, date);
 }
 
 std::optional<QDateTime> SNStickyNote::dateModified() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_dateModified;
+    return locked(m_dateModified);
 }
 
 void SNStickyNote::setDateModified(const std::optional<QDateTime> &date)
 {
-    std::lock_guard lock(m_mutex);
-    m_dateModified = date;
+    setLocked(m_dateModified, date);
 }
 
 QString SNStickyNote::themeName() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_themeName;
+    return locked(m_themeName);
 }
 
 void SNStickyNote::setThemeName(const QString &name)
@@ -132,68 +123,57 @@ void SNStickyNote::setThemeName(const QString &name)
 
 QString SNStickyNote::windowFrame() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_windowFrame;
+    return locked(m_windowFrame);
 }
 
 void SNStickyNote::setWindowFrame(const QString &frame)
 {
-    std::lock_guard lock(m_mutex);
-    m_windowFrame = frame;
+    setLocked(m_windowFrame, frame);
 }
 
 QString SNStickyNote::collapsedWindowFrame() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_collapsedWindowFrame;
+    return locked(m_collapsedWindowFrame);
 }
 
 void SNStickyNote::setCollapsedWindowFrame(const QString &frame)
 {
-    std::lock_guard lock(m_mutex);
-    m_collapsedWindowFrame = frame;
+    setLocked(m_collapsedWindowFrame, frame);
 }
 
 qint64 SNStickyNote::pinState() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_pinState;
+    return locked(m_pinState);
 }
 
 void SNStickyNote::setPinState(qint64 pinState)
 {
-    std::lock_guard lock(m_mutex);
-    m_pinState = pinState;
+    setLocked(m_pinState, pinState);
 }
 
 qint64 SNStickyNote::countState() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_countState;
+    return locked(m_countState);
 }
 
 void SNStickyNote::setCountState(qint64 countState)
 {
-    std::lock_guard lock(m_mutex);
-    m_countState = countState;
+    setLocked(m_countState, countState);
 }
 
 double SNStickyNote::windowAlpha() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_windowAlpha;
+    return locked(m_windowAlpha);
 }
 
 void SNStickyNote::setWindowAlpha(double alpha)
 {
-    std::lock_guard lock(m_mutex);
-    m_windowAlpha = alpha;
+    setLocked(m_windowAlpha, alpha);
 }
 
 QList<std::shared_ptr<SNTag>> SNStickyNote::tags() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_tags;
+    return locked(m_tags);
 }
 
 void SNStickyNote::setTags(const QList<std::shared_ptr<SNTag>> &newTags)
@@ -208,14 +188,12 @@ void SNStickyNote::setTags(const QList<std::shared_ptr<SNTag>> &newTags)
         if (tag && !containsTag(oldTags, tag))
             tag->addNote(self);
     }
-    std::lock_guard lock(m_mutex);
-    m_tags = newTags;
+    setLocked(m_tags, newTags);
 }
 
 std::shared_ptr<SNTheme> SNStickyNote::theme() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_theme;
+    return locked(m_theme);
 }
 
 void SNStickyNote::updateTheme()
@@ -223,12 +201,9 @@ void SNStickyNote::updateTheme()
     QString name = themeName();
     if (name.isEmpty()) {
         name = SNThemeResolver::defaultSaveName();
-        std::lock_guard lock(m_mutex);
-        m_themeName = name; // no second resolution
+        setLocked(m_themeName, name); // no second resolution
     }
-    std::shared_ptr<SNTheme> resolved = SNThemeResolver::themeWithSaveName(name);
-    std::lock_guard lock(m_mutex);
-    m_theme = std::move(resolved);
+    setLocked(m_theme, SNThemeResolver::themeWithSaveName(name));
 }
 
 QObject *SNStickyNote::windowController() const

@@ -92,6 +92,18 @@ public:
 private:
     void themeNameDidChange(const QWNotification &notification);
 
+    // Every field is read and written under the note's lock.
+    template <class T> T locked(const T &field) const
+    {
+        std::lock_guard lock(m_mutex);
+        return field;
+    }
+    template <class T, class Value> void setLocked(T &field, const Value &value)
+    {
+        std::lock_guard lock(m_mutex);
+        field = value;
+    }
+
     mutable std::mutex m_mutex;
     bool m_isCollapsed = false;
     std::optional<QWAttributedString> m_attributedString;
