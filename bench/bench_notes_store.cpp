@@ -83,12 +83,21 @@ void BM_Decode100NotesOf100KB(benchmark::State &state)
 }
 
 // What the interface thread pays when a note's save delay fires: handing the save to a worker.
+// A store over a folder that already holds the notes, as after a launch.
+std::unique_ptr<SNStickyNoteManager> storeWithNotes(const QTemporaryDir &folder, int count)
+{
+    QFile file(folder.filePath(SNStickyNoteManager::databaseFileName));
+    if (file.open(QIODevice::WriteOnly))
+        file.write(QWKeyedArchiver::archivedDataWithRootObject(makeNotes(count, 1000)));
+    file.close();
+    return std::make_unique<SNStickyNoteManager>(folder.path());
+}
+
 void BM_SaveInBackgroundCallerCost1000Notes(benchmark::State &state)
 {
     QTemporaryDir folder;
-    SNStickyNoteManager store(folder.path());
-    for (const std::shared_ptr<SNStickyNote> &note : makeNotes(1000, 1000))
-        store.addNote(note);
+    const std::unique_ptr<SNStickyNoteManager> stored = storeWithNotes(folder, 1000);
+    SNStickyNoteManager &store = *stored;
     for (auto _ : state) {
         store.saveInBackground();
         state.PauseTiming();
@@ -101,12 +110,9 @@ void BM_SaveInBackgroundCallerCost1000Notes(benchmark::State &state)
 void BM_SaveOnCallingThread1000Notes(benchmark::State &state)
 {
     QTemporaryDir folder;
-    SNStickyNoteManager store(folder.path());
-    const QList<std::shared_ptr<SNStickyNote>> notes = makeNotes(1000, 1000);
-    for (const std::shared_ptr<SNStickyNote> &note : notes)
-        store.addNote(note);
+    const std::unique_ptr<SNStickyNoteManager> store = storeWithNotes(folder, 1000);
     for (auto _ : state)
-        benchmark::DoNotOptimize(store.save());
+        benchmark::DoNotOptimize(store->save());
 }
 
 void BM_TagLookupAmong10000Tags(benchmark::State &state)
@@ -129,7 +135,8 @@ BENCHMARK(BM_Encode1000NotesOf1KB)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Decode1000NotesOf1KB)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Encode100NotesOf100KB)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Decode100NotesOf100KB)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_SaveInBackgroundCallerCost1000Notes)->Unit(benchmark::kMicrosecond);
+// Each iteration also waits, untimed, for the whole save: keep the count small.
+BENCHMARK(BM_SaveInBackgroundCallerCost1000Notes)->Unit(benchmark::kMicrosecond)->Iterations(40);
 BENCHMARK(BM_SaveOnCallingThread1000Notes)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TagLookupAmong10000Tags)->Unit(benchmark::kNanosecond);
 

@@ -37,12 +37,6 @@ bool containsTag(const QList<std::shared_ptr<SNTag>> &tags, const std::shared_pt
     return std::find(tags.begin(), tags.end(), tag) != tags.end();
 }
 
-// A damaged archive must not give a window a state it has no menu item for.
-qint64 boundedState(qint64 value)
-{
-    return value >= 0 && value <= 2 ? value : 0;
-}
-
 } // namespace
 
 SNStickyNote::SNStickyNote()
@@ -293,11 +287,13 @@ std::shared_ptr<SNStickyNote> SNStickyNote::initWithCoder(const QWKeyedUnarchive
     note->m_isCollapsed = coder.decodeBoolForKey(isCollapsedKey);
     note->m_collapsedWindowFrame
         = coder.decodeStringForKey(collapsedWindowFrameKey).value_or(QString());
-    note->m_pinState = boundedState(coder.decodeIntegerForKey(pinStateKey));
+    // Kept as stored, even outside the menu's range: the window shows such a note at the
+    // normal level and the value stays until the user picks another.
+    note->m_pinState = coder.decodeIntegerForKey(pinStateKey);
     const double alpha = coder.decodeDoubleForKey(windowAlphaKey);
     note->m_windowAlpha = std::isfinite(alpha) ? std::clamp(alpha, 0.0, 1.0) : 0.0;
     note->m_themeName = coder.decodeStringForKey(themeNameKey).value_or(QString());
-    note->m_countState = boundedState(coder.decodeIntegerForKey(countStateKey));
+    note->m_countState = coder.decodeIntegerForKey(countStateKey);
 
     // The index hands back its own tag wherever it knows the name, so all notes share one.
     const QList<std::shared_ptr<SNTag>> decoded

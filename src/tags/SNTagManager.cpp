@@ -36,24 +36,17 @@ std::shared_ptr<SNTag> SNTagManager::tagWithName(const QString &name) const
     if (name.isEmpty() || m_actualTagsArray.empty())
         return nullptr;
     const auto found = m_tagsByName.constFind(name);
-    if (found == m_tagsByName.constEnd() || found->isEmpty())
-        return nullptr;
-    SNTag *first = found->front();
-    for (const std::shared_ptr<SNTag> &tag : m_actualTagsArray) {
-        if (tag.get() == first)
-            return tag;
-    }
-    return nullptr;
+    return found == m_tagsByName.constEnd() || found->isEmpty() ? nullptr : found->front();
 }
 
 void SNTagManager::insert(const std::shared_ptr<SNTag> &tag)
 {
     if (!tag)
         return;
-    QList<SNTag *> &sameName = m_tagsByName[tag->name()];
-    if (sameName.contains(tag.get()))
+    QList<std::shared_ptr<SNTag>> &sameName = m_tagsByName[tag->name()];
+    if (sameName.contains(tag))
         return;
-    sameName.append(tag.get());
+    sameName.append(tag);
     m_actualTagsArray.push_back(tag);
 }
 
@@ -90,7 +83,7 @@ void SNTagManager::removeTag(const std::shared_ptr<SNTag> &tag)
     if (found != m_actualTagsArray.end()) {
         const auto sameName = m_tagsByName.find(tag->name());
         if (sameName != m_tagsByName.end()) {
-            sameName->removeOne(tag.get());
+            sameName->removeOne(tag);
             if (sameName->isEmpty())
                 m_tagsByName.erase(sameName);
         }

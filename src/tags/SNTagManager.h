@@ -45,6 +45,6 @@ private:
 
     // Insertion order, membership by identity; the hash finds a name without a scan.
     std::vector<std::shared_ptr<SNTag>> m_actualTagsArray;
-    QHash<QString, QList<SNTag *>> m_tagsByName;
+    QHash<QString, QList<std::shared_ptr<SNTag>>> m_tagsByName;
     std::shared_ptr<QWTimer> m_delayTimer;
 };
