@@ -25,7 +25,7 @@ class QWWindowManager final : public QObject
 
 public:
     static const QString willCloseAllWindowsNotification; // "QWWindowManagerWillCloseAllWindows"
-    static const QString didCloseAllWindowsNotification;  // "QWWindowManagerDidCloseAllWindows"
+    static const QString didCloseAllWindowsNotification; // "QWWindowManagerDidCloseAllWindows"
 
     QWWindowManager();
     ~QWWindowManager() override;
@@ -36,16 +36,17 @@ public:
 
     void addWindowWithControllerShouldShow(QWWindowController *controller, bool shouldShow);
     void addWindowWithController(QWWindowController *controller);
-    void addWindowControllersShouldShow(const QList<QWWindowController *> &controllers, bool shouldShow);
+    void addWindowControllersShouldShow(
+        const QList<QWWindowController *> &controllers, bool shouldShow);
     void addWindowControllers(const QList<QWWindowController *> &controllers);
 
     // The managed controllers of that class or derived from it, in list order.
     QList<QWWindowController *> windowControllersForClass(const QMetaObject &metaObject) const;
-    template <class Controller>
-    QList<Controller *> windowControllersForClass() const
+    template <class Controller> QList<Controller *> windowControllersForClass() const
     {
         QList<Controller *> result;
-        for (QWWindowController *controller : windowControllersForClass(Controller::staticMetaObject))
+        for (QWWindowController *controller :
+            windowControllersForClass(Controller::staticMetaObject))
             result.append(static_cast<Controller *>(controller));
         return result;
     }
@@ -53,17 +54,23 @@ public:
     // Makes the window key and raises it, even when another program is active.
     void showWindow(QWidget *window);
     void bringWindowControllersToTheFront();
-    // Hides every managed window without closing it or forgetting it.
+    // Hides every managed window without closing it or forgetting it, having remembered the
+    // front-to-back order first (updateOrderedWindows()).
     void hideAllWindowControllers();
     // Remembers the present front-to-back order, for the next bringWindowControllersToTheFront().
     void updateOrderedWindows();
 
-    // The program's windows, front-most first, as far as the manager has seen them activated.
+    // The managed windows, front-most first: those the manager has seen activated or has
+    // raised itself, in that order, then the ones never brought forward, in list order.
     QList<QWidget *> orderedWindows() const;
 
 private:
     void windowDidClose(QWWindowController *controller);
+    void controllerWasDestroyed(QObject *controller);
+    void stopWatching(QWWindowController *controller);
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void moveToFront(QWidget *window);
+    bool isManagedWindow(const QWidget *window) const;
 
     QList<QPointer<QWWindowController>> m_controllers;
     QList<QPointer<QWidget>> m_stackingOrder; // front-most first

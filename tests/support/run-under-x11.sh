@@ -23,15 +23,29 @@ xvfb_pid=$!
 read -r -t 20 display_number <&"$display_fd" || { echo "run-under-x11: Xvfb did not start" >&2; cat "$runtime/xvfb.log" >&2; exit 1; }
 export DISPLAY=":$display_number"
 
+# The server may take a moment to accept clients after it has named its display.
+for _ in $(seq 100); do
+  xprop -root >/dev/null 2>&1 && break
+  sleep 0.05
+done
+
 openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
 wm_pid=$!
-# Wait until the window manager has taken the screen.
-for _ in $(seq 50); do
+# Wait until the window manager has taken the screen; without it the tests mean nothing.
+wm_ready=
+for _ in $(seq 100); do
   if xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; then
+    wm_ready=yes
     break
   fi
-  sleep 0.1
+  kill -0 "$wm_pid" 2>/dev/null || break
+  sleep 0.05
 done
+if [ -z "$wm_ready" ]; then
+  echo "run-under-x11: openbox did not start on $DISPLAY" >&2
+  cat "$runtime/openbox.log" >&2
+  exit 1
+fi
 
 export QT_QPA_PLATFORM=xcb
 dbus-run-session -- "$@"

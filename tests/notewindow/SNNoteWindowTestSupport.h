@@ -1,0 +1,161 @@
+#pragma once
+
+#include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNStickyNote.h"
+#include "notes/SNStickyNoteManager.h"
+#include "notewindow/SNModalPresenter.h"
+#include "notewindow/SNStickyNoteWindowController.h"
+#include "notewindow/SNStickyWindow.h"
+
+#include <QAbstractButton>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStringList>
+#include <QTest>
+
+#include <memory>
+
+// Answers a note window's questions in place of a person, and remembers what it was asked.
+class ScriptedPresenter final : public SNModalPresenter
+{
+public:
+    struct Alert
+    {
+        QString text;
+        QString informativeText;
+        QStringList buttons; // as added
+        QList<QMessageBox::ButtonRole> roles;
+        QString defaultButton;
+        QString escapeButton;
+        QWidget *parent = nullptr;
+        bool staysOnTop = false;
+    };
+    struct Panel
+    {
+        QString acceptLabel;
+        QString proposedName;
+        QStringList nameFilters;
+        QString defaultSuffix;
+        QFileDialog::AcceptMode acceptMode = QFileDialog::AcceptOpen;
+        bool staysOnTop = false;
+    };
+
+    QStringList alertAnswers; // button texts, one per alert, in order
+    QStringList panelAnswers; // paths, one per panel; an empty one cancels
+    QList<Alert> alerts;
+    QList<Panel> panels;
+    int beeps = 0;
+
+    QAbstractButton *runAlert(QMessageBox &alert) override
+    {
+        Alert asked;
+        asked.text = alert.text();
+        asked.informativeText = alert.informativeText();
+        const QList<QAbstractButton *> buttons = alert.buttons();
+        for (QAbstractButton *button : buttons) {
+            asked.buttons.append(button->text());
+            asked.roles.append(alert.buttonRole(button));
+        }
+        asked.defaultButton = alert.defaultButton() ? alert.defaultButton()->text() : QString();
+        asked.escapeButton = alert.escapeButton() ? alert.escapeButton()->text() : QString();
+        asked.parent = alert.parentWidget();
+        asked.staysOnTop = alert.windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+        alerts.append(asked);
+
+        const QString answer = alertAnswers.isEmpty() ? QString() : alertAnswers.takeFirst();
+        for (QAbstractButton *button : buttons) {
+            if (button->text() == answer)
+                return button;
+        }
+        return nullptr;
+    }
+
+    QString runSavePanel(QFileDialog &panel) override
+    {
+        Panel asked;
+        asked.acceptLabel = panel.labelText(QFileDialog::Accept);
+        asked.proposedName = QFileInfo(panel.selectedFiles().value(0)).fileName();
+        asked.nameFilters = panel.nameFilters();
+        asked.defaultSuffix = panel.defaultSuffix();
+        asked.acceptMode = panel.acceptMode();
+        asked.staysOnTop = panel.windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+        panels.append(asked);
+        return panelAnswers.isEmpty() ? QString() : panelAnswers.takeFirst();
+    }
+
+    void beep() override { ++beeps; }
+};
+
+inline std::shared_ptr<SNStickyNote> noteWithText(const QString &text)
+{
+    auto note = SNStickyNote::note();
+    note->setAttributedString(QWAttributedString(text));
+    return note;
+}
+
+// A controller for the note with its window shown, answering through the presenter.
+inline std::unique_ptr<SNStickyNoteWindowController> openNote(
+    const std::shared_ptr<SNStickyNote> &note,
+    const std::shared_ptr<SNModalPresenter> &presenter = nullptr)
+{
+    std::unique_ptr<SNStickyNoteWindowController> controller(
+        SNStickyNoteWindowController::controllerWithNote(note));
+    controller->setShouldCascadeWindows(false);
+    if (presenter)
+        controller->setModalPresenter(presenter);
+    controller->showWindow();
+    if (!QTest::qWaitForWindowExposed(controller->window()))
+        qWarning("The note window was not shown");
+    return controller;
+}
+
+// What the notes archive holds now, read back by a store of its own.
+inline QList<std::shared_ptr<SNStickyNote>> notesInArchive()
+{
+    SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
+    store.waitForBackgroundSaves();
+    SNStickyNoteManager reader(store.baseDatabasePath());
+    return reader.notesArray();
+}
+
+inline QString plainText(const std::shared_ptr<SNStickyNote> &note)
+{
+    const std::optional<QWAttributedString> text = note->attributedString();
+    return text ? text->string() : QString();
+}
+
+inline std::shared_ptr<SNStickyNote> archivedNoteWithText(const QString &text)
+{
+    const QList<std::shared_ptr<SNStickyNote>> notes = notesInArchive();
+    for (const std::shared_ptr<SNStickyNote> &note : notes) {
+        if (plainText(note) == text)
+            return note;
+    }
+    return nullptr;
+}
+
+// A key of the archived note with that text, read straight from the file rather than through
+// the note record, which tidies some values up as it reads them.
+inline QWArchiveValue archivedValueForKey(const QString &text, const QString &key)
+{
+    SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
+    store.waitForBackgroundSaves();
+    QFile file(store.databasePath());
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QWKeyedUnarchiver::ParseResult archive = QWKeyedUnarchiver::parse(file.readAll());
+    for (const QWArchiveValue &note : archive.root.toArray()) {
+        const QWArchiveValue *data = note.valueForKey(u"data");
+        if (!data)
+            continue;
+        const QWKeyedUnarchiver::ParseResult nested = QWKeyedUnarchiver::parse(data->toData());
+        const QWArchiveValue *string = nested.root.valueForKey(u"string");
+        if (!string || string->toString() != text)
+            continue;
+        const QWArchiveValue *value = note.valueForKey(key);
+        return value ? *value : QWArchiveValue();
+    }
+    return {};
+}

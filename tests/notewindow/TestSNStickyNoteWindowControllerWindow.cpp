@@ -1,0 +1,373 @@
+#include "SNNoteWindowTestSupport.h"
+#include "app/QWWindowManager.h"
+#include "kit/widgets/QWX11WindowState.h"
+#include "notewindow/SNElidingLabel.h"
+#include "notewindow/SNTextView.h"
+#include "notewindow/SNTitleBarView.h"
+#include "notewindow/SNWindowFrameString.h"
+#include "support/QWManualScheduler.h"
+#include "support/QWTestEnvironment.h"
+#include "tags/SNTag.h"
+#include "tags/SNTagManager.h"
+
+#include <QLabel>
+#include <QMenu>
+#include <QScreen>
+#include <QSlider>
+#include <QTest>
+#include <QWidgetAction>
+
+// What a note window does with its window: frames, collapsing, pin states, transparency and the
+// tag filter.
+class TestSNStickyNoteWindowControllerWindow final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void opensAtItsStoredFrame();
+    void frameBeyondEveryScreenOpensOnOne();
+    void collapseKeepsTheTopEdgeAndLocksTheHeight();
+    void animatedCollapseAndExpand();
+    void animatedExpandStaysAboveTheScreenBottom();
+    void storedCollapsedNoteOpensCollapsed();
+    void titleBarDoubleClickTogglesCollapse();
+    void transparencyZeroOpensOpaque();
+    void sliderSetsTransparency();
+    void unknownPinStateShowsNormalAndIsKept();
+    void pinMenuChoosesTheLevel();
+    void tagFilterShowsOnlyTaggedNotes();
+
+private:
+    // First: the shared stores are made on first use, inside these private folders.
+    QWTestEnvironment m_environment;
+    std::unique_ptr<QWManualScheduler> m_scheduler;
+};
+
+void TestSNStickyNoteWindowControllerWindow::init()
+{
+    m_scheduler = std::make_unique<QWManualScheduler>();
+}
+
+void TestSNStickyNoteWindowControllerWindow::cleanup()
+{
+    SNStickyNoteManager::sharedManager().waitForBackgroundSaves();
+    m_scheduler.reset();
+}
+
+void TestSNStickyNoteWindowControllerWindow::opensAtItsStoredFrame()
+{
+    auto note = noteWithText(QStringLiteral("Where I was"));
+    note->setWindowFrame(QStringLiteral("{{120, 90}, {270, 230}}"));
+    auto controller = openNote(note);
+    QCOMPARE(controller->window()->geometry(), QRect(120, 90, 270, 230));
+    QCOMPARE(controller->frameString(), QStringLiteral("{{120, 90}, {270, 230}}"));
+
+    // A new note has no frame: it takes the window's at once.
+    auto fresh = SNStickyNote::note();
+    QVERIFY(fresh->windowFrame().isEmpty());
+    std::unique_ptr<SNStickyNoteWindowController> freshController(
+        SNStickyNoteWindowController::controllerWithNote(fresh));
+    freshController->window();
+    QCOMPARE(fresh->windowFrame(), freshController->frameString());
+    QVERIFY(!fresh->windowFrame().isEmpty());
+}
+
+void TestSNStickyNoteWindowControllerWindow::frameBeyondEveryScreenOpensOnOne()
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    auto note = noteWithText(QStringLiteral("Lost"));
+    note->setWindowFrame(SNWindowFrameString::stringFromRect(
+        QRect(screen.right() + 2000, screen.bottom() + 1500, 260, 200)));
+    auto controller = openNote(note);
+
+    const QRect frame = controller->window()->geometry();
+    QCOMPARE(frame.size(), QSize(260, 200));
+    QVERIFY(screen.contains(frame));
+}
+
+void TestSNStickyNoteWindowControllerWindow::collapseKeepsTheTopEdgeAndLocksTheHeight()
+{
+    auto note = noteWithText(QStringLiteral("Tall note"));
+    note->setWindowFrame(QStringLiteral("{{100, 120}, {260, 300}}"));
+    auto controller = openNote(note);
+    QWidget *window = controller->window();
+    QCOMPARE(controller->collapsedHeight(), 30);
+    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
+    QCOMPARE(window->minimumHeight(), SNStickyNoteWindowController::minimumExpandedHeight);
+
+    controller->collapseWindowAnimated(false);
+
+    QCOMPARE(window->geometry(), QRect(100, 120, 260, 30));
+    QVERIFY(controller->isCollapsed());
+    QVERIFY(note->isCollapsed());
+    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
+    QVERIFY(controller->textView()->isReadOnly());
+    QVERIFY(controller->wordCountContainerView()->isHidden());
+    QVERIFY(!controller->collapsedTitleLabel()->isHidden());
+    // Only the width can change while collapsed.
+    QCOMPARE(window->minimumHeight(), 30);
+    QCOMPARE(window->maximumHeight(), 30);
+    QCOMPARE(controller->windowWillResizeToSize(controller->stickyWindow(), QSize(320, 200)),
+        QSize(320, 30));
+    window->resize(300, 200);
+    QCOMPARE(window->size(), QSize(300, 30));
+    window->resize(260, 30);
+
+    // The delayed save files the frame under the collapsed one and keeps the full one.
+    QVERIFY(note->collapsedWindowFrame().isEmpty());
+    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(note->collapsedWindowFrame(), QStringLiteral("{{100, 120}, {260, 30}}"));
+    QCOMPARE(note->windowFrame(), QStringLiteral("{{100, 120}, {260, 300}}"));
+
+    // Back exactly as stored.
+    window->move(140, 150);
+    controller->uncollapseWindowAnimated(false);
+    QCOMPARE(window->geometry(), QRect(100, 120, 260, 300));
+    QVERIFY(!controller->isCollapsed());
+    QVERIFY(!note->isCollapsed());
+    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
+    QVERIFY(!controller->textView()->isReadOnly());
+    QVERIFY(!controller->wordCountContainerView()->isHidden());
+    QVERIFY(controller->collapsedTitleLabel()->isHidden());
+    QCOMPARE(window->maximumHeight(), QWIDGETSIZE_MAX);
+}
+
+void TestSNStickyNoteWindowControllerWindow::animatedCollapseAndExpand()
+{
+    auto note = noteWithText(QStringLiteral("Animated"));
+    note->setWindowFrame(QStringLiteral("{{80, 100}, {250, 280}}"));
+    auto controller = openNote(note);
+    QWidget *window = controller->window();
+
+    controller->toggleCollapsedWindow();
+    QVERIFY(controller->isCollapsed());
+    QTRY_COMPARE(window->geometry(), QRect(80, 100, 250, 30));
+    // Stored as soon as the animation ends; the save itself follows the delay.
+    QTRY_COMPARE(note->collapsedWindowFrame(), QStringLiteral("{{80, 100}, {250, 30}}"));
+    QCOMPARE(m_scheduler->scheduledCount(), 1);
+    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+
+    // An animated expand grows from where the collapsed note stands now and keeps its width,
+    // and saves at once.
+    window->setGeometry(90, 140, 230, 30);
+    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    controller->toggleCollapsedWindow();
+    QVERIFY(!controller->isCollapsed());
+    QTRY_COMPARE(window->geometry(), QRect(90, 140, 230, 280));
+    QTRY_COMPARE(note->windowFrame(), QStringLiteral("{{90, 140}, {230, 280}}"));
+    QCOMPARE(window->minimumHeight(), SNStickyNoteWindowController::minimumExpandedHeight);
+}
+
+void TestSNStickyNoteWindowControllerWindow::animatedExpandStaysAboveTheScreenBottom()
+{
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    auto note = noteWithText(QStringLiteral("Low"));
+    note->setWindowFrame(QStringLiteral("{{60, 60}, {240, 300}}"));
+    note->setIsCollapsed(true);
+    note->setCollapsedWindowFrame(
+        SNWindowFrameString::stringFromRect(QRect(60, screen.bottom() - 60, 240, 30)));
+    auto controller = openNote(note);
+    QCOMPARE(controller->window()->geometry(), QRect(60, screen.bottom() - 60, 240, 30));
+
+    controller->uncollapseWindowAnimated(true);
+
+    QTRY_COMPARE(controller->window()->geometry().height(), 300);
+    QCOMPARE(controller->window()->geometry().bottom(), screen.bottom());
+    QCOMPARE(controller->window()->geometry().x(), 60);
+}
+
+void TestSNStickyNoteWindowControllerWindow::storedCollapsedNoteOpensCollapsed()
+{
+    auto note = noteWithText(QStringLiteral("Folded"));
+    note->setWindowFrame(QStringLiteral("{{50, 60}, {280, 240}}"));
+    note->setIsCollapsed(true);
+    note->setCollapsedWindowFrame(QStringLiteral("{{70, 80}, {280, 30}}"));
+    auto controller = openNote(note);
+
+    QVERIFY(controller->isCollapsed());
+    QCOMPARE(controller->window()->geometry(), QRect(70, 80, 280, 30));
+    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
+    QVERIFY(controller->collapsedTitleLabel()->isVisible());
+    QVERIFY(!controller->wordCountContainerView()->isVisible());
+
+    // A long title ends in an ellipsis and leaves the note as wide as it was.
+    auto *title = qobject_cast<SNElidingLabel *>(controller->collapsedTitleLabel());
+    QVERIFY(title);
+    title->setText(
+        QStringLiteral("A very long first line that could never fit into the title bar of a note"));
+    QCoreApplication::processEvents();
+    QCOMPARE(controller->window()->geometry(), QRect(70, 80, 280, 30));
+    QVERIFY(title->shownText().endsWith(QChar(0x2026)));
+    QVERIFY(title->fontMetrics().horizontalAdvance(title->shownText())
+        <= title->contentsRect().width());
+    title->setText(QStringLiteral("Short"));
+    QCOMPARE(title->shownText(), QStringLiteral("Short"));
+
+    controller->uncollapseWindowAnimated(false);
+    QCOMPARE(controller->window()->geometry(), QRect(50, 60, 280, 240));
+}
+
+void TestSNStickyNoteWindowControllerWindow::titleBarDoubleClickTogglesCollapse()
+{
+    auto note = noteWithText(QStringLiteral("Double"));
+    note->setWindowFrame(QStringLiteral("{{30, 40}, {250, 220}}"));
+    auto controller = openNote(note);
+    auto other = openNote(noteWithText(QStringLiteral("Other")));
+
+    // Only this note's own title bar counts.
+    QTest::mouseDClick(other->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
+    QVERIFY(!controller->isCollapsed());
+    QVERIFY(other->isCollapsed());
+
+    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
+    QVERIFY(controller->isCollapsed());
+    QTRY_COMPARE(controller->window()->height(), controller->collapsedHeight());
+    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
+    QVERIFY(!controller->isCollapsed());
+    QTRY_COMPARE(controller->window()->height(), 220);
+}
+
+void TestSNStickyNoteWindowControllerWindow::transparencyZeroOpensOpaque()
+{
+    auto note = noteWithText(QStringLiteral("See-through?"));
+    note->setWindowAlpha(0.0);
+    auto controller = openNote(note);
+
+    QCOMPARE(controller->window()->windowOpacity(), 1.0);
+    QCOMPARE(controller->alphaSlider()->value(), controller->alphaSlider()->maximum());
+    QCOMPARE(note->windowAlpha(), 1.0);
+    // The slider sits inside the settings menu.
+    QCOMPARE(
+        controller->alphaMenuItem()->defaultWidget(), controller->alphaSlider()->parentWidget());
+    QVERIFY(controller->settingsMenu()->actions().contains(controller->alphaMenuItem()));
+    QVERIFY(controller->alphaMenuItem()->isVisible());
+}
+
+void TestSNStickyNoteWindowControllerWindow::sliderSetsTransparency()
+{
+    auto note = noteWithText(QStringLiteral("Faded"));
+    SNStickyNoteManager::sharedManager().addNote(note);
+    auto controller = openNote(note);
+    QCOMPARE(m_scheduler->scheduledCount(), 0);
+
+    controller->alphaSlider()->setValue(40);
+
+    QCOMPARE(controller->window()->windowOpacity(), 0.4);
+    QCOMPARE(note->windowAlpha(), 0.4);
+    QCOMPARE(m_scheduler->scheduledCount(), 1);
+    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    const auto archived = archivedNoteWithText(QStringLiteral("Faded"));
+    QVERIFY(archived);
+    QCOMPARE(archived->windowAlpha(), double(0.4f));
+    SNStickyNoteManager::sharedManager().removeNote(note);
+}
+
+void TestSNStickyNoteWindowControllerWindow::unknownPinStateShowsNormalAndIsKept()
+{
+    auto note = noteWithText(QStringLiteral("Pinned oddly"));
+    note->setPinState(7);
+    SNStickyNoteManager::sharedManager().addNote(note);
+    auto controller = openNote(note);
+
+    const QList<QAction *> items = controller->pinMenu()->actions();
+    QCOMPARE(items.size(), 3);
+    QVERIFY(items[0]->isChecked());
+    QVERIFY(!items[1]->isChecked());
+    QVERIFY(!items[2]->isChecked());
+    QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::Normal);
+    QVERIFY(!controller->window()->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    QVERIFY(!controller->window()->windowFlags().testFlag(Qt::WindowStaysOnBottomHint));
+
+    controller->save();
+    QCOMPARE(note->pinState(), qint64(7));
+    const QWArchiveValue archived
+        = archivedValueForKey(QStringLiteral("Pinned oddly"), QStringLiteral("pinState"));
+    QCOMPARE(archived.kind(), QWArchiveValue::Kind::Integer);
+    QCOMPARE(archived.toInteger(), qint64(7));
+    SNStickyNoteManager::sharedManager().removeNote(note);
+}
+
+void TestSNStickyNoteWindowControllerWindow::pinMenuChoosesTheLevel()
+{
+    auto note = noteWithText(QStringLiteral("Pins"));
+    auto controller = openNote(note);
+    const QList<QAction *> items = controller->pinMenu()->actions();
+    const auto checkedItems = [&] {
+        QList<int> checked;
+        for (int i = 0; i < items.size(); ++i) {
+            if (items[i]->isChecked())
+                checked.append(i);
+        }
+        return checked;
+    };
+
+    items[2]->trigger();
+    QCOMPARE(note->pinState(), qint64(2));
+    QCOMPARE(checkedItems(), QList<int>({ 2 }));
+    QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::KeepBelow);
+    QVERIFY(controller->window()->isVisible());
+    QCOMPARE(m_scheduler->scheduledCount(), 1);
+
+    items[1]->trigger();
+    QCOMPARE(note->pinState(), qint64(1));
+    QCOMPARE(checkedItems(), QList<int>({ 1 }));
+    QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::KeepAbove);
+
+    items[0]->trigger();
+    QCOMPARE(note->pinState(), qint64(0));
+    QCOMPARE(checkedItems(), QList<int>({ 0 }));
+    QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::Normal);
+    QVERIFY(controller->window()->isVisible());
+}
+
+void TestSNStickyNoteWindowControllerWindow::tagFilterShowsOnlyTaggedNotes()
+{
+    auto presenter = std::make_shared<ScriptedPresenter>();
+    QWWindowManager &manager = QWWindowManager::sharedManager();
+    auto work = noteWithText(QStringLiteral("#filtertest report"));
+    auto alsoWork = noteWithText(QStringLiteral("#filtertest meeting"));
+    auto home = noteWithText(QStringLiteral("groceries"));
+    auto tag = SNTag::tagWithNameColor(QStringLiteral("#filtertest"), QWColor::black());
+    SNTagManager::sharedManager().addTag(tag);
+    work->setTags({ tag });
+    alsoWork->setTags({ tag });
+
+    QList<SNStickyNoteWindowController *> controllers;
+    for (const auto &note : { work, alsoWork, home }) {
+        SNStickyNoteWindowController *controller
+            = SNStickyNoteWindowController::controllerWithNote(note);
+        controller->setModalPresenter(presenter);
+        controller->setIsTerminating(true);
+        controllers.append(controller);
+        // The manager owns them from here on.
+        manager.addWindowWithControllerShouldShow(controller, true);
+    }
+
+    QAction item;
+    item.setData(QStringLiteral("#filtertest"));
+    controllers[2]->showTagsWithItem(&item);
+    QVERIFY(controllers[0]->window()->isVisible());
+    QVERIFY(controllers[1]->window()->isVisible());
+    // The note asking stays in front even without the tag.
+    QVERIFY(controllers[2]->window()->isVisible());
+
+    controllers[0]->showTagsWithItem(&item);
+    QVERIFY(controllers[0]->window()->isVisible());
+    QVERIFY(controllers[1]->window()->isVisible());
+    QVERIFY(!controllers[2]->window()->isVisible());
+    QCOMPARE(presenter->beeps, 0);
+
+    item.setData(QStringLiteral("#nosuchtag"));
+    controllers[0]->showTagsWithItem(&item);
+    QCOMPARE(presenter->beeps, 1);
+    QVERIFY(controllers[1]->window()->isVisible());
+
+    for (SNStickyNoteWindowController *controller : controllers)
+        controller->window()->close();
+}
+
+QTEST_MAIN(TestSNStickyNoteWindowControllerWindow)
+#include "TestSNStickyNoteWindowControllerWindow.moc"
