@@ -12,10 +12,10 @@ cd "$here"
 packages=(
   build-essential cmake ninja-build ccache pkg-config
   clang libclang-rt-14-dev
-  qt6-base-dev qt6-base-dev-tools libqt6svg6-dev
-  libgl-dev x11proto-dev
+  qt6-base-dev qt6-base-dev-tools qt6-svg-dev
+  libgl-dev x11proto-dev libxcb1-dev
   python3 python3-cbor2
-  xvfb xauth openbox x11-utils xdotool dbus imagemagick
+  xvfb xauth openbox x11-utils xdotool dbus imagemagick desktop-file-utils
   libbenchmark-dev
   pandoc
   fonts-dejavu-core fonts-liberation2

@@ -1,24 +1,136 @@
+#include "app/AppDelegate.h"
+#include "app/QWTerminationSignalWatcher.h"
 #include "app/SNApplicationInfo.h"
+#include "app/SNApplicationInstance.h"
+#include "app/SNCommandLine.h"
+#include "app/SNLaunchRequest.h"
+#include "app/SNPlatformSelection.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
-#include <QTimer>
+#include <QDir>
+#include <QFile>
+#include <QIcon>
+#include <QSessionManager>
+#include <QUrl>
+
+#include <cstdio>
+
+namespace {
+
+// Long enough for a running Vellumo to save a large archive.
+constexpr int quitTimeout = 30000;
+
+QString readStandardInput()
+{
+    QFile input;
+    if (!input.open(stdin, QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(input.readAll());
+}
+
+void printError(const QString &text)
+{
+    std::fprintf(stderr, "vellumo: %s\n", qUtf8Printable(text));
+}
+
+void setApplicationNames()
+{
+    QCoreApplication::setApplicationName(SNApplicationInfo::applicationName());
+    QCoreApplication::setApplicationVersion(SNApplicationInfo::applicationVersion());
+}
+
+// Help and version are printed without a display, so that they work in any terminal.
+bool asksOnlyForText(int argc, char *argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        if (argument == "-h" || argument == "--help" || argument == "-?" || argument == "--help-all"
+            || argument == "-v" || argument == "--version")
+            return true;
+    }
+    return false;
+}
+
+int printText(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    setApplicationNames();
+    SNCommandLine commandLine;
+    if (!commandLine.parse(QCoreApplication::arguments())) {
+        printError(commandLine.errorText());
+        return 2;
+    }
+    if (commandLine.isHelpRequested())
+        commandLine.showHelp();
+    commandLine.showVersion();
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
+    if (asksOnlyForText(argc, argv))
+        return printText(argc, argv);
+    SNPlatformSelection::apply(argc, argv);
     QApplication application(argc, argv);
-    QApplication::setApplicationName(SNApplicationInfo::applicationName());
-    QApplication::setApplicationVersion(SNApplicationInfo::applicationVersion());
+    setApplicationNames();
     QApplication::setDesktopFileName(SNApplicationInfo::applicationIdentifier());
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/Vellumo/icons/org.vellumo.Vellumo.svg")));
+    // Notes come and go; the program lives in the tray until it is told to quit.
+    QApplication::setQuitOnLastWindowClosed(false);
 
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QApplication::translate("main", "Sticky notes for the Linux desktop."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.process(application);
+    SNCommandLine commandLine;
+    if (!commandLine.parse(QApplication::arguments())) {
+        printError(commandLine.errorText());
+        return 2;
+    }
+    const SNLaunchRequest request = commandLine.request(QDir::currentPath(), readStandardInput);
 
-    // Nothing to show yet: start the event loop and leave it at once, cleanly.
-    QTimer::singleShot(0, &application, &QApplication::quit);
+    SNApplicationInstance instance;
+    if (instance.claim() == SNApplicationInstance::Claim::Secondary) {
+        QString error;
+        if (!instance.forward(request, &error)) {
+            printError(error);
+            return 1;
+        }
+        // Returns once every note is saved, so that scripts can rely on it.
+        if (request.actions.contains(SNLaunchRequest::quitAction()))
+            instance.waitUntilNameIsReleased(quitTimeout);
+        return 0;
+    }
+    // Nothing runs that could be told to quit.
+    if (request.uris.isEmpty() && request.actions == QStringList { SNLaunchRequest::quitAction() })
+        return 0;
+
+    AppDelegate delegate;
+    instance.setRequestHandler([&delegate](const SNLaunchRequest &received) {
+        return delegate.handleLaunchRequest(received);
+    });
+
+    // A shutdown, a kill, a closed terminal and the end of the session all end the program the
+    // way Quit does: every note saved.
+    QWTerminationSignalWatcher terminationSignals;
+    QObject::connect(&terminationSignals, &QWTerminationSignalWatcher::terminationRequested,
+        &application, &QCoreApplication::quit);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
+        &AppDelegate::applicationWillTerminate);
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
+        &AppDelegate::commitDataRequest);
+    // Autostart starts the program at login; the session must not start a second one.
+    QObject::connect(&application, &QGuiApplication::saveStateRequest, &application,
+        [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); });
+
+    delegate.applicationWillFinishLaunching();
+    // A start at login must be known before the notes are first shown.
+    for (const QString &uri : request.uris) {
+        if (QUrl(uri).scheme() == QLatin1String("vellumo"))
+            delegate.handleOpenURLWithReplyEvent(uri);
+    }
+    delegate.applicationDidFinishLaunching();
+    if (!request.isEmpty()) {
+        const QString error = delegate.handleLaunchRequest(request);
+        if (!error.isEmpty())
+            printError(error);
+    }
     return application.exec();
 }

@@ -253,8 +253,13 @@ void SNStickyNoteWindowController::buildMenus()
     m_tagsMenu = new QMenu(m_window);
     m_tagsMenu->addActions({ m_ui->filterTagsMenuItem, m_ui->showTagsItem });
 
+    // Nothing answers these two yet (there is no preferences window and no mailing list), and
+    // an item that does nothing is worse than none.
+    m_ui->preferencesItem->setVisible(false);
+    m_ui->mailingListItem->setVisible(false);
+
     // Their shortcuts work while the note is the active window, menu open or not.
-    m_window->addActions({ m_ui->exportNoteItem, m_ui->preferencesItem, m_ui->quitItem });
+    m_window->addActions({ m_ui->exportNoteItem, m_ui->quitItem });
 }
 
 void SNStickyNoteWindowController::connectCommands()

@@ -24,22 +24,36 @@ read -r -t 20 display_number <&"$display_fd" || { echo "run-under-x11: Xvfb did 
 export DISPLAY=":$display_number"
 
 # The server may take a moment to accept clients after it has named its display.
-for _ in $(seq 100); do
-  xprop -root >/dev/null 2>&1 && break
-  sleep 0.05
-done
-
-openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
-wm_pid=$!
-# Wait until the window manager has taken the screen; without it the tests mean nothing.
-wm_ready=
-for _ in $(seq 100); do
-  if xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; then
-    wm_ready=yes
+server_ready=
+for _ in $(seq 200); do
+  if xprop -root >/dev/null 2>&1; then
+    server_ready=yes
     break
   fi
-  kill -0 "$wm_pid" 2>/dev/null || break
   sleep 0.05
+done
+if [ -z "$server_ready" ]; then
+  echo "run-under-x11: Xvfb on $DISPLAY does not answer" >&2
+  cat "$runtime/xvfb.log" >&2
+  exit 1
+fi
+
+# Wait until the window manager has taken the screen; without it the tests mean nothing. On a
+# busy machine its first start now and then loses a race with the server, so it gets three.
+wm_ready=
+for attempt in 1 2 3; do
+  openbox --sm-disable >"$runtime/openbox.log" 2>&1 &
+  wm_pid=$!
+  for _ in $(seq 100); do
+    if xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; then
+      wm_ready=yes
+      break 2
+    fi
+    kill -0 "$wm_pid" 2>/dev/null || break
+    sleep 0.05
+  done
+  kill "$wm_pid" 2>/dev/null || true
+  sleep 0.2
 done
 if [ -z "$wm_ready" ]; then
   echo "run-under-x11: openbox did not start on $DISPLAY" >&2

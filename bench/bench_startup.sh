@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# Start-up benchmark: how long Vellumo takes to show N stored notes, and its peak memory, beside
+# xpad (Debian's sticky-notes program) given the same N notes in its own format, in the same run.
+#
+#   bench/bench_startup.sh [BUILD_DIR]        (default: build)
+#
+# Environment: COUNTS (default "1 10 100 500"), RUNS per program and count (default 3; the
+# median is reported). Every measurement gets fresh data and config folders, its own Xvfb with
+# openbox and its own session bus. xpad is installed (apt-get, through sudo when not root) the
+# first time this script runs, and only by this script: no test needs it.
+set -euo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+build=$(cd "${1:-$here/build}" && pwd)
+read -r -a counts <<<"${COUNTS:-1 10 100 500}"
+runs=${RUNS:-3}
+width=240
+height=200
+timeout=120
+
+vellumo=$build/src/vellumo
+seed=$build/bench/bench_startup_seed
+watch=$build/bench/bench_startup_watch
+for tool in "$vellumo" "$seed" "$watch"; do
+  [ -x "$tool" ] || { echo "bench_startup: $tool is missing; build with -DVELLUMO_BENCH=ON (./build.sh build)" >&2; exit 1; }
+done
+for tool in Xvfb openbox dbus-daemon; do
+  command -v "$tool" >/dev/null || { echo "bench_startup: $tool is missing (./build.sh installs it)" >&2; exit 1; }
+done
+if ! command -v xpad >/dev/null; then
+  echo "bench_startup: installing xpad for the comparison" >&2
+  sudo=()
+  [ "$(id -u)" -ne 0 ] && sudo=(sudo)
+  "${sudo[@]}" apt-get install -y --no-install-recommends xpad >&2
+fi
+xpad_version=$(dpkg-query -W -f='${Version}' xpad 2>/dev/null || echo unknown)
+
+workspace=$(mktemp -d)
+session_pids=()
+stop_session() {
+  local pid
+  for pid in "${session_pids[@]}"; do kill "$pid" 2>/dev/null || true; done
+  session_pids=()
+}
+cleanup() { stop_session; rm -rf "$workspace"; }
+trap cleanup EXIT
+
+# A private X server with openbox and a session bus; sets DISPLAY and DBUS_SESSION_BUS_ADDRESS.
+start_session() {
+  local display_fd display
+  exec {display_fd}<> <(:)
+  Xvfb -displayfd "$display_fd" -screen 0 1280x800x24 -nolisten tcp >/dev/null 2>&1 &
+  session_pids+=($!)
+  read -r -t 20 display <&"$display_fd"
+  export DISPLAY=":$display"
+  openbox --sm-disable >/dev/null 2>&1 &
+  session_pids+=($!)
+  for _ in $(seq 100); do
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
+    sleep 0.05
+  done
+  local bus
+  bus=$(dbus-daemon --session --fork --print-address=1 --print-pid=1)
+  export DBUS_SESSION_BUS_ADDRESS=$(sed -n 1p <<<"$bus")
+  session_pids+=("$(sed -n 2p <<<"$bus")")
+}
+
+seed_vellumo() { # HOME COUNT
+  "$seed" "$2" "$1/data" "$width" "$height" >/dev/null
+  mkdir -p "$1/config/Vellumo"
+  # A user who has met the welcome window already.
+  printf '[General]\nQWWelcomeWindowWasShown=true\n' >"$1/config/Vellumo/Vellumo.conf"
+}
+
+seed_xpad() { # HOME COUNT
+  local folder=$1/config/xpad i x y
+  mkdir -p "$folder"
+  printf 'decorations 0\nwidth %d\nheight %d\ntray_enabled 1\ntoolbar 1\nauto_hide_toolbar 1\n' \
+    "$width" "$height" >"$folder/default-style"
+  for ((i = 0; i < $2; i++)); do
+    x=$(( (i * 37) % (1280 - width) ))
+    y=$(( 30 + (i * 23) % (800 - height - 30) ))
+    printf 'Note %d\nMilk, eggs and bread. Call Anna about the #weekend.' $((i + 1)) >"$folder/content-$i"
+    printf 'width %d\nheight %d\nx %d\ny %d\nfollow_font 1\nfollow_color 1\nsticky 0\nhidden 0\ncontent content-%d\n' \
+      "$width" "$height" "$x" "$y" "$i" >"$folder/info-$i"
+  done
+}
+
+measure() { # PROGRAM COUNT -> "milliseconds kilobytes"
+  local home=$workspace/home result
+  rm -rf "$home"
+  mkdir -p "$home/config" "$home/data" "$home/runtime"
+  chmod 700 "$home/runtime"
+  "seed_$1" "$home" "$2"
+  start_session
+  local command=("$vellumo")
+  [ "$1" = xpad ] && command=(xpad)
+  if ! result=$(HOME=$home XDG_CONFIG_HOME=$home/config XDG_DATA_HOME=$home/data \
+    XDG_CACHE_HOME=$home/cache XDG_RUNTIME_DIR=$home/runtime \
+    "$watch" "$2" "$width" "$height" "$timeout" -- "${command[@]}" 2>"$workspace/errors"); then
+    echo "bench_startup: $1 with $2 notes: $(grep bench_startup_watch "$workspace/errors" | tail -1)" >&2
+    result="- -"
+  fi
+  stop_session
+  echo "$result"
+}
+
+# The median of the runs that finished; "-" when none did.
+median() { grep -v '^-$' | sort -n | awk '{ v[NR] = $1 } END { print NR == 0 ? "-" : v[int((NR + 1) / 2)] }'; }
+
+printf 'Start-up until every note window is mapped (median of %d runs); peak resident memory.\n' "$runs"
+printf 'Vellumo %s, xpad %s, 1280x800 Xvfb with openbox.\n\n' "$("$vellumo" --version | awk '{ print $2 }')" "$xpad_version"
+printf '%6s  %12s  %12s  %8s  %12s  %12s  %8s\n' notes 'vellumo ms' 'xpad ms' 'ratio' 'vellumo MiB' 'xpad MiB' 'ratio'
+for count in "${counts[@]}"; do
+  vellumo_times=() xpad_times=() vellumo_memory=() xpad_memory=()
+  for ((run = 0; run < runs; run++)); do
+    read -r ms kb < <(measure vellumo "$count"); vellumo_times+=("$ms"); vellumo_memory+=("$kb")
+    read -r ms kb < <(measure xpad "$count"); xpad_times+=("$ms"); xpad_memory+=("$kb")
+  done
+  vt=$(printf '%s\n' "${vellumo_times[@]}" | median)
+  xt=$(printf '%s\n' "${xpad_times[@]}" | median)
+  vm=$(printf '%s\n' "${vellumo_memory[@]}" | median)
+  xm=$(printf '%s\n' "${xpad_memory[@]}" | median)
+  awk -v n="$count" -v vt="$vt" -v xt="$xt" -v vm="$vm" -v xm="$xm" 'BEGIN {
+    tr = (vt == "-" || xt == "-" || xt == 0) ? "-" : sprintf("%.2f", vt / xt)
+    mr = (vm == "-" || xm == "-" || xm == 0) ? "-" : sprintf("%.2f", vm / xm)
+    vmm = (vm == "-") ? "-" : sprintf("%.1f", vm / 1024)
+    xmm = (xm == "-") ? "-" : sprintf("%.1f", xm / 1024)
+    printf "%6d  %12s  %12s  %8s  %12s  %12s  %8s\n", n, vt, xt, tr, vmm, xmm, mr }'
+done

@@ -1,0 +1,811 @@
+#include "app/AppDelegate.h"
+
+#include "app/MTStatusItem.h"
+#include "app/QWApplicationsMenuEntry.h"
+#include "app/QWHotKeyHelper.h"
+#include "app/QWWelcomeWindowController.h"
+#include "app/QWWindowManager.h"
+#include "app/QWWorkspace.h"
+#include "app/SNApplicationInfo.h"
+#include "app/SNHelpWindowController.h"
+#include "app/SNLaunchRequest.h"
+#include "app/SNNoteFileReader.h"
+#include "app/SNUserDefaults.h"
+#include "kit/QWTextAttributes.h"
+#include "kit/QWTimer.h"
+#include "kit/widgets/QWX11WindowState.h"
+#include "notes/SNStickyNote.h"
+#include "notes/SNStickyNoteManager.h"
+#include "notewindow/SNModalPresenter.h"
+#include "notewindow/SNStickyNoteWindowController.h"
+#include "themes/SNTheme.h"
+#include "themes/SNThemeManager.h"
+#include "ui_AppDelegate.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QEvent>
+#include <QFile>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMessageBox>
+#include <QSessionManager>
+#include <QStandardPaths>
+#include <QSystemTrayIcon>
+#include <QTimer>
+#include <QUrl>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace {
+
+constexpr double dockIconActivationDelay = 0.1;
+
+const QString desktopEntryResource = QStringLiteral(":/Vellumo/org.vellumo.Vellumo.desktop");
+const QString applicationIconResource = QStringLiteral(":/Vellumo/icons/org.vellumo.Vellumo.svg");
+
+QByteArray resourceBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QDateTime creationDateOf(const SNStickyNoteWindowController *controller)
+{
+    const std::shared_ptr<SNStickyNote> &note = controller->note();
+    return note ? note->dateCreated().value_or(QDateTime()) : QDateTime();
+}
+
+} // namespace
+
+QString AppDelegate::exportFailedMessage()
+{
+    return tr("Could not export the database");
+}
+
+QString AppDelegate::exportFailedInformativeText()
+{
+    return tr("An error occured when trying to export the database.\nPlease try again.");
+}
+
+QString AppDelegate::noteFromServiceErrorText()
+{
+    return tr("Could not create a note with text");
+}
+
+QString AppDelegate::loginLaunchHost()
+{
+    return QStringLiteral("lal");
+}
+
+QString AppDelegate::projectPageURL()
+{
+    return QStringLiteral("https://vellumo.org/");
+}
+
+AppDelegate::AppDelegate(QObject *parent) : AppDelegate(Services(), parent) { }
+
+AppDelegate::AppDelegate(const Services &services, QObject *parent)
+    : QObject(parent),
+      m_services(services),
+      m_statusItemMenu(std::make_unique<QMenu>()),
+      m_ui(std::make_unique<Ui::AppDelegate>()),
+      m_welcome(std::make_unique<QWWelcomeWindowController>(defaults().userDefaults()))
+{
+    if (!m_services.presenter)
+        m_services.presenter = SNModalPresenter::defaultPresenter();
+    m_ui->setupUi(m_statusItemMenu.get());
+    connectMenuItems();
+
+    connect(
+        qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive)
+                applicationDidBecomeActive();
+            else
+                applicationDidResignActive();
+        });
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, &AppDelegate::rememberKeyNoteWindow);
+    // Qt closes every window before it quits, and closing a note window deletes its note
+    // unless the note knows the program is ending: it must know first, whoever asked to quit.
+    qApp->installEventFilter(this);
+}
+
+AppDelegate::~AppDelegate()
+{
+    QWNotificationCenter::defaultCenter().removeObserver(this);
+}
+
+SNUserDefaults &AppDelegate::defaults() const
+{
+    return m_services.defaults ? *m_services.defaults : SNUserDefaults::standardUserDefaults();
+}
+
+SNStickyNoteManager &AppDelegate::noteManager() const
+{
+    return m_services.noteManager ? *m_services.noteManager : SNStickyNoteManager::sharedManager();
+}
+
+QWWindowManager &AppDelegate::windowManager() const
+{
+    return m_services.windowManager ? *m_services.windowManager : QWWindowManager::sharedManager();
+}
+
+QWHotKeyHelper &AppDelegate::hotKeyHelper() const
+{
+    return m_services.hotKeyHelper ? *m_services.hotKeyHelper : QWHotKeyHelper::sharedHelper();
+}
+
+QMenu *AppDelegate::statusItemMenu() const
+{
+    return m_statusItemMenu.get();
+}
+
+QMenu *AppDelegate::notesMenu() const
+{
+    return m_ui->notesMenu;
+}
+
+void AppDelegate::connectMenuItems()
+{
+    connect(
+        m_ui->newNoteItem, &QAction::triggered, this, [this] { newDocument(m_ui->newNoteItem); });
+    connect(m_ui->noteFromSelectionItem, &QAction::triggered, this,
+        [this] { noteFromSelection(m_ui->noteFromSelectionItem); });
+    connect(m_ui->showAllNotesItem, &QAction::triggered, this,
+        [this] { applicationShouldHandleReopenHasVisibleWindows(false); });
+    connect(m_ui->hideAllNotesItem, &QAction::triggered, this, &AppDelegate::hideAllNotes);
+    connect(m_ui->exportDatabaseItem, &QAction::triggered, this,
+        [this] { exportDatabase(m_ui->exportDatabaseItem); });
+    connect(m_ui->helpItem, &QAction::triggered, this, [this] { openHelp(m_ui->helpItem); });
+    connect(m_ui->checkForUpdatesItem, &QAction::triggered, this,
+        [this] { checkForUpdates(m_ui->checkForUpdatesItem); });
+    connect(m_ui->feedbackItem, &QAction::triggered, this, [this] { rateApp(m_ui->feedbackItem); });
+    connect(m_ui->quitItem, &QAction::triggered, this, [this] { quitApp(m_ui->quitItem); });
+}
+
+// Launch and lifecycle
+
+void AppDelegate::applicationWillFinishLaunching()
+{
+    // A program run from its build folder offers, in the welcome window, to join the
+    // applications menu.
+    const QString identifier = SNApplicationInfo::applicationIdentifier();
+    if (QWApplicationsMenuEntry::isRunningFromBuildTree(QCoreApplication::applicationFilePath())
+        && !QWApplicationsMenuEntry::isInstalled(identifier)) {
+        m_welcome->setApplicationsMenuInstaller([identifier] {
+            return QWApplicationsMenuEntry::install(identifier, resourceBytes(desktopEntryResource),
+                resourceBytes(applicationIconResource), QCoreApplication::applicationFilePath());
+        });
+    }
+
+    QWNotificationCenter &center = QWNotificationCenter::defaultCenter();
+    center.addObserverForNameObjectHandler(this, QWWelcomeWindowController::didOpenNotification,
+        m_welcome.get(), [this](const QWNotification &) { welcomeWindowDidOpen(); });
+    center.addObserverForNameObjectHandler(this, QWWelcomeWindowController::didCloseNotification,
+        m_welcome.get(), [this](const QWNotification &) { welcomeWindowDidClose(); });
+    center.addObserverForNameObjectHandler(this,
+        QWWelcomeWindowController::didToggleRunAtLoginNotification, m_welcome.get(),
+        [this](const QWNotification &notification) { didToggleRunAtLogin(notification); });
+    // URLs and text for new notes arrive as launch requests, over the session bus.
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    // The hidden key sequence is not part of the program yet; it starts here when it is.
+    m_hotKeyID = -1;
+    m_noteHotKeyID = -1;
+    updateHotkeys();
+
+    connect(notesMenu(), &QMenu::aboutToShow, this, [this] { menuNeedsUpdate(notesMenu()); });
+
+    SNThemeManager::sharedManager().load();
+
+    subscribeToNotifications();
+    connect(
+        &defaults(), &GVUserDefaults::didChangeValueForKey, this, &AppDelegate::settingDidChange);
+
+    toggleDockIconVisible();
+    if (!defaults().showMenuIcon() && !defaults().showIconInDock())
+        defaults().setShowMenuIcon(true);
+    makeStatusItemIfNeeded();
+    toggleMenuBarIconVisible();
+
+    m_welcome->setShowsRunAtLoginButton(true);
+    m_welcome->setRunsAtLogin(defaults().startAtLogin());
+    m_welcome->applicationDidLaunch();
+
+    // Otherwise the notes come when the welcome window closes.
+    if (m_welcome->canShowMainInterface())
+        showAllNotes();
+
+    m_appDidLaunch = true;
+}
+
+void AppDelegate::subscribeToNotifications()
+{
+    QWNotificationCenter &center = QWNotificationCenter::defaultCenter();
+    center.addObserverForNameObjectHandler(this,
+        SNStickyNoteWindowController::showTagManagerNotification, nullptr,
+        [this](const QWNotification &) { showTagManagerIfNeeded(); });
+    center.addObserverForNameObjectHandler(this,
+        SNStickyNoteWindowController::openPreferencesNotification, nullptr,
+        [this](const QWNotification &) { openPreferences(nullptr); });
+    center.addObserverForNameObjectHandler(this, SNStickyNoteWindowController::showHelpNotification,
+        nullptr, [this](const QWNotification &) { openHelp(nullptr); });
+    center.addObserverForNameObjectHandler(this, SNStickyNoteWindowController::rateAppNotification,
+        nullptr, [this](const QWNotification &) { rateApp(nullptr); });
+}
+
+void AppDelegate::settingDidChange(const QString &key)
+{
+    if (key == SNUserDefaults::showIconInDockKey())
+        toggleDockIconVisible();
+    else if (key == SNUserDefaults::showMenuIconKey())
+        toggleMenuBarIconVisible();
+    else if (key == SNUserDefaults::startAtLoginKey())
+        m_welcome->setRunsAtLogin(defaults().startAtLogin());
+    else if (key == SNUserDefaults::hotKeyComboKey() || key == SNUserDefaults::noteHotKeyComboKey()
+        || key == SNUserDefaults::hotKeyEnabledKey())
+        updateHotkeys();
+}
+
+bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Quit && watched == qApp)
+        applicationWillTerminate();
+    return QObject::eventFilter(watched, event);
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    m_isTerminating = true;
+    flushEveryNote(true);
+    noteManager().save();
+    noteManager().waitForBackgroundSaves();
+}
+
+void AppDelegate::commitDataRequest(QSessionManager &)
+{
+    // Not terminating yet: the user may cancel the logout and go on closing notes.
+    flushEveryNote(false);
+    noteManager().save();
+    noteManager().waitForBackgroundSaves();
+}
+
+void AppDelegate::flushEveryNote(bool terminating)
+{
+    for (SNStickyNoteWindowController *controller :
+        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
+        if (terminating)
+            controller->setIsTerminating(true);
+        // The windows stay open while the program ends, so their last edits are taken here.
+        if (controller->isWindowLoaded())
+            controller->flushNote();
+    }
+}
+
+void AppDelegate::applicationDidBecomeActive()
+{
+    setIsActive(true);
+}
+
+void AppDelegate::applicationDidResignActive()
+{
+    setIsActive(false);
+}
+
+void AppDelegate::setIsActive(bool active)
+{
+    m_isActive = active;
+    if (m_statusItem)
+        m_statusItem->setActive(active);
+}
+
+bool AppDelegate::applicationShouldHandleReopenHasVisibleWindows(bool)
+{
+    setIsActive(true);
+    if (m_welcome->canShowMainInterface())
+        showAllNotes();
+    else
+        m_welcome->showWindow();
+    return false;
+}
+
+// Notes
+
+bool AppDelegate::shouldShowNotes() const
+{
+    if (m_launchedFromStartup && !m_appDidLaunch)
+        return !defaults().hideWindow();
+    return true;
+}
+
+bool AppDelegate::hasManagedController(const std::shared_ptr<SNStickyNote> &note) const
+{
+    QObject *controller = note->windowController();
+    if (!controller)
+        return false;
+    const QList<QWWindowController *> managed = windowManager().windowControllers();
+    return std::any_of(managed.cbegin(), managed.cend(),
+        [controller](const QWWindowController *candidate) { return candidate == controller; });
+}
+
+void AppDelegate::prepareNoteWindow(SNStickyNoteWindowController *controller)
+{
+    QWidget *window = controller->window();
+    if (!window)
+        return;
+    const bool skipsTaskbar = !showsNotesInTaskbar();
+    if (QWX11WindowState::skipsTaskbar(window) != skipsTaskbar)
+        QWX11WindowState::setSkipsTaskbar(window, skipsTaskbar);
+    // Ctrl+N makes a new note from any note.
+    window->addAction(m_ui->newNoteItem);
+}
+
+void AppDelegate::addNoteWindowController(SNStickyNoteWindowController *controller, bool shouldShow)
+{
+    prepareNoteWindow(controller);
+    windowManager().addWindowWithControllerShouldShow(controller, shouldShow);
+}
+
+void AppDelegate::showAllNotes()
+{
+    const QList<std::shared_ptr<SNStickyNote>> notes = noteManager().notesArray();
+    if (notes.isEmpty()) {
+        newDocument(nullptr);
+        return;
+    }
+    const bool shouldShow = shouldShowNotes();
+
+    // Notes that already have a window are only brought forward. A note opened from a file
+    // before the stored notes were first shown must not keep those from getting windows, so
+    // every note without one gets one here.
+    QList<SNStickyNoteWindowController *> created;
+    for (const std::shared_ptr<SNStickyNote> &note : notes) {
+        if (hasManagedController(note))
+            continue;
+        SNStickyNoteWindowController *controller
+            = SNStickyNoteWindowController::controllerWithNote(note);
+        controller->setShouldCascadeWindows(false);
+        created.append(controller);
+    }
+    if (created.isEmpty()) {
+        if (shouldShow)
+            windowManager().bringWindowControllersToTheFront();
+        return;
+    }
+    QList<QWWindowController *> added;
+    for (SNStickyNoteWindowController *controller : std::as_const(created)) {
+        prepareNoteWindow(controller);
+        added.append(controller);
+    }
+    windowManager().addWindowControllersShouldShow(added, shouldShow);
+    for (SNStickyNoteWindowController *controller : std::as_const(created))
+        controller->setShouldCascadeWindows(true);
+    // The preferences window, once there is one, comes forward with the notes here.
+}
+
+void AppDelegate::hideAllNotes()
+{
+    windowManager().hideAllWindowControllers();
+    setIsActive(false);
+}
+
+void AppDelegate::newDocument(QObject *)
+{
+    if (!m_welcome->canShowMainInterface()) {
+        m_services.presenter->beep();
+        return;
+    }
+    const std::shared_ptr<SNStickyNote> note = SNStickyNote::note();
+    noteManager().addNote(note);
+    addNoteWindowController(
+        SNStickyNoteWindowController::controllerWithNote(note), shouldShowNotes());
+}
+
+void AppDelegate::addNoteWithText(const std::shared_ptr<SNStickyNote> &note)
+{
+    noteManager().addNote(note);
+    addNoteWindowController(SNStickyNoteWindowController::controllerWithNote(note), true);
+}
+
+void AppDelegate::applicationOpenFiles(const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        const std::optional<QWAttributedString> text
+            = SNNoteFileReader::attributedStringWithContentsOfPath(path);
+        if (!text || text->length() == 0)
+            continue;
+        const std::shared_ptr<SNStickyNote> note = SNStickyNote::note();
+        note->setAttributedString(*text);
+        addNoteWithText(note);
+    }
+}
+
+void AppDelegate::noteFromServiceUserDataError(
+    const QString &pasteboardText, const QString &, QString *error)
+{
+    if (pasteboardText.isEmpty()) {
+        if (error)
+            *error = noteFromServiceErrorText();
+        return;
+    }
+    const std::shared_ptr<SNStickyNote> note = SNStickyNote::note();
+    QWTextAttributes attributes;
+    if (const std::shared_ptr<SNTheme> theme = note->theme()) {
+        attributes.setForegroundColor(theme->defaultFontColor());
+        attributes.setFont(theme->defaultFont());
+    }
+    note->setAttributedString(QWAttributedString(pasteboardText, attributes));
+    addNoteWithText(note);
+}
+
+QString AppDelegate::selectedText() const
+{
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    if (clipboard->supportsSelection()) {
+        const QString selection = clipboard->text(QClipboard::Selection);
+        if (!selection.isEmpty())
+            return selection;
+    }
+    return clipboard->text(QClipboard::Clipboard);
+}
+
+void AppDelegate::noteFromSelection(QObject *)
+{
+    QString error;
+    noteFromServiceUserDataError(selectedText(), QString(), &error);
+    if (error.isEmpty())
+        return;
+    QMessageBox alert(QMessageBox::Warning, QCoreApplication::applicationName(), error);
+    m_services.presenter->runAlert(alert);
+}
+
+void AppDelegate::handleOpenURLWithReplyEvent(const QString &url)
+{
+    if (QUrl(url).host() == loginLaunchHost())
+        m_launchedFromStartup = true;
+}
+
+QString AppDelegate::handleLaunchRequest(const SNLaunchRequest &request)
+{
+    if (request.isEmpty()) {
+        applicationShouldHandleReopenHasVisibleWindows(false);
+        return {};
+    }
+    QStringList paths;
+    for (const QString &uri : request.uris) {
+        const QUrl url(uri);
+        if (url.scheme() == QLatin1String("vellumo"))
+            handleOpenURLWithReplyEvent(uri);
+        else if (url.isLocalFile())
+            paths.append(url.toLocalFile());
+    }
+    if (!paths.isEmpty())
+        applicationOpenFiles(paths);
+
+    QString error;
+    for (const QString &action : request.actions) {
+        if (action == SNLaunchRequest::newNoteAction()) {
+            newDocument(nullptr);
+        } else if (action == SNLaunchRequest::showAllNotesAction()) {
+            applicationShouldHandleReopenHasVisibleWindows(false);
+        } else if (action == SNLaunchRequest::toggleTagsAction()) {
+            showTagManagerIfNeeded();
+        } else if (action == SNLaunchRequest::noteFromSelectionAction()) {
+            noteFromServiceUserDataError(
+                request.selectionText.value_or(selectedText()), QString(), &error);
+        } else if (action == SNLaunchRequest::quitAction()) {
+            quitApp(nullptr);
+        } else {
+            error = tr("Vellumo has no action \"%1\".").arg(action);
+        }
+    }
+    return error;
+}
+
+// Commands
+
+SNStickyNoteWindowController *AppDelegate::keyNoteWindowController() const
+{
+    const QList<SNStickyNoteWindowController *> controllers
+        = windowManager().windowControllersForClass<SNStickyNoteWindowController>();
+    if (m_keyNoteWindowController && controllers.contains(m_keyNoteWindowController.data()))
+        return m_keyNoteWindowController;
+    for (SNStickyNoteWindowController *controller : controllers) {
+        if (controller->isWindowLoaded() && controller->window()->isActiveWindow())
+            return controller;
+    }
+    return nullptr;
+}
+
+void AppDelegate::rememberKeyNoteWindow()
+{
+    const QWindow *focus = QGuiApplication::focusWindow();
+    if (!focus)
+        return;
+    for (SNStickyNoteWindowController *controller :
+        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
+        if (controller->isWindowLoaded() && controller->window()->windowHandle() == focus) {
+            m_keyNoteWindowController = controller;
+            return;
+        }
+    }
+}
+
+void AppDelegate::saveDocument(QObject *sender)
+{
+    const QPointer<SNStickyNoteWindowController> controller = keyNoteWindowController();
+    if (!controller)
+        return;
+    const QPointer<QObject> item = sender;
+    QTimer::singleShot(0, this, [controller, item] {
+        if (controller)
+            controller->saveNote(item.data());
+    });
+}
+
+void AppDelegate::toggleStrikethrough(QObject *)
+{
+    SNStickyNoteWindowController *controller = keyNoteWindowController();
+    if (!controller || !controller->isWindowLoaded())
+        return;
+    // Whoever has the keyboard in the note window answers first, as the editor does; then its
+    // parents, then the window's controller.
+    QObjectList chain;
+    for (QWidget *widget = controller->window()->focusWidget(); widget;
+         widget = widget->parentWidget())
+        chain.append(widget);
+    chain.append(controller);
+    for (QObject *responder : std::as_const(chain)) {
+        if (responder->metaObject()->indexOfMethod("toggleStrikethrough(QObject*)") >= 0) {
+            QMetaObject::invokeMethod(
+                responder, "toggleStrikethrough", Qt::QueuedConnection, Q_ARG(QObject *, nullptr));
+            return;
+        }
+    }
+}
+
+void AppDelegate::exportDatabase(QObject *)
+{
+    QFileDialog panel(nullptr, tr("Export All Notes"));
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setFileMode(QFileDialog::AnyFile);
+    panel.setLabelText(QFileDialog::Accept, tr("Choose"));
+    panel.setNameFilter(tr("Notes archive (*.db)"));
+    panel.setDefaultSuffix(QStringLiteral("db"));
+    panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    panel.selectFile(SNStickyNoteManager::databaseFileName);
+
+    const QString path = m_services.presenter->runSavePanel(panel);
+    if (path.isEmpty())
+        return;
+    if (noteManager().exportDatabaseToPath(path)) {
+        QWWorkspace::selectFileInFileViewerRootedAtPath(path, QString());
+        return;
+    }
+    QMessageBox alert(QMessageBox::Warning, QCoreApplication::applicationName(),
+        exportFailedMessage(), QMessageBox::Ok);
+    alert.setInformativeText(exportFailedInformativeText());
+    m_services.presenter->runAlert(alert);
+}
+
+void AppDelegate::openAbout(QObject *)
+{
+    // About lives in the preferences window, which is not part of the program yet.
+}
+
+void AppDelegate::openPreferences(QObject *)
+{
+    if (!m_welcome->canShowMainInterface()) {
+        m_services.presenter->beep();
+        return;
+    }
+    // The preferences window opens here once the program has one.
+}
+
+void AppDelegate::openHelp(QObject *)
+{
+    if (!m_helpWindowController)
+        m_helpWindowController = std::make_unique<SNHelpWindowController>();
+    m_helpWindowController->showWindow();
+}
+
+void AppDelegate::checkForUpdates(QObject *)
+{
+    QMessageBox alert(QMessageBox::Information, QCoreApplication::applicationName(),
+        tr("Vellumo is updated by your package manager."), QMessageBox::Ok);
+    alert.setInformativeText(tr("New versions arrive with your system's other software "
+                                "updates; Vellumo itself never connects to the network."));
+    m_services.presenter->runAlert(alert);
+}
+
+void AppDelegate::rateApp(QObject *)
+{
+    QDesktopServices::openUrl(QUrl(projectPageURL()));
+}
+
+void AppDelegate::quitApp(QObject *)
+{
+    QCoreApplication::quit();
+}
+
+void AppDelegate::showWindowControllerFromMenuItem(QAction *sender)
+{
+    if (!sender)
+        return;
+    // The item may outlive its note's window: only a controller still managed is used.
+    const QObject *represented = sender->data().value<QObject *>();
+    for (SNStickyNoteWindowController *controller :
+        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
+        if (controller == represented) {
+            windowManager().showWindow(controller->window());
+            return;
+        }
+    }
+}
+
+// Tray icon and menus
+
+bool AppDelegate::menuShouldShow()
+{
+    return m_welcome->canShowMainInterface();
+}
+
+void AppDelegate::menuIconWasClicked()
+{
+    if (!m_isActive) {
+        setIsActive(true);
+        applicationShouldHandleReopenHasVisibleWindows(false);
+    } else {
+        hideAllNotes();
+    }
+}
+
+void AppDelegate::menuNeedsUpdate(QMenu *menu)
+{
+    menu->clear();
+    generateNotesInMenu(menu);
+}
+
+void AppDelegate::generateNotesInMenu(QMenu *menu)
+{
+    QList<SNStickyNoteWindowController *> controllers
+        = windowManager().windowControllersForClass<SNStickyNoteWindowController>();
+    // Newest first.
+    std::stable_sort(controllers.begin(), controllers.end(),
+        [](const SNStickyNoteWindowController *first, const SNStickyNoteWindowController *second) {
+            return creationDateOf(second) < creationDateOf(first);
+        });
+    for (SNStickyNoteWindowController *controller : std::as_const(controllers)) {
+        QAction *item = menu->addAction(controller->window()->windowTitle());
+        item->setData(QVariant::fromValue<QObject *>(controller));
+        connect(item, &QAction::triggered, this,
+            [this, item] { showWindowControllerFromMenuItem(item); });
+    }
+}
+
+void AppDelegate::showTagManagerIfNeeded()
+{
+    // The tag browser opens here, or closes when open, once the program has one.
+}
+
+void AppDelegate::updateHotkeys()
+{
+    QWHotKeyHelper &helper = hotKeyHelper();
+    // The identifiers keep their values: unregistering a stale one later does nothing.
+    if (m_hotKeyID != -1)
+        helper.unregisterHotkeyWithID(m_hotKeyID);
+    if (m_noteHotKeyID != -1)
+        helper.unregisterHotkeyWithID(m_noteHotKeyID);
+    if (!defaults().hotKeyEnabled())
+        return;
+    if (!helper.pressedBlock()) {
+        helper.setPressedBlock([controller = QPointer<AppDelegate>(this)](qint64 identifier) {
+            if (controller)
+                controller->hotKeyWasPressed(identifier);
+        });
+    }
+    m_hotKeyID = helper.registerHotKey(defaults().hotKeyCombo());
+    m_noteHotKeyID = helper.registerHotKey(defaults().noteHotKeyCombo());
+}
+
+void AppDelegate::hotKeyWasPressed(qint64 identifier)
+{
+    if (identifier == m_hotKeyID)
+        showTagManagerIfNeeded();
+    else
+        newDocument(nullptr);
+}
+
+void AppDelegate::toggleMenuBarIconVisible()
+{
+    if (defaults().showMenuIcon())
+        makeStatusItemIfNeeded();
+    else
+        removeStatusItemIfNeeded();
+    // Without the tray icon the taskbar is the way back to the notes.
+    applyTaskbarPresence();
+}
+
+void AppDelegate::makeStatusItemIfNeeded()
+{
+    if (!defaults().showMenuIcon())
+        return;
+    if (m_statusItem) {
+        m_statusItem->makeStatusItem();
+        return;
+    }
+    m_statusItem = new MTStatusItem(this);
+    m_statusItem->setContextMenu(m_statusItemMenu.get());
+    m_statusItem->setDelegate(this);
+    m_statusItem->setActive(m_isActive);
+}
+
+void AppDelegate::removeStatusItemIfNeeded()
+{
+    if (m_statusItem && !defaults().showMenuIcon())
+        m_statusItem->destroy();
+}
+
+void AppDelegate::toggleDockIconVisible()
+{
+    setDockIconVisible(defaults().showIconInDock());
+}
+
+bool AppDelegate::showsNotesInTaskbar() const
+{
+    return defaults().showIconInDock() || !defaults().showMenuIcon()
+        || !QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+void AppDelegate::applyTaskbarPresence()
+{
+    const bool skipsTaskbar = !showsNotesInTaskbar();
+    for (SNStickyNoteWindowController *controller :
+        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
+        if (controller->isWindowLoaded()
+            && QWX11WindowState::skipsTaskbar(controller->window()) != skipsTaskbar)
+            QWX11WindowState::setSkipsTaskbar(controller->window(), skipsTaskbar);
+    }
+}
+
+void AppDelegate::setDockIconVisible(bool visible)
+{
+    applyTaskbarPresence();
+    if (visible)
+        return;
+    // Leaving the taskbar can cost a window the focus; give it back to the note in use.
+    if (m_activationTimer)
+        m_activationTimer->invalidate();
+    m_activationTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
+        dockIconActivationDelay, false, [controller = QPointer<AppDelegate>(this)](QWTimer &) {
+            SNStickyNoteWindowController *key
+                = controller ? controller->keyNoteWindowController() : nullptr;
+            if (key && key->window()->isVisible())
+                key->window()->activateWindow();
+        });
+}
+
+// The welcome window
+
+void AppDelegate::welcomeWindowDidOpen()
+{
+    windowManager().hideAllWindowControllers();
+}
+
+void AppDelegate::welcomeWindowDidClose()
+{
+    // Closed because the program is quitting: no notes to show any more.
+    if (m_isTerminating)
+        return;
+    showAllNotes();
+}
+
+void AppDelegate::didToggleRunAtLogin(const QWNotification &notification)
+{
+    defaults().setStartAtLogin(
+        notification.userInfo.value(QWWelcomeWindowController::enabledKey()).toBool());
+}

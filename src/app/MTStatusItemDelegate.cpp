@@ -1,0 +1,3 @@
+#include "app/MTStatusItemDelegate.h"
+
+MTStatusItemDelegate::~MTStatusItemDelegate() = default;

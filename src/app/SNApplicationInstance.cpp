@@ -1,0 +1,111 @@
+#include "app/SNApplicationInstance.h"
+
+#include "app/SNApplicationInfo.h"
+#include "app/SNLaunchRequest.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QThread>
+
+namespace {
+
+// Long enough for a busy program to answer; a hung one must not hang the caller for ever.
+constexpr int callTimeout = 20000;
+
+QDBusMessage methodCall(const QString &method)
+{
+    return QDBusMessage::createMethodCall(SNApplicationInfo::applicationIdentifier(),
+        SNApplicationInstance::objectPath(), SNApplicationService::interfaceName(), method);
+}
+
+} // namespace
+
+QString SNApplicationInstance::objectPath()
+{
+    return QStringLiteral("/")
+        + SNApplicationInfo::applicationIdentifier().replace(QLatin1Char('.'), QLatin1Char('/'));
+}
+
+SNApplicationInstance::SNApplicationInstance(QObject *parent)
+    : QObject(parent), m_service(new SNApplicationService(&m_exported))
+{ }
+
+SNApplicationInstance::~SNApplicationInstance() = default;
+
+SNApplicationInstance::Claim SNApplicationInstance::claim()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected() || !bus.interface())
+        return Claim::Alone;
+    if (!bus.registerObject(objectPath(), &m_exported, QDBusConnection::ExportAdaptors))
+        return Claim::Alone;
+    const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply
+        = bus.interface()->registerService(SNApplicationInfo::applicationIdentifier(),
+            QDBusConnectionInterface::DontQueueService,
+            QDBusConnectionInterface::DontAllowReplacement);
+    if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered)
+        return Claim::Primary;
+    bus.unregisterObject(objectPath());
+    if (reply.isValid())
+        return Claim::Secondary;
+    qWarning("[DEBUG] Could not take the name %s on the session bus: %s",
+        qUtf8Printable(SNApplicationInfo::applicationIdentifier()),
+        qUtf8Printable(reply.error().message()));
+    return Claim::Alone;
+}
+
+void SNApplicationInstance::setRequestHandler(SNApplicationService::Handler handler)
+{
+    m_service->setHandler(std::move(handler));
+}
+
+bool SNApplicationInstance::forward(const SNLaunchRequest &request, QString *errorText) const
+{
+    QList<QDBusMessage> calls;
+    const QVariantMap platformData;
+    if (!request.uris.isEmpty()) {
+        QDBusMessage open = methodCall(QStringLiteral("Open"));
+        open << request.uris << platformData;
+        calls.append(open);
+    }
+    for (const QString &action : request.actions) {
+        QDBusMessage activateAction = methodCall(QStringLiteral("ActivateAction"));
+        QVariantList parameter;
+        if (action == SNLaunchRequest::noteFromSelectionAction() && request.selectionText)
+            parameter.append(*request.selectionText);
+        activateAction << action << parameter << platformData;
+        calls.append(activateAction);
+    }
+    if (calls.isEmpty()) {
+        QDBusMessage activate = methodCall(QStringLiteral("Activate"));
+        activate << platformData;
+        calls.append(activate);
+    }
+
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    for (const QDBusMessage &call : std::as_const(calls)) {
+        const QDBusMessage reply = bus.call(call, QDBus::Block, callTimeout);
+        if (reply.type() == QDBusMessage::ErrorMessage) {
+            if (errorText)
+                *errorText = reply.errorMessage();
+            return false;
+        }
+    }
+    return true;
+}
+
+bool SNApplicationInstance::waitUntilNameIsReleased(int timeoutMilliseconds) const
+{
+    QDBusConnectionInterface *bus = QDBusConnection::sessionBus().interface();
+    if (!bus)
+        return true;
+    const QDeadlineTimer deadline(timeoutMilliseconds);
+    while (bus->isServiceRegistered(SNApplicationInfo::applicationIdentifier()).value()) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(20);
+    }
+    return true;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "app/SNApplicationService.h"
+
+#include <QObject>
+#include <QString>
+
+// One Vellumo per session: the first start takes the program's name on the session bus and
+// serves requests there; later starts hand their requests to it and end. Without a session
+// bus every start runs on its own.
+class SNApplicationInstance final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SNApplicationInstance)
+
+public:
+    enum class Claim {
+        Primary, // the name is ours: serve requests
+        Secondary, // another process holds it: forward to it
+        Alone, // no session bus: run without one
+    };
+
+    static QString objectPath(); // "/org/vellumo/Vellumo"
+
+    explicit SNApplicationInstance(QObject *parent = nullptr);
+    ~SNApplicationInstance() override;
+
+    // Exports the service, then asks for the name, so that a caller that finds the name also
+    // finds the service.
+    Claim claim();
+
+    // Who carries out the requests that arrive; until set, callers are asked to try again.
+    void setRequestHandler(SNApplicationService::Handler handler);
+
+    // Hands the request to the instance that holds the name. False, with a reason, when the
+    // bus or the instance answered with an error.
+    bool forward(const SNLaunchRequest &request, QString *errorText) const;
+    // After a forwarded quit: waits until the running instance has saved and gone.
+    bool waitUntilNameIsReleased(int timeoutMilliseconds) const;
+
+private:
+    QObject m_exported;
+    SNApplicationService *m_service;
+};

@@ -1,0 +1,7 @@
+#include "app/SNLaunchRequest.h"
+
+QStringList SNLaunchRequest::actionNames()
+{
+    return { showAllNotesAction(), newNoteAction(), noteFromSelectionAction(), toggleTagsAction(),
+        quitAction() };
+}
