@@ -138,8 +138,12 @@ void SNStickyNoteManager::loadDatabase()
             result.root);
     if (!error.isEmpty()) {
         // The user's only copy: move it aside before anything can write over it.
-        const QString aside = path + QStringLiteral(".damaged-")
+        const QString stamped = path + QStringLiteral(".damaged-")
             + QWClock::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+        // Never onto an earlier damaged copy from the same second.
+        QString aside = stamped;
+        for (int copy = 2; QFileInfo::exists(aside); ++copy)
+            aside = stamped + QStringLiteral("-%1").arg(copy);
         if (QFile::rename(path, aside)) {
             m_movedAsidePath = aside;
             qWarning("[DEBUG] Could not read %s (%s); moved it to %s and kept the %lld notes it "
