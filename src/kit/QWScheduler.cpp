@@ -48,6 +48,17 @@ void QWScheduler::track(const std::shared_ptr<QWScheduledTimer> &timer)
     m_scheduled.push_back(timer);
 }
 
+std::vector<std::shared_ptr<QWScheduledTimer>> QWScheduler::scheduledTimers() const
+{
+    std::vector<std::shared_ptr<QWScheduledTimer>> alive;
+    for (const std::weak_ptr<QWScheduledTimer> &scheduled : m_scheduled) {
+        std::shared_ptr<QWScheduledTimer> timer = scheduled.lock();
+        if (timer && timer->isValid())
+            alive.push_back(std::move(timer));
+    }
+    return alive;
+}
+
 void QWScheduler::invalidateAll()
 {
     // Invalidating one may schedule or drop others, so work on a copy.

@@ -57,6 +57,8 @@ public:
 
 protected:
     void track(const std::shared_ptr<QWScheduledTimer> &timer);
+    // The countdowns still scheduled here, in the order they were scheduled.
+    std::vector<std::shared_ptr<QWScheduledTimer>> scheduledTimers() const;
 
 private:
     std::vector<std::weak_ptr<QWScheduledTimer>> m_scheduled;

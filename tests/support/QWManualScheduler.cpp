@@ -36,7 +36,6 @@ std::shared_ptr<QWScheduledTimer> QWManualScheduler::scheduledTimerWithInterval(
 {
     auto timer = std::make_shared<Timer>(
         interval, repeats, std::move(action), m_now + std::max(0.0, interval));
-    m_timers.push_back(timer);
     track(timer);
     return timer;
 }
@@ -46,14 +45,11 @@ void QWManualScheduler::advanceBy(double seconds)
     const double end = m_now + seconds;
     for (;;) {
         // The earliest countdown due by the end; ties fire in the order they were scheduled.
+        // Only this scheduler's own countdowns are tracked here.
         std::shared_ptr<Timer> next;
-        std::erase_if(m_timers, [](const std::weak_ptr<Timer> &timer) {
-            const std::shared_ptr<Timer> alive = timer.lock();
-            return !alive || !alive->isValid();
-        });
-        for (const std::weak_ptr<Timer> &candidate : m_timers) {
-            std::shared_ptr<Timer> timer = candidate.lock();
-            if (timer && timer->due <= end + 1e-9 && (!next || timer->due < next->due))
+        for (const std::shared_ptr<QWScheduledTimer> &candidate : scheduledTimers()) {
+            auto timer = std::static_pointer_cast<Timer>(candidate);
+            if (timer->due <= end + 1e-9 && (!next || timer->due < next->due))
                 next = timer;
         }
         if (!next)
@@ -73,9 +69,5 @@ QDateTime QWManualScheduler::currentDateTime() const
 
 int QWManualScheduler::scheduledCount() const
 {
-    return int(
-        std::count_if(m_timers.begin(), m_timers.end(), [](const std::weak_ptr<Timer> &timer) {
-            const std::shared_ptr<Timer> alive = timer.lock();
-            return alive && alive->isValid();
-        }));
+    return int(scheduledTimers().size());
 }

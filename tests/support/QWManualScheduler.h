@@ -32,5 +32,4 @@ private:
     class Timer;
     double m_now = 0.0;
     QDateTime m_start;
-    std::vector<std::weak_ptr<Timer>> m_timers;
 };
