@@ -1,5 +1,7 @@
 #include "notewindow/SNLinkHighlighter.h"
 
+#include "kit/QWSpellChecker.h"
+
 #include <QTextBlock>
 
 SNLinkHighlighter::SNLinkHighlighter(QTextDocument *document) : QSyntaxHighlighter(document) { }
@@ -14,14 +16,63 @@ void SNLinkHighlighter::setLinkFormat(const QTextCharFormat &format)
     rehighlight();
 }
 
-void SNLinkHighlighter::highlightBlock(const QString &)
+void SNLinkHighlighter::setSpellChecker(QWSpellChecker *checker)
 {
-    if (m_linkFormat.properties().isEmpty())
+    if (m_spellChecker == checker)
+        return;
+    m_spellChecker = checker;
+    if (m_checksSpelling)
+        rehighlight();
+}
+
+void SNLinkHighlighter::setChecksSpelling(bool checks)
+{
+    if (m_checksSpelling == checks)
+        return;
+    m_checksSpelling = checks;
+    rehighlight();
+}
+
+QTextCharFormat SNLinkHighlighter::misspelledFormat()
+{
+    QTextCharFormat format;
+    format.setUnderlineStyle(QTextCharFormat::SpellCheckUnderline);
+    format.setUnderlineColor(QColor(230, 40, 40));
+    return format;
+}
+
+void SNLinkHighlighter::highlightBlock(const QString &text)
+{
+    const bool linksStyled = !m_linkFormat.properties().isEmpty();
+    const bool spelling = m_checksSpelling && m_spellChecker && m_spellChecker->isAvailable();
+    if (!linksStyled && !spelling)
         return;
     const QTextBlock block = currentBlock();
+    // Links first: a word inside a link or a tag is the user's name for something, not a
+    // misspelling.
+    QList<std::pair<int, int>> links;
     for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
         const QTextFragment fragment = it.fragment();
-        if (fragment.isValid() && fragment.charFormat().isAnchor())
-            setFormat(fragment.position() - block.position(), fragment.length(), m_linkFormat);
+        if (!fragment.isValid() || !fragment.charFormat().isAnchor())
+            continue;
+        const int start = fragment.position() - block.position();
+        links.append({ start, start + fragment.length() });
+        if (linksStyled)
+            setFormat(start, fragment.length(), m_linkFormat);
+    }
+    if (!spelling)
+        return;
+    static const QTextCharFormat marked = misspelledFormat();
+    const QList<QWSpellChecker::Range> ranges = m_spellChecker->misspelledRangesInString(text);
+    for (const QWSpellChecker::Range &range : ranges) {
+        const int start = int(range.start);
+        const int end = int(range.start + range.length);
+        const bool inLink
+            = std::any_of(links.cbegin(), links.cend(), [&](const std::pair<int, int> &link) {
+                  return start < link.second && end > link.first;
+              });
+        if (inLink || (start > 0 && text.at(start - 1) == QLatin1Char('#')))
+            continue;
+        setFormat(start, end - start, marked);
     }
 }

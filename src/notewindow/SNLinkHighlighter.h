@@ -3,11 +3,13 @@
 #include <QSyntaxHighlighter>
 #include <QTextCharFormat>
 
-// Shows the links of a note in the theme's link style without storing that style in the text:
-// the style belongs to the theme, so a link keeps its own attributes and only looks different.
+class QWSpellChecker;
+
+// Shows the links of a note in the theme's link style, and marks misspelt words, without storing
+// either in the text: the link style belongs to the theme and the marks to the moment, so the
+// text keeps its own attributes, its undo history and its saved form untouched.
 //
-// Qt draws the formats of one highlighter per block; whatever else is to be shown this way
-// (spelling marks) belongs in this pass rather than in a second highlighter.
+// Qt draws the formats of one highlighter per block, so both are drawn in this one pass.
 class SNLinkHighlighter final : public QSyntaxHighlighter
 {
     Q_OBJECT
@@ -20,9 +22,18 @@ public:
     const QTextCharFormat &linkFormat() const { return m_linkFormat; }
     void setLinkFormat(const QTextCharFormat &format);
 
+    QWSpellChecker *spellChecker() const { return m_spellChecker; }
+    void setSpellChecker(QWSpellChecker *checker);
+    bool checksSpelling() const { return m_checksSpelling; }
+    void setChecksSpelling(bool checks);
+    // How a misspelt word is marked: a red wavy line.
+    static QTextCharFormat misspelledFormat();
+
 protected:
     void highlightBlock(const QString &text) override;
 
 private:
     QTextCharFormat m_linkFormat;
+    QWSpellChecker *m_spellChecker = nullptr;
+    bool m_checksSpelling = false;
 };

@@ -6,12 +6,18 @@
 #include "kit/QWClock.h"
 #include "kit/QWNotificationCenter.h"
 #include "kit/QWRtfWriter.h"
+#include "kit/QWSpellChecker.h"
+#include "kit/QWTextAttributes.h"
 #include "kit/QWTimer.h"
 #include "kit/widgets/QWGradientView.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "notewindow/SNHashtagScanner.h"
 #include "notewindow/SNModalPresenter.h"
+#include "notewindow/SNNoteTitle.h"
 #include "notewindow/SNStickyWindow.h"
+#include "notewindow/SNTextColorPalette.h"
+#include "notewindow/SNTextCounter.h"
 #include "notewindow/SNTextView.h"
 #include "notewindow/SNThemeSwatch.h"
 #include "notewindow/SNThemeTextStyler.h"
@@ -30,12 +36,14 @@
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QColorDialog>
 #include <QEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QGraphicsOpacityEffect>
 #include <QMenu>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
 #include <QPushButton>
@@ -43,6 +51,9 @@
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStandardPaths>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
 #include <QWidgetAction>
 
 const QString SNStickyNoteWindowController::showTagManagerNotification
@@ -98,6 +109,8 @@ SNStickyNoteWindowController::~SNStickyNoteWindowController()
         m_saveDelayTimer->invalidate();
     if (m_exportDelayTimer)
         m_exportDelayTimer->invalidate();
+    if (m_tokenizeDelayTimer)
+        m_tokenizeDelayTimer->invalidate();
     // The base class destroys the window after this object is gone: nothing in it may call back.
     detachFromWindow();
 }
@@ -260,6 +273,10 @@ void SNStickyNoteWindowController::buildMenus()
 
     // Their shortcuts work while the note is the active window, menu open or not.
     m_window->addActions({ m_ui->exportNoteItem, m_ui->quitItem });
+    auto *strikethrough = new QAction(m_window);
+    strikethrough->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+    connect(strikethrough, &QAction::triggered, this, [this] { toggleStrikethrough(nullptr); });
+    m_window->addAction(strikethrough);
 }
 
 void SNStickyNoteWindowController::connectCommands()
@@ -391,6 +408,8 @@ void SNStickyNoteWindowController::updateNoteUI()
         m_note->attributedString()->toTextDocument(*m_ui->textView->document());
     }
     tokenizeTags();
+    // Nothing of the loading is for undo.
+    m_ui->textView->document()->clearUndoRedoStacks();
 }
 
 void SNStickyNoteWindowController::updateUI()
@@ -403,6 +422,11 @@ void SNStickyNoteWindowController::updateUI()
     }
     connect(text, &QTextEdit::textChanged, this, &SNStickyNoteWindowController::textDidChange,
         Qt::UniqueConnection);
+    text->setDelegate(this);
+    // A click on the counter switches between words, paragraphs and characters.
+    m_ui->wordCountLabel->installEventFilter(this);
+    m_ui->wordCountLabel->setCursor(Qt::PointingHandCursor);
+    m_ui->wordCountLabel->setToolTip(tr("Click to count words, paragraphs or characters"));
     // The gradient behind shows through the text.
     text->viewport()->setAutoFillBackground(false);
 
@@ -483,15 +507,463 @@ void SNStickyNoteWindowController::textDidChange()
         rainbowize();
 }
 
-void SNStickyNoteWindowController::tokenizeTagsAfterDelay() { }
+QString SNStickyNoteWindowController::strikethroughActionName()
+{
+    return tr("Strikethrough");
+}
 
-void SNStickyNoteWindowController::tokenizeTags() { }
+QString SNStickyNoteWindowController::changeColorActionName()
+{
+    return tr("Change Color");
+}
 
-void SNStickyNoteWindowController::updateTitle() { }
+void SNStickyNoteWindowController::tokenizeTagsAfterDelay()
+{
+    if (m_tokenizeDelayTimer)
+        m_tokenizeDelayTimer->invalidate();
+    QPointer<SNStickyNoteWindowController> weakSelf(this);
+    m_tokenizeDelayTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
+        tokenizeDelay, false, [weakSelf](QWTimer &) {
+            if (!weakSelf)
+                return;
+            weakSelf->tokenizeTags();
+            weakSelf->updateWordCount();
+        });
+}
 
-void SNStickyNoteWindowController::updateWordCount() { }
+void SNStickyNoteWindowController::tokenizeTags()
+{
+    if (!m_ui || !m_note)
+        return;
+    // Marking tags changes formats only; it is not an edit of the note.
+    const QSignalBlocker blocker(m_ui->textView);
+    m_note->setTags(
+        SNHashtagScanner::tokenizeTags(*m_ui->textView->document(), SNTagManager::sharedManager()));
+}
 
-void SNStickyNoteWindowController::updateSpellChecking() { }
+void SNStickyNoteWindowController::clearOldTags()
+{
+    if (!m_ui)
+        return;
+    const QSignalBlocker blocker(m_ui->textView);
+    SNHashtagScanner::clearOldTags(*m_ui->textView->document());
+}
+
+bool SNStickyNoteWindowController::stringIsValidTag(const QString &string)
+{
+    return SNHashtagScanner::stringIsValidTag(string);
+}
+
+void SNStickyNoteWindowController::updateTitle()
+{
+    if (!m_ui)
+        return;
+    const QString title = SNNoteTitle::titleTextOfDocument(*m_ui->textView->document());
+    m_window->setWindowTitle(SNNoteTitle::windowTitle(title));
+    m_ui->collapsedTitleLabel->setText(SNNoteTitle::collapsedTitle(title));
+}
+
+void SNStickyNoteWindowController::updateWordCount()
+{
+    if (!m_ui)
+        return;
+    const qint64 state = m_note ? m_note->countState() : SNTextCounter::CountWords;
+    const qsizetype count
+        = SNTextCounter::countOfText(m_ui->textView->document()->toPlainText(), state);
+    m_ui->wordCountLabel->setText(SNTextCounter::labelText(count, state));
+}
+
+void SNStickyNoteWindowController::toggleCount(QObject *)
+{
+    if (!m_note)
+        return;
+    m_note->setCountState(SNTextCounter::nextCountState(m_note->countState()));
+    updateWordCount();
+    saveAfterDelay();
+    if (m_secretUnlocked)
+        rainbowize();
+}
+
+void SNStickyNoteWindowController::updateSpellChecking()
+{
+    if (!m_ui)
+        return;
+    const SNUserDefaults &defaults = SNUserDefaults::standardUserDefaults();
+    const bool check = defaults.checkSpelling();
+    const bool correct = defaults.autoCorrectSpelling();
+    SNTextView *text = m_ui->textView;
+    // The dictionaries load on first use only: a user who checks nothing never waits for them.
+    if ((check || correct) && !text->spellChecker())
+        text->setSpellChecker(&QWSpellChecker::sharedSpellChecker());
+    text->setAutomaticSpellingCorrectionEnabled(correct);
+    if (check && text->isContinuousSpellCheckingEnabled())
+        text->checkSpelling();
+    else
+        text->setContinuousSpellCheckingEnabled(check);
+}
+
+// MARK: - Formatting
+
+bool SNStickyNoteWindowController::formattingItemState(const QAction *item)
+{
+    // Checkable items have flipped by the time they report a trigger; the state they showed
+    // is kept beside it.
+    return item && item->property("qw_state").toBool();
+}
+
+SNStickyNoteWindowController::TextRange SNStickyNoteWindowController::selectedRange() const
+{
+    if (!m_ui)
+        return {};
+    const QTextCursor cursor = m_ui->textView->textCursor();
+    return { cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart() };
+}
+
+QTextCharFormat SNStickyNoteWindowController::formatAtIndex(qsizetype index) const
+{
+    const QTextDocument *document = m_ui->textView->document();
+    const QTextBlock block = document->findBlock(int(index));
+    for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
+        const QTextFragment fragment = it.fragment();
+        if (fragment.isValid() && fragment.position() <= index
+            && index < fragment.position() + fragment.length())
+            return fragment.charFormat();
+    }
+    return block.charFormat();
+}
+
+void SNStickyNoteWindowController::editFormatInRange(
+    TextRange range, const std::function<void(QTextCharFormat &)> &edit)
+{
+    SNTextView *text = m_ui->textView;
+    if (range.length <= 0) {
+        QTextCharFormat format = text->currentCharFormat();
+        edit(format);
+        text->setCurrentCharFormat(format);
+        return;
+    }
+    QTextDocument *document = text->document();
+    const qsizetype end = range.location + range.length;
+    QTextCursor batch(document);
+    batch.beginEditBlock();
+    for (QTextBlock block = document->findBlock(int(range.location));
+         block.isValid() && block.position() < end; block = block.next()) {
+        // Collected first: each change may split or merge the fragments being walked.
+        QList<std::pair<int, int>> pieces;
+        for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
+            const QTextFragment fragment = it.fragment();
+            const int from = std::max<int>(fragment.position(), int(range.location));
+            const int to = std::min<int>(fragment.position() + fragment.length(), int(end));
+            if (fragment.isValid() && from < to)
+                pieces.append({ from, to });
+        }
+        for (const auto &[from, to] : std::as_const(pieces)) {
+            QTextCursor piece(document);
+            piece.setPosition(from);
+            piece.setPosition(to, QTextCursor::KeepAnchor);
+            QTextCharFormat format = piece.charFormat();
+            edit(format);
+            piece.setCharFormat(format);
+        }
+    }
+    batch.endEditBlock();
+}
+
+void SNStickyNoteWindowController::toggleBold(QAction *sender)
+{
+    if (!m_ui)
+        return;
+    SNTextView *text = m_ui->textView;
+    text->setFocus();
+    if (!sender) {
+        text->toggleBold();
+        return;
+    }
+    QTextCharFormat format;
+    format.setFontWeight(formattingItemState(sender) ? QFont::Normal : QFont::Bold);
+    text->mergeCurrentCharFormat(format);
+}
+
+void SNStickyNoteWindowController::toggleItalic(QAction *sender)
+{
+    if (!m_ui)
+        return;
+    SNTextView *text = m_ui->textView;
+    text->setFocus();
+    if (!sender) {
+        text->toggleItalic();
+        return;
+    }
+    QTextCharFormat format;
+    format.setFontItalic(!formattingItemState(sender));
+    text->mergeCurrentCharFormat(format);
+}
+
+void SNStickyNoteWindowController::toggleUnderline(QAction *)
+{
+    if (!m_ui)
+        return;
+    m_ui->textView->setFocus();
+    m_ui->textView->toggleUnderline();
+}
+
+void SNStickyNoteWindowController::toggleStrikethrough(QObject *sender)
+{
+    if (!m_ui)
+        return;
+    const TextRange range = selectedRange();
+    bool struckThrough = false;
+    if (const auto *item = qobject_cast<const QAction *>(sender)) {
+        struckThrough = formattingItemState(item);
+    } else {
+        const QTextCharFormat format = range.length > 0 ? formatAtIndex(range.location)
+                                                        : m_ui->textView->currentCharFormat();
+        struckThrough = format.fontStrikeOut();
+    }
+    strikethroughWithRange(struckThrough, range);
+}
+
+void SNStickyNoteWindowController::strikethroughWithRange(bool struckThrough, TextRange range)
+{
+    if (!m_ui || range.location == notFound)
+        return;
+    editFormatInRange(range, [struckThrough](QTextCharFormat &format) {
+        if (struckThrough) {
+            format.clearProperty(QTextFormat::FontStrikeOut);
+            format.clearProperty(QWTextAttributes::ExactStrikethroughStyleProperty);
+            format.clearProperty(QWTextAttributes::StrokeColorProperty);
+        } else {
+            format.setFontStrikeOut(true);
+            format.setProperty(QWTextAttributes::ExactStrikethroughStyleProperty,
+                QWTextAttributes::LineStyleSingle);
+        }
+    });
+    if (range.length > 0)
+        m_ui->textView->setUndoActionName(strikethroughActionName());
+    m_ui->textView->viewport()->update();
+}
+
+void SNStickyNoteWindowController::changeColorFromMenuItem(QAction *sender)
+{
+    if (!sender)
+        return;
+    const QVariant represented = sender->data();
+    const std::optional<QWColor> color = represented.canConvert<QColor>()
+        ? std::optional<QWColor>(QWColor::fromQColor(represented.value<QColor>()))
+        : std::nullopt;
+    changeColorWithRange(color, selectedRange());
+}
+
+void SNStickyNoteWindowController::changeColorWithRange(
+    const std::optional<QWColor> &color, TextRange range)
+{
+    // No colour is no change: undoing a change over text without a colour of its own does
+    // nothing either.
+    if (!m_ui || !color || range.location == notFound)
+        return;
+    const QBrush brush(color->toQColor());
+    editFormatInRange(range, [&brush](QTextCharFormat &format) {
+        format.clearProperty(QWTextAttributes::ExactForegroundColorProperty);
+        format.setForeground(brush);
+    });
+    if (range.length > 0)
+        m_ui->textView->setUndoActionName(changeColorActionName());
+    m_ui->textView->viewport()->update();
+}
+
+void SNStickyNoteWindowController::orderFrontColorPanel(QObject *)
+{
+    if (!m_ui)
+        return;
+    const TextRange range = selectedRange();
+    if (!m_colorPanel) {
+        m_colorPanel = new QColorDialog(m_window);
+        m_colorPanel->setWindowTitle(tr("Colors"));
+        m_colorPanel->setOption(QColorDialog::DontUseNativeDialog);
+        m_colorPanel->setAttribute(Qt::WA_DeleteOnClose);
+        SNWindowLevel::applyDialogLevel(m_colorPanel, m_note ? m_note->pinState() : 0);
+    }
+    m_colorPanel->disconnect(this);
+    const QTextCharFormat current
+        = range.length > 0 ? formatAtIndex(range.location) : m_ui->textView->currentCharFormat();
+    if (current.hasProperty(QTextFormat::ForegroundBrush))
+        m_colorPanel->setCurrentColor(current.foreground().color());
+    connect(m_colorPanel, &QColorDialog::colorSelected, this, [this, range](const QColor &color) {
+        const qsizetype length = m_ui->textView->document()->characterCount() - 1;
+        // The text may have shrunk while the dialog was open.
+        TextRange within = range;
+        within.location = std::min(within.location, length);
+        within.length = std::min(within.length, length - within.location);
+        changeColorWithRange(QWColor::fromQColor(color), within);
+    });
+    m_colorPanel->open();
+    m_colorPanel->raise();
+}
+
+QColorDialog *SNStickyNoteWindowController::colorPanel() const
+{
+    return m_colorPanel;
+}
+
+void SNStickyNoteWindowController::pastePlainText(QObject *)
+{
+    if (m_ui)
+        m_ui->textView->pasteAsPlainText();
+}
+
+// MARK: - The right-click menu
+
+void SNStickyNoteWindowController::addPasteAsPlainTextItemToMenuWithAttributes(
+    QMenu *menu, const QTextCharFormat &)
+{
+    const QList<QAction *> items = menu->actions();
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        QString title = items[i]->text();
+        title = title.left(title.indexOf(QLatin1Char('\t')));
+        title.remove(QLatin1Char('&'));
+        if (title != QLatin1String("Paste")
+            && items[i]->objectName() != QLatin1String("edit-paste"))
+            continue;
+        auto *item = new QAction(tr("Paste Plain Text"), menu);
+        item->setEnabled(!m_ui->textView->isReadOnly());
+        connect(item, &QAction::triggered, this, [this, item] { pastePlainText(item); });
+        menu->insertAction(items.value(i + 1), item);
+        return;
+    }
+}
+
+void SNStickyNoteWindowController::addColorOptionsToMenuWithAttributes(
+    QMenu *menu, const QTextCharFormat &)
+{
+    auto *colors = new QMenu(tr("Colors"), menu);
+    const QList<QWColor> &palette = SNTextColorPalette::colorArray();
+    const QStringList &names = SNTextColorPalette::colorNames();
+    const qreal ratio = m_window ? m_window->devicePixelRatioF() : 1.0;
+    for (qsizetype i = 0; i < palette.size(); ++i) {
+        const QColor color = palette[i].toQColor();
+        QAction *item = colors->addAction(
+            QIcon(SNTextColorPalette::colorImageWithColor(color, ratio)), names.value(i));
+        item->setData(color);
+        connect(item, &QAction::triggered, this, [this, item] { changeColorFromMenuItem(item); });
+    }
+    colors->addSeparator();
+    QAction *show = colors->addAction(tr("Show Colors"));
+    show->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
+    connect(show, &QAction::triggered, this, [this, show] { orderFrontColorPanel(show); });
+    menu->addMenu(colors);
+    menu->addSeparator();
+}
+
+void SNStickyNoteWindowController::addFormattingOptionsToMenuWithAttributes(
+    QMenu *menu, const QTextCharFormat &attributes)
+{
+    const bool bold = attributes.hasProperty(QTextFormat::FontWeight)
+        && attributes.fontWeight() >= QFont::DemiBold;
+    const bool underlined
+        = attributes.underlineStyle() != QTextCharFormat::NoUnderline || attributes.fontUnderline();
+    struct Item
+    {
+        QString title;
+        QKeySequence key;
+        bool state;
+        std::function<void(QAction *)> action;
+    };
+    const Item items[] = {
+        { tr("Bold"), QKeySequence(Qt::CTRL | Qt::Key_B), bold,
+            [this](QAction *item) { toggleBold(item); } },
+        { tr("Italic"), QKeySequence(Qt::CTRL | Qt::Key_I), attributes.fontItalic(),
+            [this](QAction *item) { toggleItalic(item); } },
+        { tr("Underline"), QKeySequence(Qt::CTRL | Qt::Key_U), underlined,
+            [this](QAction *item) { toggleUnderline(item); } },
+        { tr("Strikethrough"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+            attributes.fontStrikeOut(), [this](QAction *item) { toggleStrikethrough(item); } },
+    };
+    for (const Item &entry : items) {
+        QAction *item = menu->addAction(entry.title);
+        item->setShortcut(entry.key);
+        item->setCheckable(true);
+        item->setChecked(entry.state);
+        item->setProperty("qw_state", entry.state);
+        connect(item, &QAction::triggered, this, [item, action = entry.action] { action(item); });
+    }
+    menu->addSeparator();
+}
+
+void SNStickyNoteWindowController::addMakeListItemToMenuWithAttributesSelectedRanges(
+    QMenu *, const QTextCharFormat &, TextRange)
+{
+    // Lists are not made from this menu.
+}
+
+QMenu *SNStickyNoteWindowController::textViewMenuForEventAtIndex(
+    SNTextView *view, QMenu *proposedMenu, int index)
+{
+    addPasteAsPlainTextItemToMenuWithAttributes(proposedMenu, QTextCharFormat());
+    const TextRange range = selectedRange();
+    if (index >= view->document()->characterCount() - 1 || range.length == 0)
+        return proposedMenu;
+    const QTextCharFormat attributes = formatAtIndex(index);
+    if (attributes.hasProperty(QWTextAttributes::TagNameProperty)) {
+        m_ui->filterTagsMenuItem->setData(
+            attributes.stringProperty(QWTextAttributes::TagNameProperty));
+        return m_tagsMenu;
+    }
+    // A child of the proposed menu, which the editor deletes after use.
+    auto *menu = new QMenu(proposedMenu);
+    addMakeListItemToMenuWithAttributesSelectedRanges(menu, attributes, range);
+    addColorOptionsToMenuWithAttributes(menu, attributes);
+    addFormattingOptionsToMenuWithAttributes(menu, attributes);
+    const QList<QAction *> editorItems = proposedMenu->actions();
+    for (QAction *item : editorItems) {
+        proposedMenu->removeAction(item);
+        menu->addAction(item);
+    }
+    return menu;
+}
+
+bool SNStickyNoteWindowController::textViewClickedOnLinkAtIndex(
+    SNTextView *view, const QString &link, int index)
+{
+    if (!formatAtIndex(index).hasProperty(QWTextAttributes::TagNameProperty))
+        return false;
+    m_ui->filterTagsMenuItem->setData(link);
+    m_tagsMenu->popup(QCursor::pos());
+    Q_UNUSED(view);
+    return true;
+}
+
+QTextCharFormat SNStickyNoteWindowController::textViewShouldChangeTypingAttributesToAttributes(
+    SNTextView *view, const QTextCharFormat &oldAttributes, const QTextCharFormat &newAttributes)
+{
+    const std::shared_ptr<SNTheme> theme = m_note ? m_note->theme() : nullptr;
+    if (!theme)
+        return newAttributes;
+    // An emptied note starts again in its theme, whatever the deleted text was in.
+    if (view->document()->isEmpty())
+        return SNThemeTextStyler::typingFormat(*theme);
+    if (!newAttributes.isImageFormat())
+        return newAttributes;
+    // After an image, typing goes on in the font and colour used before it.
+    QTextCharFormat attributes = newAttributes;
+    for (const int property :
+        { int(QTextFormat::ObjectType), int(QTextFormat::ImageName), int(QTextFormat::ImageWidth),
+            int(QTextFormat::ImageHeight), int(QWTextAttributes::AttachmentFileNameProperty) })
+        attributes.clearProperty(property);
+    const QTextCharFormat themeFormat = SNThemeTextStyler::typingFormat(*theme);
+    const QTextCharFormat &fontSource
+        = oldAttributes.hasProperty(QTextFormat::FontFamilies) ? oldAttributes : themeFormat;
+    for (const int property : { int(QTextFormat::FontFamilies), int(QTextFormat::FontPointSize),
+             int(QTextFormat::FontWeight), int(QTextFormat::FontItalic) }) {
+        if (fontSource.hasProperty(property))
+            attributes.setProperty(property, fontSource.property(property));
+        else
+            attributes.clearProperty(property);
+    }
+    attributes.setForeground(oldAttributes.hasProperty(QTextFormat::ForegroundBrush)
+            ? oldAttributes.foreground()
+            : themeFormat.foreground());
+    return attributes;
+}
 
 void SNStickyNoteWindowController::rainbowize() { }
 
@@ -586,6 +1058,7 @@ void SNStickyNoteWindowController::detachFromWindow()
     if (m_toolbarAnimation)
         m_toolbarAnimation->stop();
     m_ui->textView->disconnect(this);
+    m_ui->textView->setDelegate(nullptr);
     m_ui->alphaSlider->disconnect(this);
 }
 
@@ -891,6 +1364,11 @@ bool SNStickyNoteWindowController::eventFilter(QObject *watched, QEvent *event)
             mouseEntered();
         else if (event->type() == QEvent::Leave)
             mouseExited();
+    }
+    if (m_ui && watched == m_ui->wordCountLabel && event->type() == QEvent::MouseButtonRelease
+        && static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
+        toggleCount(m_ui->wordCountLabel);
+        return true;
     }
     return QWWindowController::eventFilter(watched, event);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "kit/QWColor.h"
 #include "kit/widgets/QWWindowController.h"
 #include "notewindow/SNStickyWindowDelegate.h"
+#include "notewindow/SNTextViewDelegate.h"
 
 #include <QPointer>
 #include <QRect>
@@ -9,10 +11,12 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QAbstractAnimation;
 class QAbstractScrollArea;
 class QAction;
+class QColorDialog;
 class QGraphicsOpacityEffect;
 class QLabel;
 class QMenu;
@@ -25,6 +29,7 @@ class SNModalPresenter;
 class SNStickyNote;
 class SNStickyWindow;
 class SNTextView;
+class SNTag;
 class SNTheme;
 class SNTitleBarView;
 
@@ -37,7 +42,9 @@ class SNStickyNoteWindowController;
 // the last one, pins, collapses and fades the window, draws the note in its theme, and decides
 // what closing means. Closing a note deletes it, after offering to export what it holds as RTF;
 // at quit (isTerminating) closing only copies the editor's state into the note.
-class SNStickyNoteWindowController final : public QWWindowController, public SNStickyWindowDelegate
+class SNStickyNoteWindowController final : public QWWindowController,
+                                           public SNStickyWindowDelegate,
+                                           public SNTextViewDelegate
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(SNStickyNoteWindowController)
@@ -57,6 +64,19 @@ public:
     static constexpr int toolbarAnimationDuration = 200; // milliseconds
     static constexpr int frameAnimationDuration = 200; // milliseconds
     static constexpr int minimumExpandedHeight = 80;
+    static constexpr double tokenizeDelay = 0.5;
+
+    // A stretch of the text; a location of -1 is no stretch at all.
+    struct TextRange
+    {
+        qsizetype location = -1;
+        qsizetype length = 0;
+    };
+    static constexpr qsizetype notFound = -1;
+
+    // Undo step names, as the Undo item shows them.
+    static QString strikethroughActionName(); // "Strikethrough"
+    static QString changeColorActionName(); // "Change Color"
 
     explicit SNStickyNoteWindowController(QObject *parent = nullptr);
     ~SNStickyNoteWindowController() override;
@@ -165,15 +185,47 @@ public:
     void didChangeTheme(QAction *sender);
     void themesDidChange();
 
-    // Text. The scanning, counting, title and spelling work is built on these hooks; until then
-    // they do nothing.
+    // Text: tags, title, counter and spelling follow every edit.
     void textDidChange();
     void tokenizeTagsAfterDelay();
     void tokenizeTags();
+    void clearOldTags();
+    static bool stringIsValidTag(const QString &string);
     void updateTitle();
     void updateWordCount();
     void updateSpellChecking();
     void rainbowize();
+
+    // Formatting commands. A sender's state says whether its format is on now (see
+    // formattingItemState); without a sender it is read from the text.
+    void toggleBold(QAction *sender);
+    void toggleItalic(QAction *sender);
+    void toggleUnderline(QAction *sender);
+    Q_INVOKABLE void toggleStrikethrough(QObject *sender);
+    void changeColorFromMenuItem(QAction *sender);
+    void pastePlainText(QObject *sender);
+    void toggleCount(QObject *sender);
+    void strikethroughWithRange(bool struckThrough, TextRange range);
+    void changeColorWithRange(const std::optional<QWColor> &color, TextRange range);
+    // A colour dialog that colours the selection of the moment it was opened.
+    void orderFrontColorPanel(QObject *sender);
+    QColorDialog *colorPanel() const;
+    TextRange selectedRange() const;
+    static bool formattingItemState(const QAction *item);
+
+    // The menu builders of the right-click menu.
+    void addPasteAsPlainTextItemToMenuWithAttributes(
+        QMenu *menu, const QTextCharFormat &attributes);
+    void addColorOptionsToMenuWithAttributes(QMenu *menu, const QTextCharFormat &attributes);
+    void addFormattingOptionsToMenuWithAttributes(QMenu *menu, const QTextCharFormat &attributes);
+    void addMakeListItemToMenuWithAttributesSelectedRanges(
+        QMenu *menu, const QTextCharFormat &attributes, TextRange selectedRange);
+
+    // SNTextViewDelegate
+    QMenu *textViewMenuForEventAtIndex(SNTextView *view, QMenu *proposedMenu, int index) override;
+    bool textViewClickedOnLinkAtIndex(SNTextView *view, const QString &link, int index) override;
+    QTextCharFormat textViewShouldChangeTypingAttributesToAttributes(SNTextView *view,
+        const QTextCharFormat &oldAttributes, const QTextCharFormat &newAttributes) override;
 
     // SNStickyWindowDelegate
     bool windowShouldClose(SNStickyWindow *window) override;
@@ -199,6 +251,10 @@ private:
     void subscribeToNotifications();
     void observeSpellingSettings();
     bool noteHasText() const;
+    QTextCharFormat formatAtIndex(qsizetype index) const;
+    // Changes the format of every fragment of the range through `edit`; an empty range changes
+    // what is typed next.
+    void editFormatInRange(TextRange range, const std::function<void(QTextCharFormat &)> &edit);
     // Height locked to the title bar while collapsed; free, above a floor, otherwise.
     void lockHeightToTitleBar(bool locked);
     void animateFrame(const QRect &frame, std::function<void()> completion);
@@ -236,6 +292,8 @@ private:
 
     std::shared_ptr<QWTimer> m_saveDelayTimer;
     std::shared_ptr<QWTimer> m_exportDelayTimer;
+    std::shared_ptr<QWTimer> m_tokenizeDelayTimer;
+    QPointer<QColorDialog> m_colorPanel;
     QPointer<QAbstractAnimation> m_frameAnimation;
     QPointer<QAbstractAnimation> m_toolbarAnimation;
 };
