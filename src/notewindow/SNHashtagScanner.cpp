@@ -1,5 +1,6 @@
 #include "notewindow/SNHashtagScanner.h"
 
+#include "kit/QWAttributedString.h"
 #include "kit/QWColor.h"
 #include "kit/QWTextAttributes.h"
 #include "tags/SNTag.h"
@@ -10,8 +11,6 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
-#include <vector>
-
 namespace {
 
 const QRegularExpression &tagExpression()
@@ -21,64 +20,52 @@ const QRegularExpression &tagExpression()
     return expression;
 }
 
-// One stretch of text in one format, as far as tags are concerned.
-struct Run
-{
-    int position = 0;
-    int length = 0;
-    QString link; // empty when not a link
-    QString tagName; // empty when not marked
-};
-
-std::vector<Run> runsOfDocument(const QTextDocument &document)
-{
-    std::vector<Run> runs;
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
-            const QTextFragment fragment = it.fragment();
-            if (!fragment.isValid())
-                continue;
-            const QTextCharFormat format = fragment.charFormat();
-            runs.push_back({ fragment.position(), fragment.length(),
-                format.isAnchor() ? format.anchorHref() : QString(),
-                format.stringProperty(QWTextAttributes::TagNameProperty) });
-        }
-    }
-    return runs;
-}
-
-// Whether every character of [start, end) is already a link to the tag and marked with it.
-// `next` walks forward over the runs as the matches do.
-bool isMarked(const std::vector<Run> &runs, size_t &next, int start, int end, const QString &tag)
-{
-    while (next < runs.size() && runs[next].position + runs[next].length <= start)
-        ++next;
-    for (size_t i = next; i < runs.size() && runs[i].position < end; ++i) {
-        if (runs[i].link != tag || runs[i].tagName != tag)
-            return false;
-    }
-    return next < runs.size() && runs[next].position <= start;
-}
-
-// An edit block that joins the user's last edit, or a block of its own when there is none.
-void beginJoinedEditBlock(QTextCursor &cursor)
-{
-    if (cursor.document()->availableUndoSteps() > 0)
-        cursor.joinPreviousEditBlock();
-    else
-        cursor.beginEditBlock();
-}
-
-QTextCharFormat tagFormat(const QString &tag)
-{
-    QTextCharFormat format;
-    format.setAnchor(true);
-    format.setAnchorHref(tag);
-    format.setProperty(QWTextAttributes::TagNameProperty, tag);
-    return format;
-}
-
 } // namespace
+
+QList<SNHashtagScanner::Occurrence> SNHashtagScanner::occurrencesInString(QStringView text)
+{
+    QList<Occurrence> occurrences;
+    QRegularExpressionMatchIterator matches = tagExpression().globalMatch(text);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch match = matches.next();
+        occurrences.append({ match.capturedStart(0), match.capturedLength(0), match.captured(0) });
+    }
+    return occurrences;
+}
+
+std::optional<SNHashtagScanner::Occurrence> SNHashtagScanner::occurrenceAtIndex(
+    const QTextDocument &document, qsizetype index)
+{
+    // A tag never crosses a paragraph end: its block is enough.
+    const QTextBlock block = document.findBlock(int(index));
+    if (!block.isValid())
+        return std::nullopt;
+    const qsizetype offset = index - block.position();
+    const QList<Occurrence> occurrences = occurrencesInString(block.text());
+    for (const Occurrence &occurrence : occurrences) {
+        if (occurrence.start <= offset && offset < occurrence.start + occurrence.length)
+            return Occurrence { occurrence.start + block.position(), occurrence.length,
+                occurrence.name };
+    }
+    return std::nullopt;
+}
+
+QList<std::shared_ptr<SNTag>> SNHashtagScanner::tokenizeTags(
+    const QString &text, SNTagManager &tagManager)
+{
+    QList<std::shared_ptr<SNTag>> tags;
+    const QList<Occurrence> occurrences = occurrencesInString(text);
+    for (const Occurrence &occurrence : occurrences) {
+        std::shared_ptr<SNTag> tag = tagManager.tagWithName(occurrence.name);
+        if (!tag) {
+            tag = SNTag::tagWithNameColor(occurrence.name, QWColor::qw_randomColor());
+            tagManager.addTag(tag);
+        }
+        if (!tags.contains(tag))
+            tags.append(tag);
+    }
+    return tags;
+}
 
 bool SNHashtagScanner::stringIsValidTag(const QString &string)
 {
@@ -87,89 +74,76 @@ bool SNHashtagScanner::stringIsValidTag(const QString &string)
     return tagExpression().match(string).hasMatch();
 }
 
-void SNHashtagScanner::clearOldTags(QTextDocument &document)
+void SNHashtagScanner::clearOldTags(QWMutableAttributedString &text)
 {
-    const std::vector<Run> runs = runsOfDocument(document);
-    QTextCursor cursor(&document);
-    bool editing = false;
-    for (size_t i = 0; i < runs.size();) {
-        if (runs[i].tagName.isEmpty()) {
-            ++i;
+    // Runs of one marker, whatever other attributes split them.
+    struct Stretch
+    {
+        qsizetype start;
+        qsizetype end;
+        QString tag;
+    };
+    QList<Stretch> stretches;
+    for (const QWTextRun &run : text.runs()) {
+        const QString &tag = run.attributes.tagName();
+        if (tag.isEmpty())
             continue;
-        }
-        // A run is the stretch of one marker, whatever other formats split it into fragments.
-        size_t last = i;
-        while (last + 1 < runs.size() && runs[last + 1].tagName == runs[i].tagName
-            && runs[last + 1].position == runs[last].position + runs[last].length)
-            ++last;
-        const size_t first = i;
-        i = last + 1;
-
-        cursor.setPosition(runs[first].position);
-        cursor.setPosition(runs[last].position + runs[last].length, QTextCursor::KeepAnchor);
-        if (stringIsValidTag(cursor.selectedText()))
-            continue;
-        if (!editing) {
-            beginJoinedEditBlock(cursor);
-            editing = true;
-        }
-        // Fragment by fragment, so that each keeps its other formats.
-        for (size_t j = first; j <= last; ++j) {
-            QTextCursor fragment(&document);
-            fragment.setPosition(runs[j].position);
-            fragment.setPosition(runs[j].position + runs[j].length, QTextCursor::KeepAnchor);
-            QTextCharFormat format = fragment.charFormat();
-            format.setAnchor(false);
-            format.clearProperty(QTextFormat::AnchorHref);
-            format.clearProperty(QWTextAttributes::TagNameProperty);
-            fragment.setCharFormat(format);
-        }
+        if (!stretches.isEmpty() && stretches.last().end == run.location
+            && stretches.last().tag == tag)
+            stretches.last().end = run.location + run.length;
+        else
+            stretches.append({ run.location, run.location + run.length, tag });
     }
-    if (editing)
-        cursor.endEditBlock();
+    for (const Stretch &stretch : std::as_const(stretches)) {
+        if (stringIsValidTag(text.string().mid(stretch.start, stretch.end - stretch.start)))
+            continue;
+        text.modifyAttributesRange(
+            stretch.start, stretch.end - stretch.start, [](QWTextAttributes &attributes) {
+                attributes.setTagName(QString());
+                attributes.setLink(QString());
+            });
+    }
 }
 
-QList<std::shared_ptr<SNTag>> SNHashtagScanner::tokenizeTags(
-    QTextDocument &document, SNTagManager &tagManager)
+void SNHashtagScanner::markTags(QWMutableAttributedString &text)
 {
-    QList<std::shared_ptr<SNTag>> tags;
-    if (document.isEmpty())
-        return tags;
-    clearOldTags(document);
+    const QList<Occurrence> occurrences = occurrencesInString(text.string());
+    for (const Occurrence &occurrence : occurrences) {
+        text.modifyAttributesRange(
+            occurrence.start, occurrence.length, [&occurrence](QWTextAttributes &attributes) {
+                attributes.setLink(occurrence.name);
+                attributes.setTagName(occurrence.name);
+            });
+    }
+}
 
-    const QString text = document.toPlainText();
-    QRegularExpressionMatchIterator matches = tagExpression().globalMatch(text);
-    if (!matches.hasNext())
-        return tags;
+QWAttributedString SNHashtagScanner::taggedString(const QWAttributedString &text)
+{
+    QWMutableAttributedString tagged(text);
+    clearOldTags(tagged);
+    markTags(tagged);
+    return tagged.attributedString();
+}
 
-    const std::vector<Run> runs = runsOfDocument(document);
-    size_t nextRun = 0;
-    QTextCursor cursor(&document);
-    bool editing = false;
-    while (matches.hasNext()) {
-        const QRegularExpressionMatch match = matches.next();
-        const QString name = match.captured(0);
-        std::shared_ptr<SNTag> tag = tagManager.tagWithName(name);
-        if (!tag) {
-            tag = SNTag::tagWithNameColor(name, QWColor::qw_randomColor());
-            tagManager.addTag(tag);
+void SNHashtagScanner::removeTagMarkers(QTextDocument &document)
+{
+    QList<std::pair<int, int>> marked;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
+            const QTextFragment fragment = it.fragment();
+            if (fragment.isValid()
+                && fragment.charFormat().hasProperty(QWTextAttributes::TagNameProperty))
+                marked.append({ fragment.position(), fragment.position() + fragment.length() });
         }
-        if (!tags.contains(tag))
-            tags.append(tag);
-
-        const int start = int(match.capturedStart(0));
-        const int end = int(match.capturedEnd(0));
-        if (isMarked(runs, nextRun, start, end, name))
-            continue;
-        if (!editing) {
-            beginJoinedEditBlock(cursor);
-            editing = true;
-        }
+    }
+    for (const auto &[start, end] : std::as_const(marked)) {
+        QTextCursor cursor(&document);
         cursor.setPosition(start);
         cursor.setPosition(end, QTextCursor::KeepAnchor);
-        cursor.mergeCharFormat(tagFormat(name));
+        QTextCharFormat format = cursor.charFormat();
+        format.setAnchor(false);
+        format.clearProperty(QTextFormat::AnchorHref);
+        format.clearProperty(QWTextAttributes::TagNameProperty);
+        cursor.setCharFormat(format);
     }
-    if (editing)
-        cursor.endEditBlock();
-    return tags;
 }

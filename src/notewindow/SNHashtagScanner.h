@@ -2,32 +2,57 @@
 
 #include <QList>
 #include <QString>
+#include <QStringView>
 
 #include <memory>
+#include <optional>
 
 class QTextDocument;
+class QWAttributedString;
+class QWMutableAttributedString;
 class SNTag;
 class SNTagManager;
 
 // Finds the hashtags of a note's text: "#" followed by one or more word characters, in the
-// Unicode sense. Every occurrence becomes a link whose target is its own text and carries the
-// tag marker; markers left on text that no longer reads as a tag are taken off.
+// Unicode sense, ending at the first other character.
 //
-// The formats change in one edit block joined to the user's last edit, so the tags of a
-// sentence are undone with the sentence and never become an undo step of their own; and
-// nothing is touched when every occurrence is marked already, so a scan that finds nothing new
-// costs no undo history.
+// While a note is edited its tags are read from the words themselves, never stored in the
+// editor's formats: a format change is an undo step in Qt, and tags marked that way would make
+// Ctrl+Z take the marking off, only for the next scan to put it back and wipe the redo history.
+// So the editor shows tags as it draws (SNLinkHighlighter), and the stored text gets a link and
+// a tag marker on every occurrence when the note is saved.
 class SNHashtagScanner final
 {
 public:
+    struct Occurrence
+    {
+        qsizetype start = 0;
+        qsizetype length = 0;
+        QString name; // as written, with its "#"
+        friend bool operator==(const Occurrence &, const Occurrence &) = default;
+    };
+
     SNHashtagScanner() = delete;
+
+    static QList<Occurrence> occurrencesInString(QStringView text);
+    // The tag that the character at the index belongs to.
+    static std::optional<Occurrence> occurrenceAtIndex(
+        const QTextDocument &document, qsizetype index);
 
     // The tags of the text in order of first occurrence, each once; unknown names are entered
     // into the index with a random colour.
     static QList<std::shared_ptr<SNTag>> tokenizeTags(
-        QTextDocument &document, SNTagManager &tagManager);
-    // Takes the tag marker and link off every marked run that no longer holds a tag.
-    static void clearOldTags(QTextDocument &document);
+        const QString &text, SNTagManager &tagManager);
+
+    // The stored form: stale markers cleared, then every occurrence a link to its own text
+    // carrying the tag marker.
+    static QWAttributedString taggedString(const QWAttributedString &text);
+    // Takes marker and link off every marked run that no longer holds a tag.
+    static void clearOldTags(QWMutableAttributedString &text);
+    static void markTags(QWMutableAttributedString &text);
+    // Takes the stored tag markers, and their links, out of a document about to be edited.
+    static void removeTagMarkers(QTextDocument &document);
+
     // Lenient on purpose: any string with a tag somewhere in it passes; only "#" alone and
     // strings without one fail.
     static bool stringIsValidTag(const QString &string);

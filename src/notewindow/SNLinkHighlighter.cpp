@@ -1,6 +1,7 @@
 #include "notewindow/SNLinkHighlighter.h"
 
 #include "kit/QWSpellChecker.h"
+#include "notewindow/SNHashtagScanner.h"
 
 #include <QTextBlock>
 
@@ -48,7 +49,7 @@ void SNLinkHighlighter::highlightBlock(const QString &text)
     if (!linksStyled && !spelling)
         return;
     const QTextBlock block = currentBlock();
-    // Links first: a word inside a link or a tag is the user's name for something, not a
+    // Links and tags first: a word inside one is the user's name for something, not a
     // misspelling.
     QList<std::pair<int, int>> links;
     for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
@@ -57,8 +58,13 @@ void SNLinkHighlighter::highlightBlock(const QString &text)
             continue;
         const int start = fragment.position() - block.position();
         links.append({ start, start + fragment.length() });
-        if (linksStyled)
-            setFormat(start, fragment.length(), m_linkFormat);
+    }
+    const QList<SNHashtagScanner::Occurrence> tags = SNHashtagScanner::occurrencesInString(text);
+    for (const SNHashtagScanner::Occurrence &tag : tags)
+        links.append({ int(tag.start), int(tag.start + tag.length) });
+    if (linksStyled) {
+        for (const auto &[start, end] : std::as_const(links))
+            setFormat(start, end - start, m_linkFormat);
     }
     if (!spelling)
         return;
@@ -71,7 +77,7 @@ void SNLinkHighlighter::highlightBlock(const QString &text)
             = std::any_of(links.cbegin(), links.cend(), [&](const std::pair<int, int> &link) {
                   return start < link.second && end > link.first;
               });
-        if (inLink || (start > 0 && text.at(start - 1) == QLatin1Char('#')))
+        if (inLink)
             continue;
         setFormat(start, end - start, marked);
     }

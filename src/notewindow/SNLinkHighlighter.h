@@ -5,9 +5,9 @@
 
 class QWSpellChecker;
 
-// Shows the links of a note in the theme's link style, and marks misspelt words, without storing
-// either in the text: the link style belongs to the theme and the marks to the moment, so the
-// text keeps its own attributes, its undo history and its saved form untouched.
+// Shows the links and hashtags of a note in the theme's link style, and marks misspelt words,
+// without storing either in the text: the link style belongs to the theme and the marks to the
+// moment, so the text keeps its own attributes, its undo history and its saved form untouched.
 //
 // Qt draws the formats of one highlighter per block, so both are drawn in this one pass.
 class SNLinkHighlighter final : public QSyntaxHighlighter

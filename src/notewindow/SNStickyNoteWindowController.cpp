@@ -407,6 +407,7 @@ void SNStickyNoteWindowController::updateNoteUI()
         const QSignalBlocker blocker(m_ui->textView);
         m_note->attributedString()->toTextDocument(*m_ui->textView->document());
     }
+    clearOldTags();
     tokenizeTags();
     // Nothing of the loading is for undo.
     m_ui->textView->document()->clearUndoRedoStacks();
@@ -483,7 +484,8 @@ void SNStickyNoteWindowController::flushNote()
 {
     if (!m_note || !m_ui)
         return;
-    m_note->setAttributedString(QWAttributedString::fromTextDocument(*m_ui->textView->document()));
+    m_note->setAttributedString(SNHashtagScanner::taggedString(
+        QWAttributedString::fromTextDocument(*m_ui->textView->document())));
     m_note->setDateModified(QWClock::currentDateTime());
     if (m_isCollapsed)
         m_note->setCollapsedWindowFrame(frameString());
@@ -535,18 +537,17 @@ void SNStickyNoteWindowController::tokenizeTags()
 {
     if (!m_ui || !m_note)
         return;
-    // Marking tags changes formats only; it is not an edit of the note.
-    const QSignalBlocker blocker(m_ui->textView);
-    m_note->setTags(
-        SNHashtagScanner::tokenizeTags(*m_ui->textView->document(), SNTagManager::sharedManager()));
+    m_note->setTags(SNHashtagScanner::tokenizeTags(
+        m_ui->textView->document()->toPlainText(), SNTagManager::sharedManager()));
 }
 
 void SNStickyNoteWindowController::clearOldTags()
 {
     if (!m_ui)
         return;
+    // The editor shows tags from the words; stored markers would only go stale as it edits.
     const QSignalBlocker blocker(m_ui->textView);
-    SNHashtagScanner::clearOldTags(*m_ui->textView->document());
+    SNHashtagScanner::removeTagMarkers(*m_ui->textView->document());
 }
 
 bool SNStickyNoteWindowController::stringIsValidTag(const QString &string)
@@ -903,9 +904,9 @@ QMenu *SNStickyNoteWindowController::textViewMenuForEventAtIndex(
     if (index >= view->document()->characterCount() - 1 || range.length == 0)
         return proposedMenu;
     const QTextCharFormat attributes = formatAtIndex(index);
-    if (attributes.hasProperty(QWTextAttributes::TagNameProperty)) {
-        m_ui->filterTagsMenuItem->setData(
-            attributes.stringProperty(QWTextAttributes::TagNameProperty));
+    if (const std::optional<SNHashtagScanner::Occurrence> tag
+        = SNHashtagScanner::occurrenceAtIndex(*view->document(), index)) {
+        m_ui->filterTagsMenuItem->setData(tag->name);
         return m_tagsMenu;
     }
     // A child of the proposed menu, which the editor deletes after use.
@@ -924,11 +925,10 @@ QMenu *SNStickyNoteWindowController::textViewMenuForEventAtIndex(
 bool SNStickyNoteWindowController::textViewClickedOnLinkAtIndex(
     SNTextView *view, const QString &link, int index)
 {
-    if (!formatAtIndex(index).hasProperty(QWTextAttributes::TagNameProperty))
+    if (!SNHashtagScanner::occurrenceAtIndex(*view->document(), index))
         return false;
     m_ui->filterTagsMenuItem->setData(link);
     m_tagsMenu->popup(QCursor::pos());
-    Q_UNUSED(view);
     return true;
 }
 
@@ -1160,8 +1160,8 @@ bool SNStickyNoteWindowController::writeRtfToPath(const QString &path) const
     QWRtfWriter writer;
     if (const std::shared_ptr<SNTheme> theme = m_note ? m_note->theme() : nullptr)
         writer.setDefaultFontFamily(theme->defaultFont().family());
-    const QByteArray rtf
-        = writer.write(QWAttributedString::fromTextDocument(*m_ui->textView->document()));
+    const QByteArray rtf = writer.write(SNHashtagScanner::taggedString(
+        QWAttributedString::fromTextDocument(*m_ui->textView->document())));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return false;

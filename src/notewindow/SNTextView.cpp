@@ -2,6 +2,7 @@
 
 #include "kit/QWSpellChecker.h"
 #include "kit/QWTextAttributes.h"
+#include "notewindow/SNHashtagScanner.h"
 #include "notewindow/SNLinkHighlighter.h"
 #include "notewindow/SNTextViewDelegate.h"
 
@@ -215,7 +216,7 @@ void SNTextView::focusOutEvent(QFocusEvent *event)
 void SNTextView::mouseMoveEvent(QMouseEvent *event)
 {
     QTextEdit::mouseMoveEvent(event);
-    const bool overLink = !anchorAt(event->position().toPoint()).isEmpty();
+    const bool overLink = !linkAtPosition(event->position().toPoint()).isEmpty();
     viewport()->setCursor(overLink ? m_linkCursor : QCursor(Qt::IBeamCursor));
 }
 
@@ -234,7 +235,7 @@ void SNTextView::mouseReleaseEvent(QMouseEvent *event)
     if (link.isEmpty() || event->button() != Qt::LeftButton
         || (event->position().toPoint() - m_pressPosition).manhattanLength()
             >= QGuiApplication::styleHints()->startDragDistance()
-        || anchorAt(event->position().toPoint()) != link)
+        || linkAtPosition(event->position().toPoint()) != link)
         return;
     const int index = characterIndexForPosition(event->position().toPoint());
     if (m_delegate && m_delegate->textViewClickedOnLinkAtIndex(this, link, index))
@@ -242,6 +243,21 @@ void SNTextView::mouseReleaseEvent(QMouseEvent *event)
     const QUrl url(link);
     if (url.isValid() && !url.scheme().isEmpty())
         QDesktopServices::openUrl(url);
+}
+
+QString SNTextView::linkAtPosition(const QPoint &position) const
+{
+    const QString anchor = anchorAt(position);
+    if (!anchor.isEmpty())
+        return anchor;
+    const QPointF documentPoint
+        = QPointF(position) + QPointF(horizontalScrollBar()->value(), verticalScrollBar()->value());
+    const int index = document()->documentLayout()->hitTest(documentPoint, Qt::ExactHit);
+    if (index < 0)
+        return QString();
+    const std::optional<SNHashtagScanner::Occurrence> tag
+        = SNHashtagScanner::occurrenceAtIndex(*document(), index);
+    return tag ? tag->name : QString();
 }
 
 int SNTextView::characterIndexForPosition(const QPoint &position) const

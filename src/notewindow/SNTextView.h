@@ -61,6 +61,8 @@ public:
     // spelling suggestions over a misspelt word), as the delegate arranges them. The proposed
     // menu is handed to `owner`, whose deletion takes every menu made for it along.
     QMenu *menuForPosition(const QPoint &position, std::unique_ptr<QMenu> &owner);
+    // The target of the link, or the name of the hashtag, under a point of the viewport.
+    QString linkAtPosition(const QPoint &position) const;
     // The index of the character under a point of the viewport; the text's length past its end.
     int characterIndexForPosition(const QPoint &position) const;
 
