@@ -11,7 +11,9 @@
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNModalPresenter.h"
+#include "notewindow/SNRainbowizer.h"
 #include "notewindow/SNStickyWindow.h"
+#include "notewindow/SNTextColorPalette.h"
 #include "notewindow/SNTextView.h"
 #include "notewindow/SNThemeSwatch.h"
 #include "notewindow/SNThemeTextStyler.h"
@@ -20,6 +22,7 @@
 #include "notewindow/SNWindowFrameString.h"
 #include "notewindow/SNWindowLevel.h"
 #include "notewindow/SNWindowPlacement.h"
+#include "secret/QWSuperSecret.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 #include "themes/SNTheme.h"
@@ -55,8 +58,6 @@ const QString SNStickyNoteWindowController::joinMailingListNotification
     = QStringLiteral("Notification.joinMailingList");
 const QString SNStickyNoteWindowController::openPreferencesNotification
     = QStringLiteral("Notification.openPreferences");
-const QString SNStickyNoteWindowController::superSecretNotification
-    = QStringLiteral("QWSuperSecretNotification");
 
 namespace {
 
@@ -350,8 +351,8 @@ void SNStickyNoteWindowController::subscribeToNotifications()
         });
     center.addObserverForNameObjectHandler(this, SNThemeManager::styleDidChangeNotificationName(),
         nullptr, [this](const QWNotification &) { themesDidChange(); });
-    center.addObserverForNameObjectHandler(
-        this, superSecretNotification, nullptr, [this](const QWNotification &) { rainbowize(); });
+    center.addObserverForNameObjectHandler(this, QWSuperSecret::superSecretNotification, nullptr,
+        [this](const QWNotification &) { rainbowize(); });
     center.addObserverForNameObjectHandler(this,
         SNTitleBarView::titleBarWasDoubleClickedNotification, m_ui->titleBarView,
         [this](const QWNotification &) { toggleCollapsedWindow(); });
@@ -493,7 +494,16 @@ void SNStickyNoteWindowController::updateWordCount() { }
 
 void SNStickyNoteWindowController::updateSpellChecking() { }
 
-void SNStickyNoteWindowController::rainbowize() { }
+void SNStickyNoteWindowController::rainbowize()
+{
+    m_secretUnlocked = true;
+    if (!m_ui || !m_note)
+        return;
+    // Colouring changes no words: it is saved with the next save, not as an edit of its own.
+    const QSignalBlocker blocker(m_ui->textView);
+    SNRainbowizer::rainbowizeDocument(
+        *m_ui->textView->document(), m_note->countState(), SNTextColorPalette::colorArray());
+}
 
 // MARK: - Window delegate
 
