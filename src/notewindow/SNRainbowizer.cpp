@@ -92,7 +92,7 @@ QList<SNRainbowizer::Unit> SNRainbowizer::unitsOfDocument(
 }
 
 int SNRainbowizer::rainbowizeDocument(
-    QTextDocument &document, qint64 countState, const QList<QWColor> &colors)
+    QTextDocument &document, qint64 countState, const QList<QWColor> &colors, int caretPosition)
 {
     // Redo steps mean the text is a state out of the history, undone to: it had its colours
     // then, and a change now would throw the redo steps away.
@@ -121,6 +121,8 @@ int SNRainbowizer::rainbowizeDocument(
         return 0;
 
     QTextCursor cursor(&document);
+    // The edit remembers where the cursor stood as it began, for its undo.
+    cursor.setPosition(qBound(0, caretPosition, document.characterCount() - 1));
     cursor.beginEditBlock();
     for (const Change &change : std::as_const(changes)) {
         QWTextAttributes attributes;

@@ -32,7 +32,9 @@ public:
     // show their colour are left alone, so colouring twice changes nothing the second time and
     // adds no undo step. While the document has redo steps nothing is coloured: its text was
     // brought back by an undo and shows the colours it had, and colouring it again would make
-    // every undo of a colour step undo itself at once. Returns the number of units coloured.
-    static int rainbowizeDocument(
-        QTextDocument &document, qint64 countState, const QList<QWColor> &colors);
+    // every undo of a colour step undo itself at once. Undoing the colours puts the caret back
+    // at caretPosition (the editor's caret when they were made). Returns the number of units
+    // coloured.
+    static int rainbowizeDocument(QTextDocument &document, qint64 countState,
+        const QList<QWColor> &colors, int caretPosition = 0);
 };

@@ -501,8 +501,8 @@ void SNStickyNoteWindowController::rainbowize()
         return;
     // Colouring changes no words: it is saved with the next save, not as an edit of its own.
     const QSignalBlocker blocker(m_ui->textView);
-    SNRainbowizer::rainbowizeDocument(
-        *m_ui->textView->document(), m_note->countState(), SNTextColorPalette::colorArray());
+    SNRainbowizer::rainbowizeDocument(*m_ui->textView->document(), m_note->countState(),
+        SNTextColorPalette::colorArray(), m_ui->textView->textCursor().position());
 }
 
 // MARK: - Window delegate

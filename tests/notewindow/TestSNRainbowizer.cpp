@@ -190,13 +190,17 @@ void TestSNRainbowizer::undoWalksBackThroughColoursAndText()
     cursor.movePosition(QTextCursor::End);
     cursor.insertText(QStringLiteral(" beta"));
     QCOMPARE(colorAt(document, 6), eightColors().at(0).toQColor());
-    QCOMPARE(
-        SNRainbowizer::rainbowizeDocument(document, SNStickyNote::CountWords, eightColors()), 1);
+    QCOMPARE(SNRainbowizer::rainbowizeDocument(
+                 document, SNStickyNote::CountWords, eightColors(), cursor.position()),
+        1);
     QCOMPARE(colorAt(document, 6), eightColors().at(1).toQColor());
 
     // Each undo is followed by a colouring, as after every change of a note's text; it must not
-    // put back what the undo took away, or the next undo would only undo that again.
-    document.undo();
+    // put back what the undo took away, or the next undo would only undo that again. The caret
+    // stays where the typing left it.
+    QTextCursor caret(&document);
+    document.undo(&caret);
+    QCOMPARE(caret.position(), 10);
     QCOMPARE(colorAt(document, 6), eightColors().at(0).toQColor());
     QCOMPARE(
         SNRainbowizer::rainbowizeDocument(document, SNStickyNote::CountWords, eightColors()), 0);

@@ -212,6 +212,15 @@ void TestQWSuperSecret::everyOpenNoteIsColouredAndRecolouredAfterEachEdit()
     type(window, u" new"_s);
     QCOMPARE(text->toPlainText(), u"one two three four five six seven qwertyuiop new"_s);
     QCOMPARE(colorAt(text, 45), palette.at(2).toQColor());
+    // Undoing the colour step leaves the caret where the typing left it.
+    text->undo(); // "ew"
+    text->undo(); // the colour of "n"
+    QCOMPARE(text->toPlainText(), u"one two three four five six seven qwertyuiop n"_s);
+    QCOMPARE(colorAt(text, 45), palette.at(1).toQColor());
+    QCOMPARE(text->textCursor().position(), 46);
+    text->redo();
+    text->redo();
+    QCOMPARE(colorAt(text, 45), palette.at(2).toQColor());
     wordsController->flushNote();
     const QWAttributedString saved = *words->attributedString();
     QCOMPARE(saved.attributesAtIndex(45).foregroundColor(), std::optional<QWColor>(palette.at(2)));
