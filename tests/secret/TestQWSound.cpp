@@ -4,6 +4,8 @@
 #include "support/QWTestEnvironment.h"
 
 #include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QtEndian>
 
@@ -18,6 +20,7 @@ private Q_SLOTS:
     void aDataChunkCutShortKeepsTheSamplesItHas();
     void bytesThatAreNoWaveFileAreRefused_data();
     void bytesThatAreNoWaveFileAreRefused();
+    void anotherReaderAgreesWithTheRepairedHeaders();
     void aTruncatedFilePlaysOrIsSilentWithoutError();
     void unusableBytesAreSilent();
 
@@ -120,6 +123,49 @@ void TestQWSound::bytesThatAreNoWaveFileAreRefused()
     const QWWaveFile::Result result = QWWaveFile::playableData(bytes);
     QVERIFY(result.data.isEmpty());
     QVERIFY(!result.errorString.isEmpty());
+}
+
+void TestQWSound::anotherReaderAgreesWithTheRepairedHeaders()
+{
+    // Python's own WAVE reader trusts the headers: it must find exactly the samples present.
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    const struct
+    {
+        QString name;
+        QByteArray bytes;
+        QString expected;
+    } files[] = {
+        { QStringLiteral("cut.wav"), QWWaveFile::playableData(wave(43672, 39671)).data,
+            QStringLiteral("1 2 44100 19835") },
+        { QStringLiteral("own.wav"),
+            QWWaveFile::playableData(
+                QWSuperSecret::bytesFromHexString(QWSuperSecret::dontEvenAsk()))
+                .data,
+            QStringLiteral("1 2 44100 19845") },
+    };
+    for (const auto &file : files) {
+        const QString path = folder.filePath(file.name);
+        QFile output(path);
+        QVERIFY(output.open(QIODevice::WriteOnly));
+        output.write(file.bytes);
+        output.close();
+
+        QProcess python;
+        python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),
+            { QStringLiteral("-c"),
+                QStringLiteral("import sys, wave\n"
+                               "w = wave.open(sys.argv[1])\n"
+                               "frames = w.readframes(w.getnframes())\n"
+                               "assert len(frames) == w.getnframes() * w.getsampwidth()\n"
+                               "print(w.getnchannels(), w.getsampwidth(), w.getframerate(), "
+                               "w.getnframes())"),
+                path });
+        QVERIFY(python.waitForFinished(60000));
+        QVERIFY2(python.exitStatus() == QProcess::NormalExit && python.exitCode() == 0,
+            qPrintable(QString::fromUtf8(python.readAllStandardError())));
+        QCOMPARE(QString::fromUtf8(python.readAllStandardOutput()).trimmed(), file.expected);
+    }
 }
 
 void TestQWSound::aTruncatedFilePlaysOrIsSilentWithoutError()
