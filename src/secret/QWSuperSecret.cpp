@@ -75,7 +75,8 @@ QByteArray QWSuperSecret::bytesFromHexString(const QString &hex)
 {
     QByteArray bytes;
     bytes.reserve(hex.size() / 2 + 1);
-    // The count of pairs is decided in single precision, as the sound was always read.
+    // Whether another pair follows is decided on half the length in single precision; a
+    // missing digit reads as none, so no pair reaches past the end of the text.
     const float half = float(hex.size()) * 0.5f;
     for (qsizetype pair = 1;; ++pair) {
         const qsizetype first = 2 * (pair - 1);
