@@ -15,6 +15,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev
   libgl-dev x11proto-dev libxcb1-dev
   libenchant-2-dev hunspell-en-us
+  # Event sounds; the pulse driver reaches PulseAudio and PipeWire desktops.
+  libcanberra-dev libcanberra-pulse
   python3 python3-cbor2
   xvfb xauth openbox x11-utils xdotool dbus imagemagick desktop-file-utils
   libbenchmark-dev

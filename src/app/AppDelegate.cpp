@@ -18,6 +18,7 @@
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
+#include "secret/QWSuperSecret.h"
 #include "themes/SNTheme.h"
 #include "themes/SNThemeManager.h"
 #include "ui_AppDelegate.h"
@@ -193,7 +194,7 @@ void AppDelegate::applicationWillFinishLaunching()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    // The hidden key sequence is not part of the program yet; it starts here when it is.
+    QWSuperSecret::shhhhhh();
     m_hotKeyID = -1;
     m_noteHotKeyID = -1;
     updateHotkeys();

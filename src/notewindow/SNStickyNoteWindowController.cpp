@@ -15,6 +15,7 @@
 #include "notewindow/SNHashtagScanner.h"
 #include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNNoteTitle.h"
+#include "notewindow/SNRainbowizer.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextColorPalette.h"
 #include "notewindow/SNTextCounter.h"
@@ -26,6 +27,7 @@
 #include "notewindow/SNWindowFrameString.h"
 #include "notewindow/SNWindowLevel.h"
 #include "notewindow/SNWindowPlacement.h"
+#include "secret/QWSuperSecret.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 #include "themes/SNTheme.h"
@@ -66,8 +68,6 @@ const QString SNStickyNoteWindowController::joinMailingListNotification
     = QStringLiteral("Notification.joinMailingList");
 const QString SNStickyNoteWindowController::openPreferencesNotification
     = QStringLiteral("Notification.openPreferences");
-const QString SNStickyNoteWindowController::superSecretNotification
-    = QStringLiteral("QWSuperSecretNotification");
 
 namespace {
 
@@ -367,8 +367,8 @@ void SNStickyNoteWindowController::subscribeToNotifications()
         });
     center.addObserverForNameObjectHandler(this, SNThemeManager::styleDidChangeNotificationName(),
         nullptr, [this](const QWNotification &) { themesDidChange(); });
-    center.addObserverForNameObjectHandler(
-        this, superSecretNotification, nullptr, [this](const QWNotification &) { rainbowize(); });
+    center.addObserverForNameObjectHandler(this, QWSuperSecret::superSecretNotification, nullptr,
+        [this](const QWNotification &) { rainbowize(); });
     center.addObserverForNameObjectHandler(this,
         SNTitleBarView::titleBarWasDoubleClickedNotification, m_ui->titleBarView,
         [this](const QWNotification &) { toggleCollapsedWindow(); });
@@ -965,7 +965,16 @@ QTextCharFormat SNStickyNoteWindowController::textViewShouldChangeTypingAttribut
     return attributes;
 }
 
-void SNStickyNoteWindowController::rainbowize() { }
+void SNStickyNoteWindowController::rainbowize()
+{
+    m_secretUnlocked = true;
+    if (!m_ui || !m_note)
+        return;
+    // Colouring changes no words: it is saved with the next save, not as an edit of its own.
+    const QSignalBlocker blocker(m_ui->textView);
+    SNRainbowizer::rainbowizeDocument(*m_ui->textView->document(), m_note->countState(),
+        SNTextColorPalette::colorArray(), m_ui->textView->textCursor().position());
+}
 
 // MARK: - Window delegate
 

@@ -56,8 +56,6 @@ public:
     static const QString rateAppNotification; // "Notification.rateApp"
     static const QString joinMailingListNotification; // "Notification.joinMailingList"
     static const QString openPreferencesNotification; // "Notification.openPreferences"
-    // Posted by the hidden key sequence when it is typed.
-    static const QString superSecretNotification; // "QWSuperSecretNotification"
 
     static constexpr double saveDelay = 0.5;
     static constexpr double exportDelay = 0.2;
