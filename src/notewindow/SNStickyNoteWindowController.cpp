@@ -225,6 +225,12 @@ std::unique_ptr<QWidget> SNStickyNoteWindowController::loadWindow()
     m_ui = std::make_unique<Ui::SNStickyNoteWindowController>();
     m_ui->setupUi(window.get());
     m_window = window.get();
+    {
+        // A change of layout, not of the note, made before there is any text to undo.
+        const QSignalBlocker blocker(m_ui->textView);
+        m_ui->textView->document()->setDocumentMargin(10);
+        m_ui->textView->document()->clearUndoRedoStacks();
+    }
     // Read before anything hides the toolbar: the height of a collapsed note.
     m_titleBarHeight = m_ui->titleBarView->maximumHeight();
     m_designedSize = window->size();
@@ -416,11 +422,6 @@ void SNStickyNoteWindowController::updateNoteUI()
 void SNStickyNoteWindowController::updateUI()
 {
     SNTextView *text = m_ui->textView;
-    {
-        // A change of layout, not of the note.
-        const QSignalBlocker blocker(text);
-        text->document()->setDocumentMargin(10);
-    }
     connect(text, &QTextEdit::textChanged, this, &SNStickyNoteWindowController::textDidChange,
         Qt::UniqueConnection);
     text->setDelegate(this);

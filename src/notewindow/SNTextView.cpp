@@ -135,6 +135,9 @@ void SNTextView::toggleUnderline()
 
 void SNTextView::keyPressEvent(QKeyEvent *event)
 {
+    // What is typed takes the typing format of this moment, whatever moved the caret here.
+    if (!isReadOnly() && !event->text().isEmpty())
+        updateTypingAttributes();
     if (!isReadOnly() && m_autoCorrect && endsWord(event->text()) && !textCursor().hasSelection()) {
         QTextEdit::keyPressEvent(event);
         if (event->isAccepted()) {
@@ -222,8 +225,8 @@ void SNTextView::mouseMoveEvent(QMouseEvent *event)
 
 void SNTextView::mousePressEvent(QMouseEvent *event)
 {
-    m_pressedLink
-        = event->button() == Qt::LeftButton ? anchorAt(event->position().toPoint()) : QString();
+    m_pressedLink = event->button() == Qt::LeftButton ? linkAtPosition(event->position().toPoint())
+                                                      : QString();
     m_pressPosition = event->position().toPoint();
     QTextEdit::mousePressEvent(event);
 }
