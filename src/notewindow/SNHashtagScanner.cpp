@@ -108,13 +108,33 @@ void SNHashtagScanner::clearOldTags(QWMutableAttributedString &text)
 void SNHashtagScanner::markTags(QWMutableAttributedString &text)
 {
     const QList<Occurrence> occurrences = occurrencesInString(text.string());
-    for (const Occurrence &occurrence : occurrences) {
-        text.modifyAttributesRange(
-            occurrence.start, occurrence.length, [&occurrence](QWTextAttributes &attributes) {
+    if (occurrences.isEmpty())
+        return;
+    // One pass over runs and occurrences together: a note of a megabyte has thousands of each.
+    QWMutableAttributedString marked;
+    const QString &string = text.string();
+    qsizetype next = 0;
+    for (const QWTextRun &run : text.runs()) {
+        qsizetype position = run.location;
+        while (position < run.end()) {
+            while (next < occurrences.size()
+                && occurrences[next].start + occurrences[next].length <= position)
+                ++next;
+            QWTextAttributes attributes = run.attributes;
+            qsizetype pieceEnd = run.end();
+            if (next < occurrences.size() && occurrences[next].start <= position) {
+                const Occurrence &occurrence = occurrences[next];
+                pieceEnd = std::min(pieceEnd, occurrence.start + occurrence.length);
                 attributes.setLink(occurrence.name);
                 attributes.setTagName(occurrence.name);
-            });
+            } else if (next < occurrences.size()) {
+                pieceEnd = std::min(pieceEnd, occurrences[next].start);
+            }
+            marked.appendString(string.mid(position, pieceEnd - position), attributes);
+            position = pieceEnd;
+        }
     }
+    text = std::move(marked);
 }
 
 QWAttributedString SNHashtagScanner::taggedString(const QWAttributedString &text)
