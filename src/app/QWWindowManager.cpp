@@ -72,8 +72,18 @@ void QWWindowManager::addWindowWithController(QWWindowController *controller)
 void QWWindowManager::addWindowControllersShouldShow(
     const QList<QWWindowController *> &controllers, bool shouldShow)
 {
-    for (QWWindowController *controller : controllers)
-        addWindowWithControllerShouldShow(controller, shouldShow);
+    // Each window is shown and put in front in turn, but only the front one is activated at
+    // the end: activating every window costs a round trip to the window manager each, and Qt
+    // goes through all its windows on every activation.
+    for (QWWindowController *controller : controllers) {
+        addWindowWithControllerShouldShow(controller, false);
+        if (!shouldShow || !controller)
+            continue;
+        QWidget *window = controller->window();
+        window->show();
+        window->raise();
+        moveToFront(window);
+    }
     if (shouldShow)
         bringWindowControllersToTheFront();
 }

@@ -102,7 +102,7 @@ void TestQWWindowManager::adding()
     manager.addWindowControllersShouldShow({ hidden }, false);
     QVERIFY(hidden->isWindowLoaded() && !hidden->window()->isVisible());
 
-    // Several: each shown and made key in turn, the last one ends in front.
+    // Several: each shown and put in front in turn, the last one ends in front and active.
     auto *second = new TestWindowController;
     auto *third = new TestWindowController;
     manager.addWindowControllers({ second, third });
