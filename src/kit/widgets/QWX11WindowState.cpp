@@ -58,11 +58,18 @@ xcb_atom_t atom(xcb_connection_t *connection, const char *name)
     return value;
 }
 
+// Asked once: the program's windows share one screen, and each question is a round trip to
+// the X server that every note window would otherwise wait for as it opens.
 xcb_window_t rootOf(xcb_connection_t *connection, xcb_window_t window)
 {
+    static xcb_window_t root = XCB_WINDOW_NONE;
+    if (root != XCB_WINDOW_NONE)
+        return root;
     const auto reply
         = takeReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
-    return reply ? reply->root : xcb_window_t(XCB_WINDOW_NONE);
+    if (reply)
+        root = reply->root;
+    return root;
 }
 
 QList<quint32> readProperty(
@@ -207,8 +214,11 @@ bool QWX11WindowState::requestActivation(QWidget *window)
         return false;
     const xcb_atom_t activeWindow = atom(connection, "_NET_ACTIVE_WINDOW");
     const xcb_window_t root = rootOf(connection, *native);
-    if (!readProperty(connection, root, atom(connection, "_NET_SUPPORTED"), XCB_ATOM_ATOM)
-             .contains(activeWindow))
+    // What the window manager supports is asked once per run.
+    static const bool supported
+        = readProperty(connection, root, atom(connection, "_NET_SUPPORTED"), XCB_ATOM_ATOM)
+              .contains(activeWindow);
+    if (!supported)
         return false;
     sendToRoot(connection, *native, activeWindow, { fromPager, XCB_CURRENT_TIME, 0, 0, 0 });
     xcb_flush(connection);
@@ -276,7 +286,11 @@ void QWX11WindowState::writeHintsBeforeMapping()
     const xcb_atom_t staysOnTop = atom(connection, "_NET_WM_STATE_STAYS_ON_TOP");
     const xcb_atom_t below = atom(connection, "_NET_WM_STATE_BELOW");
     const xcb_atom_t skipTaskbar = atom(connection, "_NET_WM_STATE_SKIP_TASKBAR");
-    QList<quint32> states = readProperty(connection, *window, stateAtom, XCB_ATOM_ATOM);
+    // A new X11 window (the first show, or one Qt made afresh) holds no hints yet: nothing to
+    // read back, and no round trip to the X server for each window that opens.
+    const bool fresh = *window != m_hintedWindow;
+    QList<quint32> states
+        = fresh ? QList<quint32>() : readProperty(connection, *window, stateAtom, XCB_ATOM_ATOM);
     states.removeIf([&](quint32 state) {
         return state == above || state == staysOnTop || state == below || state == skipTaskbar;
     });
@@ -292,8 +306,9 @@ void QWX11WindowState::writeHintsBeforeMapping()
     const xcb_atom_t desktop = atom(connection, "_NET_WM_DESKTOP");
     if (m_level == Level::KeepBelow) {
         writeProperty(connection, *window, desktop, XCB_ATOM_CARDINAL, { allDesktops });
-    } else if (readProperty(connection, *window, desktop, XCB_ATOM_CARDINAL)
-        == QList<quint32> { allDesktops }) {
+    } else if (!fresh
+        && readProperty(connection, *window, desktop, XCB_ATOM_CARDINAL)
+            == QList<quint32> { allDesktops }) {
         // Left by an earlier state: the window manager places the window on the workspace
         // in view.
         writeProperty(connection, *window, desktop, XCB_ATOM_CARDINAL, {});
