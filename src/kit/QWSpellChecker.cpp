@@ -20,10 +20,18 @@ bool hasDigit(QStringView word)
 
 } // namespace
 
+bool QWSpellChecker::s_sharedLoaded = false;
+
 QWSpellChecker &QWSpellChecker::sharedSpellChecker()
 {
     static QWSpellChecker checker;
+    s_sharedLoaded = true;
     return checker;
+}
+
+bool QWSpellChecker::isSharedSpellCheckerLoaded()
+{
+    return s_sharedLoaded;
 }
 
 QWSpellChecker::QWSpellChecker(const QString &language) : m_broker(enchant_broker_init())

@@ -28,6 +28,8 @@ public:
 
     // The checker the notes share, made on first use (loading dictionaries takes a moment).
     static QWSpellChecker &sharedSpellChecker();
+    // Whether sharedSpellChecker() has been asked for yet.
+    static bool isSharedSpellCheckerLoaded();
 
     // An empty language means the user's own (the locale), then "en_US", then any dictionary.
     explicit QWSpellChecker(const QString &language = QString());
@@ -59,6 +61,7 @@ public:
     static bool isWordCharacter(QChar character);
 
 private:
+    static bool s_sharedLoaded;
     static QString defaultLanguage(str_enchant_broker *broker);
 
     str_enchant_broker *m_broker = nullptr;

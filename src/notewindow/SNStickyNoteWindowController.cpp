@@ -594,9 +594,21 @@ void SNStickyNoteWindowController::updateSpellChecking()
     const bool check = defaults.checkSpelling();
     const bool correct = defaults.autoCorrectSpelling();
     SNTextView *text = m_ui->textView;
-    // The dictionaries load on first use only: a user who checks nothing never waits for them.
-    if ((check || correct) && !text->spellChecker())
+    if ((check || correct) && !text->spellChecker()) {
+        // The dictionaries load on first use only, and once the notes are on screen: a user
+        // who checks nothing never waits for them, and nobody waits for them at start.
+        if (!QWSpellChecker::isSharedSpellCheckerLoaded()) {
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    QWSpellChecker::sharedSpellChecker();
+                    updateSpellChecking();
+                },
+                Qt::QueuedConnection);
+            return;
+        }
         text->setSpellChecker(&QWSpellChecker::sharedSpellChecker());
+    }
     text->setAutomaticSpellingCorrectionEnabled(correct);
     if (check && text->isContinuousSpellCheckingEnabled())
         text->checkSpelling();

@@ -2,6 +2,7 @@
 
 #include "themes/SNTheme.h"
 
+#include <QHash>
 #include <QImage>
 #include <QLinearGradient>
 #include <QPainter>
@@ -35,6 +36,13 @@ void SNThemeSwatch::drawGradientInRectBordered(
 
 QIcon SNThemeSwatch::colorImageWithTheme(const SNTheme &theme)
 {
+    // Every note's theme menu shows the same few swatches: drawn once per pair of colours.
+    static QHash<QString, QIcon> drawn;
+    const QString key = theme.startColor().toQColor().name(QColor::HexArgb)
+        + theme.endColor().toQColor().name(QColor::HexArgb);
+    const auto found = drawn.constFind(key);
+    if (found != drawn.cend())
+        return *found;
     QIcon icon;
     for (int scale : { 1, 2 }) {
         QImage image(swatchSize * scale, swatchSize * scale, QImage::Format_ARGB32_Premultiplied);
@@ -48,5 +56,6 @@ QIcon SNThemeSwatch::colorImageWithTheme(const SNTheme &theme)
         pixmap.setDevicePixelRatio(scale);
         icon.addPixmap(pixmap);
     }
+    drawn.insert(key, icon);
     return icon;
 }
