@@ -32,6 +32,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -51,6 +52,29 @@ const QRegularExpression &hashtagExpression()
     return expression;
 }
 
+// Sees every key release of the program before its receiver does.
+class KeyUpMonitor final : public QObject
+{
+public:
+    using Handler = std::function<bool(QKeyEvent *event)>;
+
+    explicit KeyUpMonitor(Handler handler) : m_handler(std::move(handler))
+    {
+        qApp->installEventFilter(this);
+    }
+    ~KeyUpMonitor() override { qApp->removeEventFilter(this); }
+    KeyUpMonitor(const KeyUpMonitor &) = delete;
+    KeyUpMonitor &operator=(const KeyUpMonitor &) = delete;
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        return event->type() == QEvent::KeyRelease && m_handler(static_cast<QKeyEvent *>(event));
+    }
+
+private:
+    Handler m_handler;
+};
+
 } // namespace
 
 QString SNTagManagerWindowController::allNotesShownText()
@@ -69,8 +93,7 @@ SNTagManagerWindowController::SNTagManagerWindowController(QObject *parent)
 
 SNTagManagerWindowController::~SNTagManagerWindowController()
 {
-    if (m_monitorInstalled)
-        qApp->removeEventFilter(this);
+    m_localEventMonitor.reset();
     m_tagsObservation.cancel();
     if (m_ui) {
         // The cloud outlives this part of the controller by a moment: the base class owns the
@@ -144,8 +167,14 @@ void SNTagManagerWindowController::awakeFromNib()
         [this](const QWNotification &) { reloadData(); });
 
     // The key-up monitor: Escape, on its release anywhere in the program, closes the browser.
-    qApp->installEventFilter(this);
-    m_monitorInstalled = true;
+    const QPointer<SNTagManagerWindowController> weakSelf(this);
+    m_localEventMonitor = std::make_unique<KeyUpMonitor>([weakSelf](QKeyEvent *event) {
+        if (event->key() != Qt::Key_Escape || event->isAutoRepeat() || !weakSelf
+            || !weakSelf->isOpen())
+            return false;
+        weakSelf->close(nullptr);
+        return true;
+    });
 
     m_selectedTags.clear();
 
@@ -482,14 +511,6 @@ void SNTagManagerWindowController::tagCloudViewItemWasClickedAtIndex(SNTagCloudV
 bool SNTagManagerWindowController::eventFilter(QObject *watched, QEvent *event)
 {
     QWidget *browser = isWindowLoaded() ? window() : nullptr;
-    if (event->type() == QEvent::KeyRelease) {
-        const auto *key = static_cast<QKeyEvent *>(event);
-        if (key->key() == Qt::Key_Escape && !key->isAutoRepeat() && m_isOpen) {
-            close(nullptr);
-            return true;
-        }
-        return false;
-    }
     if (!browser || watched != browser)
         return false;
     switch (event->type()) {

@@ -109,10 +109,11 @@ private:
     std::unique_ptr<Ui::SNTagManagerWindowController> m_ui;
     std::unique_ptr<QWidget> m_overlayWindow;
     QWNotificationCenter::Observation m_tagsObservation;
+    // The key-up monitor of the whole program, while the browser lives.
+    std::unique_ptr<QObject> m_localEventMonitor;
     bool m_appWasActive = false;
     bool m_isOpen = false;
     bool m_isClosing = false;
-    bool m_monitorInstalled = false;
 
     QList<std::shared_ptr<SNTag>> m_tagsArray;
     QList<std::shared_ptr<SNTag>> m_selectedTags;
