@@ -149,6 +149,17 @@ void SNTagManagerWindowController::qw_viewDidLoad()
     searchFont.setPointSizeF(15.0);
     m_ui->searchField->setFont(searchFont);
     m_ui->searchField->setFixedHeight(m_ui->searchField->sizeHint().height());
+    // As low as the search field and one line of the cloud.
+    const QMargins margins = browser->layout()->contentsMargins();
+    browser->setMinimumHeight(margins.top() + m_ui->searchField->height()
+        + browser->layout()->spacing() + SNTagCloudView::lineHeight + margins.bottom());
+    browser->resize(browser->width(), browser->minimumHeight());
+    m_ui->scrollView->verticalScrollBar()->setStyleSheet(QStringLiteral(
+        "QScrollBar:vertical { background: transparent; width: 8px; margin: 0; }"
+        " QScrollBar::handle:vertical { background: rgba(0,0,0,70); border-radius: 4px;"
+        " min-height: 24px; }"
+        " QScrollBar::add-line, QScrollBar::sub-line { height: 0; }"
+        " QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }"));
     QPalette labelPalette = m_ui->emptyLabel->palette();
     labelPalette.setColor(QPalette::WindowText, QColor(80, 80, 86));
     m_ui->emptyLabel->setPalette(labelPalette);
@@ -433,7 +444,7 @@ void SNTagManagerWindowController::reloadData()
     const bool allSelected = m_tagsArray.isEmpty() && SNTagManager::sharedManager().count() > 0;
     m_ui->emptyLabel->setText(allSelected ? allNotesShownText() : addTagsText());
 
-    fitCloudToScrollView();
+    fitCloudToScrollView(false);
     m_ui->tagCloudView->reloadData();
 
     if (m_tagsArray.isEmpty()) {
@@ -451,21 +462,24 @@ void SNTagManagerWindowController::reloadData()
             ? cloudHeight - SNTagCloudView::lineHeight + minimumHeight
             : minimumHeight);
     setContentSize(QSize(browser->width(), height));
-    // A scroll bar that came with the new height narrows the room the cloud has.
-    if (m_ui->tagCloudView->width() != m_ui->scrollView->viewport()->width()) {
-        fitCloudToScrollView();
+    // A cloud taller than the room left scrolls, and its scroll bar narrows the room across.
+    const int visibleHeight = height - (minimumHeight - SNTagCloudView::lineHeight);
+    if (cloudHeight > visibleHeight) {
+        fitCloudToScrollView(true);
         m_ui->tagCloudView->positionButtons(true);
     }
     m_ui->scrollView->verticalScrollBar()->setValue(0);
 }
 
-void SNTagManagerWindowController::fitCloudToScrollView()
+void SNTagManagerWindowController::fitCloudToScrollView(bool withScrollBar)
 {
-    QScrollArea *scroll = m_ui->scrollView;
-    // The viewport's size follows the layout only once it has run.
-    if (QLayout *layout = window()->layout())
-        layout->activate();
-    m_ui->tagCloudView->resize(scroll->viewport()->width(), m_ui->tagCloudView->height());
+    // Worked out from the window: the scroll view's own sizes follow only once it is shown.
+    QWidget *browser = window();
+    const QMargins margins = browser->layout()->contentsMargins();
+    int width = browser->width() - margins.left() - margins.right();
+    if (withScrollBar)
+        width -= m_ui->scrollView->verticalScrollBar()->sizeHint().width();
+    m_ui->tagCloudView->resize(width, m_ui->tagCloudView->height());
 }
 
 void SNTagManagerWindowController::setContentSize(const QSize &size)

@@ -104,7 +104,7 @@ private:
     void setContentSize(const QSize &size);
     void paintBackground();
     void updateMask();
-    void fitCloudToScrollView();
+    void fitCloudToScrollView(bool withScrollBar);
 
     std::unique_ptr<Ui::SNTagManagerWindowController> m_ui;
     std::unique_ptr<QWidget> m_overlayWindow;
