@@ -27,6 +27,7 @@ void SNTagButtonCell::drawBezelWithFrame(
 void SNTagButtonCell::drawTitle(QPainter &painter, const QString &title, const QRectF &frame,
     const QColor &color, const QFont &font) const
 {
+    // Centred in the frame, which sits the title where it looks centred on the bezel.
     painter.save();
     painter.setFont(font);
     painter.setPen(color);
