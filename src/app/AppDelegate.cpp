@@ -19,6 +19,7 @@
 #include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "secret/QWSuperSecret.h"
+#include "tagbrowser/SNTagManagerWindowController.h"
 #include "themes/SNTheme.h"
 #include "themes/SNThemeManager.h"
 #include "ui_AppDelegate.h"
@@ -157,6 +158,7 @@ void AppDelegate::connectMenuItems()
     connect(m_ui->showAllNotesItem, &QAction::triggered, this,
         [this] { applicationShouldHandleReopenHasVisibleWindows(false); });
     connect(m_ui->hideAllNotesItem, &QAction::triggered, this, &AppDelegate::hideAllNotes);
+    connect(m_ui->showTagsItem, &QAction::triggered, this, &AppDelegate::showTagManagerIfNeeded);
     connect(m_ui->exportDatabaseItem, &QAction::triggered, this,
         [this] { exportDatabase(m_ui->exportDatabaseItem); });
     connect(m_ui->helpItem, &QAction::triggered, this, [this] { openHelp(m_ui->helpItem); });
@@ -690,7 +692,25 @@ void AppDelegate::generateNotesInMenu(QMenu *menu)
 
 void AppDelegate::showTagManagerIfNeeded()
 {
-    // The tag browser opens here, or closes when open, once the program has one.
+    if (m_tagManagerWindowController) {
+        m_tagManagerWindowController->close(nullptr);
+        return;
+    }
+    const bool wasActive = QGuiApplication::applicationState() == Qt::ApplicationActive;
+    m_tagManagerWindowController = SNTagManagerWindowController::controller();
+    m_tagManagerWindowController->setAppWasActive(wasActive);
+    m_tagManagerWindowController->showWindow();
+    connect(m_tagManagerWindowController.get(), &QWWindowController::windowWillClose, this,
+        &AppDelegate::tagManagerWindowDidClose);
+}
+
+void AppDelegate::tagManagerWindowDidClose()
+{
+    if (!m_tagManagerWindowController)
+        return;
+    m_tagManagerWindowController->disconnect(this);
+    // Told from inside its own window's closing: it goes once that is over.
+    m_tagManagerWindowController.release()->deleteLater();
 }
 
 void AppDelegate::updateHotkeys()

@@ -23,6 +23,7 @@ class SNModalPresenter;
 class SNStickyNote;
 class SNStickyNoteManager;
 class SNStickyNoteWindowController;
+class SNTagManagerWindowController;
 class SNUserDefaults;
 struct SNLaunchRequest;
 
@@ -108,7 +109,13 @@ public:
     void menuNeedsUpdate(QMenu *menu);
     void generateNotesInMenu(QMenu *menu);
 
+    // Opens the tag browser, or closes it when it is open.
     void showTagManagerIfNeeded();
+    void tagManagerWindowDidClose();
+    SNTagManagerWindowController *tagManagerWindowController() const
+    {
+        return m_tagManagerWindowController.get();
+    }
     void updateHotkeys();
     void toggleMenuBarIconVisible();
     void makeStatusItemIfNeeded();
@@ -176,6 +183,8 @@ private:
     MTStatusItem *m_statusItem = nullptr; // a child: lives as long as the controller
     std::unique_ptr<QWWelcomeWindowController> m_welcome;
     std::unique_ptr<SNHelpWindowController> m_helpWindowController;
+    // Only while its window is open.
+    std::unique_ptr<SNTagManagerWindowController> m_tagManagerWindowController;
     QPointer<SNStickyNoteWindowController> m_keyNoteWindowController;
     std::shared_ptr<QWTimer> m_activationTimer;
 };

@@ -30,6 +30,10 @@ const QList<std::pair<QString, QStringList>> &substitutions()
         { QStringLiteral("Helvetica Neue"),
             { QStringLiteral("Nimbus Sans"), QStringLiteral("Liberation Sans"),
                 QStringLiteral("DejaVu Sans") } },
+        // The face the tag cloud names, by its PostScript name.
+        { QStringLiteral("HelveticaNeue-Medium"),
+            { QStringLiteral("Nimbus Sans"), QStringLiteral("Liberation Sans"),
+                QStringLiteral("DejaVu Sans") } },
         { QStringLiteral("Menlo"),
             { QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Liberation Mono") } },
         { QStringLiteral("Monaco"),

@@ -1,0 +1,3 @@
+#include "tagbrowser/SNTagCloudViewDataSource.h"
+
+SNTagCloudViewDataSource::~SNTagCloudViewDataSource() = default;

@@ -1,0 +1,3 @@
+#include "tagbrowser/SNTagCloudViewDelegate.h"
+
+SNTagCloudViewDelegate::~SNTagCloudViewDelegate() = default;
