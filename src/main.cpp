@@ -65,6 +65,18 @@ int printText(int argc, char *argv[])
     commandLine.showVersion();
 }
 
+// The program's icon at the sizes taskbars and window switchers draw. Every window hands
+// its icon to the X server as pixels of each size it has; a scalable icon would go as five
+// renderings up to 128 pixels, about 90 KB for each note window.
+QIcon applicationIcon()
+{
+    const QIcon scalable(QStringLiteral(":/Vellumo/icons/org.vellumo.Vellumo.svg"));
+    QIcon icon;
+    for (const int size : { 16, 32, 48 })
+        icon.addPixmap(scalable.pixmap(QSize(size, size)));
+    return icon;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -75,7 +87,7 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     setApplicationNames();
     QApplication::setDesktopFileName(SNApplicationInfo::applicationIdentifier());
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/Vellumo/icons/org.vellumo.Vellumo.svg")));
+    QApplication::setWindowIcon(applicationIcon());
     // Notes come and go; the program lives in the tray until it is told to quit.
     QApplication::setQuitOnLastWindowClosed(false);
 

@@ -79,10 +79,7 @@ void QWWindowManager::addWindowControllersShouldShow(
         addWindowWithControllerShouldShow(controller, false);
         if (!shouldShow || !controller)
             continue;
-        QWidget *window = controller->window();
-        window->show();
-        window->raise();
-        moveToFront(window);
+        orderFront(controller->window());
     }
     if (shouldShow)
         bringWindowControllersToTheFront();
@@ -121,6 +118,17 @@ void QWWindowManager::showWindow(QWidget *window)
         moveToFront(window);
 }
 
+void QWWindowManager::orderFront(QWidget *window)
+{
+    // A window being mapped goes on top of the others by itself; asking the window manager to
+    // raise it as well costs it a restack for each window, which at start-up is each note.
+    const bool wasVisible = window->isVisible();
+    window->show();
+    if (wasVisible)
+        window->raise();
+    moveToFront(window);
+}
+
 void QWWindowManager::bringWindowControllersToTheFront()
 {
     QList<QWidget *> taken;
@@ -142,9 +150,7 @@ void QWWindowManager::bringWindowControllersToTheFront()
     QWidget *frontMost = nullptr;
     for (auto it = managed.crbegin(); it != managed.crend(); ++it) {
         QWidget *window = *it;
-        window->show();
-        window->raise();
-        moveToFront(window);
+        orderFront(window);
         frontMost = window;
     }
     // With no managed window there is nothing to activate: no window of ours changes.

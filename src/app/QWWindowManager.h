@@ -70,6 +70,8 @@ private:
     void stopWatching(QWWindowController *controller);
     bool eventFilter(QObject *watched, QEvent *event) override;
     void moveToFront(QWidget *window);
+    // Shows the window in front of the others.
+    void orderFront(QWidget *window);
     bool isManagedWindow(const QWidget *window) const;
 
     QList<QPointer<QWWindowController>> m_controllers;
