@@ -15,6 +15,7 @@ class QAction;
 class QMenu;
 class QSessionManager;
 class QWHotKeyHelper;
+class QWPreferencesWindowController;
 class QWTimer;
 class QWWelcomeWindowController;
 class QWWindowManager;
@@ -108,6 +109,14 @@ public:
     void menuNeedsUpdate(QMenu *menu);
     void generateNotesInMenu(QMenu *menu);
 
+    // The preferences window exists while it is open, and 0.2 s after it closed.
+    void makePreferencesControllerIfNeeded();
+    void preferencesDidClose();
+    QWPreferencesWindowController *preferencesWindowController() const
+    {
+        return m_preferencesWindowController.get();
+    }
+
     void showTagManagerIfNeeded();
     void updateHotkeys();
     void toggleMenuBarIconVisible();
@@ -178,4 +187,6 @@ private:
     std::unique_ptr<SNHelpWindowController> m_helpWindowController;
     QPointer<SNStickyNoteWindowController> m_keyNoteWindowController;
     std::shared_ptr<QWTimer> m_activationTimer;
+    std::unique_ptr<QWPreferencesWindowController> m_preferencesWindowController;
+    std::shared_ptr<QWTimer> m_preferencesReleaseTimer;
 };
