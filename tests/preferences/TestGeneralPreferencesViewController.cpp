@@ -53,6 +53,7 @@ void TestGeneralPreferencesViewController::init()
     settings.setAutoCorrectSpelling(true);
     settings.setHotKeyEnabled(true);
     settings.setHideWindow(false);
+    settings.setDefaultWindowAlpha(double(0.95f));
     settings.setHotKeyCombo({ QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 });
     m_controller = std::make_unique<GeneralPreferencesViewController>();
     m_controller->view()->show();
