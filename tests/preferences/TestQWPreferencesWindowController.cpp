@@ -1,6 +1,8 @@
 #include "app/AppDelegate.h"
 #include "app/SNApplicationInfo.h"
 #include "app/SNUserDefaults.h"
+#include "kit/QWNotificationCenter.h"
+#include "notewindow/SNNoteWindowTestSupport.h"
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWAboutViewController.h"
 #include "preferences/QWPreferencesWindowController.h"
@@ -54,6 +56,7 @@ private Q_SLOTS:
     void onlyTheTickedBoxAndOkaySuppressTheAlert();
     void aboutOpenedHiddenIsSelectedBeforeShowing();
     void closedPreferencesAreDroppedAfterTheDelay();
+    void notesOpenThePreferencesWithCtrlComma();
 
 private:
     std::unique_ptr<QWManualScheduler> m_scheduler;
@@ -258,6 +261,25 @@ void TestQWPreferencesWindowController::closedPreferencesAreDroppedAfterTheDelay
     m_scheduler->advanceBy(0.5);
     QVERIFY(delegate.preferencesWindowController());
     QVERIFY(delegate.preferencesWindowController()->window()->isVisible());
+}
+
+void TestQWPreferencesWindowController::notesOpenThePreferencesWithCtrlComma()
+{
+    const auto controller = openNote(noteWithText(QStringLiteral("Shortcuts")));
+    const QList<QAction *> actions = controller->window()->actions();
+    const auto item = std::find_if(actions.cbegin(), actions.cend(), [](const QAction *action) {
+        return action->shortcut() == QKeySequence(QStringLiteral("Ctrl+,"));
+    });
+    QVERIFY(item != actions.cend());
+    QVERIFY((*item)->isVisible());
+
+    int posted = 0;
+    const QWNotificationCenter::Observation observation
+        = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
+            QStringLiteral("Notification.openPreferences"), nullptr,
+            [&posted](const QWNotification &) { ++posted; });
+    (*item)->trigger();
+    QCOMPARE(posted, 1);
 }
 
 QTEST_MAIN(TestQWPreferencesWindowController)
