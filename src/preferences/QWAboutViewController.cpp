@@ -84,9 +84,7 @@ void QWAboutViewController::qw_viewDidLoad()
                     .arg(credit.name.toHtmlEscaped(), credit.use.toHtmlEscaped(),
                         credit.licence.toHtmlEscaped());
     }
-    html += QStringLiteral("</table><p>%1</p>")
-                .arg(tr("Each keeps its own licence; Debian has the full texts in "
-                        "/usr/share/doc.")
-                         .toHtmlEscaped());
+    html += QStringLiteral("</table><p style=\"margin-left:3px\">%1</p>")
+                .arg(tr("The full licence texts are in /usr/share/doc.").toHtmlEscaped());
     m_ui->creditsView->setHtml(html);
 }

@@ -132,6 +132,9 @@ void QWPreferencesWindowController::configureWindow()
 {
     QWidget *shown = window();
     shown->setWindowTitle(windowTitleText());
+    // Pages size the window themselves; maximising a preferences window helps no one.
+    shown->setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+        | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     // The window is the controller's delegate: it hears of closing, resizing and the keyboard.
     shown->installEventFilter(this);
 }

@@ -23,7 +23,6 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPainter>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTableWidget>
@@ -35,33 +34,7 @@
 namespace {
 
 constexpr int nameColumn = 0;
-constexpr int markerColumn = 1;
-constexpr int markerColumnWidth = 26;
 constexpr int rowHeight = 28;
-constexpr int defaultMarkerRole = Qt::UserRole + 1;
-
-// A check mark in a disc, in the desktop's highlight colour.
-QIcon defaultMarkerIcon(const QPalette &palette)
-{
-    constexpr int size = 16;
-    QPixmap pixmap(size * 2, size * 2);
-    pixmap.setDevicePixelRatio(2.0);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(palette.color(QPalette::Highlight));
-    painter.drawEllipse(QRectF(1, 1, size - 2, size - 2));
-    QPen tick(palette.color(QPalette::HighlightedText), 1.8);
-    tick.setCapStyle(Qt::RoundCap);
-    tick.setJoinStyle(Qt::RoundJoin);
-    painter.setPen(tick);
-    painter.setBrush(Qt::NoBrush);
-    const QPointF points[] = { { 4.6, 8.2 }, { 7.0, 10.6 }, { 11.4, 5.8 } };
-    painter.drawPolyline(points, 3);
-    painter.end();
-    return QIcon(pixmap);
-}
 
 } // namespace
 
@@ -158,14 +131,15 @@ std::unique_ptr<QWidget> SDApperancePreferencesViewController::loadView()
 void SDApperancePreferencesViewController::qw_viewDidLoad()
 {
     QTableWidget *table = m_ui->tableView;
+    table->setColumnCount(1);
     table->horizontalHeader()->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
-    table->horizontalHeader()->setSectionResizeMode(markerColumn, QHeaderView::Fixed);
-    table->horizontalHeader()->resizeSection(markerColumn, markerColumnWidth);
     table->verticalHeader()->setDefaultSectionSize(rowHeight);
     table->setIconSize(QSize(SNThemeSwatch::swatchSize, SNThemeSwatch::swatchSize));
     table->setFocusPolicy(Qt::StrongFocus);
+    // Rows are chosen whole: no frame around the cell that has the keyboard.
+    table->setStyleSheet(QStringLiteral("QTableWidget { outline: 0; }"));
     auto *delegate = new SDThemeNameDelegate(table);
-    table->setItemDelegateForColumn(nameColumn, delegate);
+    table->setItemDelegate(delegate);
     connect(delegate, &SDThemeNameDelegate::editingDidBegin, this,
         [this](QLineEdit *field, int) { m_editingTextField = field; });
     connect(delegate, &SDThemeNameDelegate::editingDidEnd, this,
@@ -250,8 +224,8 @@ std::shared_ptr<SNTheme> SDApperancePreferencesViewController::themeAtRow(int ro
 
 bool SDApperancePreferencesViewController::isDefaultMarkerVisibleAtRow(int row) const
 {
-    const QTableWidgetItem *item = m_ui ? m_ui->tableView->item(row, markerColumn) : nullptr;
-    return item && item->data(defaultMarkerRole).toBool();
+    const QTableWidgetItem *item = m_ui ? m_ui->tableView->item(row, nameColumn) : nullptr;
+    return item && item->data(SDThemeNameDelegate::defaultMarkerRole).toBool();
 }
 
 bool SDApperancePreferencesViewController::isNameEditableAtRow(int row) const
@@ -266,11 +240,9 @@ void SDApperancePreferencesViewController::reloadData()
         return;
     QTableWidget *table = m_ui->tableView;
     const QSignalBlocker blocker(table);
-    table->clearSpans();
     table->setRowCount(0);
     table->setRowCount(numberOfRows());
     const QString defaultName = defaults().defaultThemeName();
-    const QIcon marker = defaultMarkerIcon(table->palette());
     for (int row = 0; row < numberOfRows(); ++row) {
         const std::shared_ptr<SNTheme> theme = themeAtRow(row);
         if (!theme) {
@@ -283,7 +255,6 @@ void SDApperancePreferencesViewController::reloadData()
             group->setForeground(table->palette().color(QPalette::PlaceholderText));
             group->setTextAlignment(Qt::AlignLeft | Qt::AlignBottom);
             table->setItem(row, nameColumn, group);
-            table->setSpan(row, nameColumn, 1, 2);
             table->setRowHeight(row, groupRowHeight);
             continue;
         }
@@ -293,17 +264,11 @@ void SDApperancePreferencesViewController::reloadData()
         if (theme->isEditable())
             flags |= Qt::ItemIsEditable;
         name->setFlags(flags);
-        table->setItem(row, nameColumn, name);
-
         const bool isDefault = theme->saveName() == defaultName;
-        auto *mark = new QTableWidgetItem();
-        mark->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
-        mark->setData(defaultMarkerRole, isDefault);
-        if (isDefault) {
-            mark->setIcon(marker);
-            mark->setToolTip(tr("New notes use this theme"));
-        }
-        table->setItem(row, markerColumn, mark);
+        name->setData(SDThemeNameDelegate::defaultMarkerRole, isDefault);
+        if (isDefault)
+            name->setToolTip(tr("New notes use this theme"));
+        table->setItem(row, nameColumn, name);
         table->setRowHeight(row, rowHeight);
     }
 }

@@ -2,10 +2,43 @@
 
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPainter>
 
 SDThemeNameDelegate::SDThemeNameDelegate(QObject *parent) : QStyledItemDelegate(parent) { }
 
 SDThemeNameDelegate::~SDThemeNameDelegate() = default;
+
+void SDThemeNameDelegate::paint(
+    QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    const bool marked = index.data(defaultMarkerRole).toBool();
+    constexpr int marker = 16;
+    QStyledItemDelegate::paint(painter, option, index);
+    if (!marked)
+        return;
+    // A check mark in a disc; white on the selection, the selection's colour elsewhere.
+    const bool selected = option.state.testFlag(QStyle::State_Selected);
+    const QPalette &palette = option.palette;
+    const QRectF disc(option.rect.right() - marker - 5.5,
+        option.rect.center().y() - marker / 2.0 + 1.0, marker - 1.0, marker - 1.0);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(
+        selected ? palette.color(QPalette::HighlightedText) : palette.color(QPalette::Highlight));
+    painter->drawEllipse(disc);
+    QPen tick(
+        selected ? palette.color(QPalette::Highlight) : palette.color(QPalette::HighlightedText),
+        1.8);
+    tick.setCapStyle(Qt::RoundCap);
+    tick.setJoinStyle(Qt::RoundJoin);
+    painter->setPen(tick);
+    const QPointF origin = disc.topLeft();
+    const QPointF points[]
+        = { origin + QPointF(3.8, 7.6), origin + QPointF(6.3, 10.0), origin + QPointF(10.8, 5.0) };
+    painter->drawPolyline(points, 3);
+    painter->restore();
+}
 
 QWidget *SDThemeNameDelegate::createEditor(
     QWidget *parent, const QStyleOptionViewItem &option, const QModelIndex &index) const

@@ -7,15 +7,22 @@ class QLineEdit;
 
 // Edits a theme's name in the theme list. The list's model is not written to: the editor's
 // controller names the theme and reloads the list itself, so it hears of every end of editing
-// here, and of Escape apart, since Escape gives the name up.
+// here, and of Escape apart, since Escape gives the name up. It also draws the marker of the
+// theme new notes get.
 class SDThemeNameDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(SDThemeNameDelegate)
 
 public:
+    // Rows whose item holds true under this role show the default marker at their end.
+    static constexpr int defaultMarkerRole = Qt::UserRole + 1;
+
     explicit SDThemeNameDelegate(QObject *parent = nullptr);
     ~SDThemeNameDelegate() override;
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+        const QModelIndex &index) const override;
 
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
         const QModelIndex &index) const override;
