@@ -19,22 +19,65 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QColorDialog>
+#include <QFontDatabase>
 #include <QFontDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QTableWidget>
 #include <QTextBlock>
 #include <QTextBrowser>
 #include <QTextCursor>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int nameColumn = 0;
 constexpr int rowHeight = 28;
+
+// Panels open beside the preferences window, so the preview stays in sight while they are used.
+void placeBesideWindow(QWidget *panel, const QWidget *window)
+{
+    if (!window || panel->isVisible())
+        return;
+    const QRect frame = window->frameGeometry();
+    const QScreen *screen = window->screen();
+    const QRect available = screen ? screen->availableGeometry() : frame;
+    const QSize size = panel->sizeHint();
+    QPoint origin(frame.right() + 8, frame.top());
+    if (origin.x() + size.width() > available.right())
+        origin.setX(frame.left() - 8 - size.width());
+    origin.setX(std::clamp(origin.x(), available.left(),
+        std::max(available.left(), available.right() - size.width())));
+    origin.setY(std::clamp(origin.y(), available.top(),
+        std::max(available.top(), available.bottom() - size.height())));
+    panel->move(origin);
+}
+
+// The font panel shows the first style of a family unless told which one the font is; the
+// plainest style with the font's weight and slant is meant.
+QFont fontWithStyleName(QFont font)
+{
+    const QString family = QWFont::substitutedFamily(font.family());
+    QString best;
+    for (const QString &style : QFontDatabase::styles(family)) {
+        if (QFontDatabase::bold(family, style) != font.bold()
+            || QFontDatabase::italic(family, style) != font.italic())
+            continue;
+        if (best.isEmpty() || style.size() < best.size())
+            best = style;
+    }
+    if (!best.isEmpty()) {
+        font.setFamily(family);
+        font.setStyleName(best);
+    }
+    return font;
+}
 
 } // namespace
 
@@ -594,6 +637,7 @@ void SDApperancePreferencesViewController::openColorPanel(QWColorWell *well)
             });
     }
     m_colorPanelWell = well;
+    placeBesideWindow(m_colorPanel, parentWindow());
     {
         const QSignalBlocker blocker(m_colorPanel);
         m_colorPanel->setCurrentColor(well->color());
@@ -615,8 +659,9 @@ void SDApperancePreferencesViewController::openFontPanel()
     }
     {
         const QSignalBlocker blocker(m_fontPanel);
-        m_fontPanel->setCurrentFont(theme->defaultFont().toQFont());
+        m_fontPanel->setCurrentFont(fontWithStyleName(theme->defaultFont().toQFont()));
     }
+    placeBesideWindow(m_fontPanel, parentWindow());
     connect(m_fontPanel, &QFontDialog::currentFontChanged, this,
         &SDApperancePreferencesViewController::didChangeFont, Qt::UniqueConnection);
     connect(m_fontPanel, &QFontDialog::finished, this,
