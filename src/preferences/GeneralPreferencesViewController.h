@@ -6,7 +6,7 @@
 
 class QCheckBox;
 class QSlider;
-class QWKeyCombo;
+struct QWKeyCombo;
 class QWKeyComboRecorder;
 class QWTimer;
 class SNUserDefaults;

@@ -69,6 +69,8 @@ QWPreferencesWindowController::~QWPreferencesWindowController()
     // The modules' views sit in the window: they go first, while the window still stands.
     if (m_resizeAnimation)
         m_resizeAnimation->stop();
+    if (isWindowLoaded())
+        window()->removeEventFilter(this);
     m_currentModule = nullptr;
     m_modules.clear();
 }

@@ -12,6 +12,15 @@
 
 #include <memory>
 
+namespace {
+
+QWKeyCombo combo(quint64 flags, qint64 code)
+{
+    return { flags, code };
+}
+
+} // namespace
+
 class TestGeneralPreferencesViewController final : public QObject
 {
     Q_OBJECT
@@ -78,8 +87,8 @@ void TestGeneralPreferencesViewController::controlsShowTheSettings()
     QVERIFY(m_controller->hideWindowCheckbox()->isChecked());
     QVERIFY(!m_controller->hotKeyEnabledCheckbox()->isChecked());
     QVERIFY(m_controller->showMenuIconCheckbox()->isChecked());
-    QCOMPARE(m_controller->noteShortcutRecorder()->keyCombo(),
-        QWKeyCombo(QWKeyCombo::CommandKeyMask, 40));
+    QCOMPARE(
+        m_controller->noteShortcutRecorder()->keyCombo(), combo(QWKeyCombo::CommandKeyMask, 40));
     QCOMPARE(m_controller->noteShortcutRecorder()->displayedText(), QStringLiteral("Super+K"));
 
     m_controller->hideWindowCheckbox()->click();
@@ -186,7 +195,7 @@ void TestGeneralPreferencesViewController::emptyCombinationIsStoredAsZeros()
     QWKeyComboRecorder *recorder = m_controller->shortcutRecorder();
     recorder->beginRecording();
     QTest::keyClick(recorder, Qt::Key_Backspace);
-    QCOMPARE(defaults().hotKeyCombo(), QWKeyCombo(0, 0));
+    QCOMPARE(defaults().hotKeyCombo(), combo(0, 0));
     QCOMPARE(storedValue(SNUserDefaults::hotKeyCodeKey()).toLongLong(), 0);
     QCOMPARE(storedValue(SNUserDefaults::hotKeyModifierKey()).toULongLong(), 0u);
     QCOMPARE(recorder->displayedText(), QStringLiteral("None"));
@@ -194,9 +203,9 @@ void TestGeneralPreferencesViewController::emptyCombinationIsStoredAsZeros()
     // Recorded over again, and cleared once more with the field's own button.
     recorder->beginRecording();
     QTest::keyClick(recorder, Qt::Key_T, Qt::ControlModifier);
-    QCOMPARE(defaults().hotKeyCombo(), QWKeyCombo(QWKeyCombo::ControlKeyMask, 17));
+    QCOMPARE(defaults().hotKeyCombo(), combo(QWKeyCombo::ControlKeyMask, 17));
     recorder->clearKeyCombo();
-    QCOMPARE(defaults().hotKeyCombo(), QWKeyCombo(0, 0));
+    QCOMPARE(defaults().hotKeyCombo(), combo(0, 0));
 }
 
 void TestGeneralPreferencesViewController::recorderRefusesAPlainLetterAndEscapeKeepsTheOld()
@@ -216,7 +225,7 @@ void TestGeneralPreferencesViewController::recorderRefusesAPlainLetterAndEscapeK
     recorder->beginRecording();
     QTest::keyClick(recorder, Qt::Key_F11);
     QCOMPARE(recorded.count(), 1);
-    QCOMPARE(defaults().hotKeyCombo(), QWKeyCombo(0, 103));
+    QCOMPARE(defaults().hotKeyCombo(), combo(0, 103));
 }
 
 void TestGeneralPreferencesViewController::opacitySliderWritesTheTransparency()
