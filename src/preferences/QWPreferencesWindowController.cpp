@@ -448,12 +448,26 @@ bool QWPreferencesWindowController::eventFilter(QObject *watched, QEvent *event)
         windowDidResignKey();
         break;
     case QEvent::MouseButtonPress: {
-        // Dragging the window's background moves it.
+        // Dragging the window's background moves it; a click on it does nothing.
         const auto *press = static_cast<QMouseEvent *>(event);
-        if (press->button() == Qt::LeftButton && window()->windowHandle())
-            window()->windowHandle()->startSystemMove();
+        if (press->button() == Qt::LeftButton)
+            m_dragOrigin = press->globalPosition().toPoint();
         break;
     }
+    case QEvent::MouseMove: {
+        const auto *move = static_cast<QMouseEvent *>(event);
+        if (m_dragOrigin && move->buttons().testFlag(Qt::LeftButton)
+            && (move->globalPosition().toPoint() - *m_dragOrigin).manhattanLength()
+                >= QApplication::startDragDistance()) {
+            m_dragOrigin.reset();
+            if (window()->windowHandle())
+                window()->windowHandle()->startSystemMove();
+        }
+        break;
+    }
+    case QEvent::MouseButtonRelease:
+        m_dragOrigin.reset();
+        break;
     default:
         break;
     }

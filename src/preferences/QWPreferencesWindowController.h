@@ -4,11 +4,13 @@
 #include "preferences/QWModuleViewController.h"
 
 #include <QColor>
+#include <QPoint>
 #include <QPointer>
 #include <QPropertyAnimation>
 #include <QSize>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class GeneralPreferencesViewController;
@@ -115,4 +117,5 @@ private:
     bool m_resizable = true;
     bool m_terminating = false;
     bool m_wasShown = false;
+    std::optional<QPoint> m_dragOrigin;
 };
