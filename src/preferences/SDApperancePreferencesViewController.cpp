@@ -22,6 +22,7 @@
 #include <QFontDatabase>
 #include <QFontDialog>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -187,6 +188,7 @@ void SDApperancePreferencesViewController::qw_viewDidLoad()
         [this](QLineEdit *field, int) { m_editingTextField = field; });
     connect(delegate, &SDThemeNameDelegate::editingDidEnd, this,
         &SDApperancePreferencesViewController::nameEditingDidEnd);
+    table->installEventFilter(this);
     connect(table, &QTableWidget::itemSelectionChanged, this,
         &SDApperancePreferencesViewController::tableViewSelectionDidChange);
 
@@ -225,6 +227,18 @@ void SDApperancePreferencesViewController::qw_viewDidLoad()
         }
     }
     selectRow(row);
+}
+
+bool SDApperancePreferencesViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    // Themes are deleted with the list's own button, which asks first; the key only leaves a
+    // trace.
+    if (m_ui && watched == m_ui->tableView && event->type() == QEvent::KeyPress
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Delete) {
+        qInfo("Del");
+        return true;
+    }
+    return QWModuleViewController::eventFilter(watched, event);
 }
 
 void SDApperancePreferencesViewController::tokenizeTags()
@@ -362,6 +376,11 @@ void SDApperancePreferencesViewController::updatePreview()
     m_ui->textColorWell->setColor(theme->defaultFontColor().toQColor());
     m_ui->linkColorWell->setColor(theme->linkColor().toQColor());
     m_ui->cursorColorWell->setColor(theme->cursorColor().toQColor());
+    // An open colour panel shows the colour of its well in the theme now selected.
+    if (m_colorPanel && m_colorPanelWell && m_colorPanel->isVisible()) {
+        const QSignalBlocker blocker(m_colorPanel);
+        m_colorPanel->setCurrentColor(m_colorPanelWell->color());
+    }
 
     const QWFont font = theme->defaultFont();
     m_ui->fontLabel->setText(
@@ -632,7 +651,8 @@ void SDApperancePreferencesViewController::openColorPanel(QWColorWell *well)
         m_colorPanel->setOption(QColorDialog::NoButtons);
         connect(
             m_colorPanel, &QColorDialog::currentColorChanged, this, [this](const QColor &color) {
-                if (m_colorPanelWell && m_colorPanelWell->color() != color)
+                if (m_colorPanelWell && m_colorPanelWell->isEnabled()
+                    && m_colorPanelWell->color() != color)
                     m_colorPanelWell->setColor(color, true);
             });
     }

@@ -123,6 +123,7 @@ public:
 protected:
     std::unique_ptr<QWidget> loadView() override;
     void qw_viewDidLoad() override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     SNThemeManager &themeManager() const;

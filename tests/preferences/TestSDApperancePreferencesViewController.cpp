@@ -32,6 +32,7 @@ private Q_SLOTS:
     void builtInThemesArePreviewedAndMadeDefaultOnly();
     void renamingAThemeKeepsItsNotesInIt();
     void rapidChangesSaveOnceAfterTheLast();
+    void wellsAndFontButtonOpenTheirPanels();
     void deletingAsksUnlessSuppressed();
     void closingWhileNamingNeedsAName();
 
@@ -278,6 +279,41 @@ void TestSDApperancePreferencesViewController::rapidChangesSaveOnceAfterTheLast(
     SNThemeManager reader(registry().userThemeDirectory());
     QCOMPARE(reader.userThemes().first()->startColor().toQColor(), colours.constLast());
     QCOMPARE(reader.userThemes().first()->defaultFont().family(), QStringLiteral("DejaVu Serif"));
+}
+
+void TestSDApperancePreferencesViewController::wellsAndFontButtonOpenTheirPanels()
+{
+    addThemeNamed(QStringLiteral("Moss"));
+    const std::shared_ptr<SNUserTheme> moss = userTheme(QStringLiteral("Moss"));
+    m_controller->linkColorWell()->click();
+    QColorDialog *panel = m_controller->colorPanel();
+    QVERIFY(panel && panel->isVisible());
+    QCOMPARE(panel->currentColor().rgb(), moss->linkColor().toQColor().rgb());
+
+    panel->setCurrentColor(QColor(30, 120, 60));
+    QCOMPARE(moss->linkColor().toQColor().rgb(), qRgb(30, 120, 60));
+    QCOMPARE(m_controller->linkColorWell()->color().rgb(), qRgb(30, 120, 60));
+
+    // On a built-in theme the panel follows the selection but changes nothing.
+    const int dark = rowOf(QStringLiteral("SNDarkTheme"));
+    m_controller->selectRow(dark);
+    const QRgb darkLinks = m_controller->currentTheme()->linkColor().toQColor().rgb();
+    QCOMPARE(panel->currentColor().rgb(), darkLinks);
+    panel->setCurrentColor(Qt::yellow);
+    QCOMPARE(m_controller->currentTheme()->linkColor().toQColor().rgb(), darkLinks);
+    QCOMPARE(m_controller->linkColorWell()->color().rgb(), darkLinks);
+    m_controller->fontButton()->click();
+    QVERIFY(!m_controller->fontPanel());
+
+    m_controller->selectRow(rowOf(moss->saveName()));
+    m_controller->fontButton()->click();
+    QVERIFY(m_controller->fontPanel() && m_controller->fontPanel()->isVisible());
+    m_controller->fontPanel()->setCurrentFont(QFont(QStringLiteral("DejaVu Sans Mono"), 11));
+    QCOMPARE(moss->defaultFont().pointSize(), 11.0);
+    // Hiding the page puts the panels away.
+    m_controller->qw_viewWillDisappear();
+    QVERIFY(!panel->isVisible());
+    QVERIFY(!m_controller->fontPanel()->isVisible());
 }
 
 void TestSDApperancePreferencesViewController::deletingAsksUnlessSuppressed()
