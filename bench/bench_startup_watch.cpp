@@ -145,8 +145,17 @@ int main(int argc, char *argv[])
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     const long peak = peakResidentKilobytes(pid);
     kill(pid, SIGTERM);
+    // A program busy with its windows may not answer at once; it is not waited for forever.
     int status = 0;
-    waitpid(pid, &status, 0);
+    const auto stopAsked = std::chrono::steady_clock::now();
+    while (waitpid(pid, &status, WNOHANG) != pid) {
+        if (std::chrono::steady_clock::now() - stopAsked > std::chrono::seconds(5)) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &status, 0);
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
     xcb_disconnect(connection);
     if (elapsed < 0) {
         std::fprintf(stderr, "bench_startup_watch: %zu of %zu windows after the timeout\n",

@@ -18,6 +18,7 @@
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
+#include "preferences/QWPreferencesWindowController.h"
 #include "secret/QWSuperSecret.h"
 #include "tagbrowser/SNTagManagerWindowController.h"
 #include "themes/SNTheme.h"
@@ -44,6 +45,7 @@
 namespace {
 
 constexpr double dockIconActivationDelay = 0.1;
+constexpr double preferencesReleaseDelay = 0.2;
 
 const QString desktopEntryResource = QStringLiteral(":/Vellumo/org.vellumo.Vellumo.desktop");
 const QString applicationIconResource = QStringLiteral(":/Vellumo/icons/org.vellumo.Vellumo.svg");
@@ -161,6 +163,9 @@ void AppDelegate::connectMenuItems()
     connect(m_ui->showTagsItem, &QAction::triggered, this, &AppDelegate::showTagManagerIfNeeded);
     connect(m_ui->exportDatabaseItem, &QAction::triggered, this,
         [this] { exportDatabase(m_ui->exportDatabaseItem); });
+    connect(m_ui->preferencesItem, &QAction::triggered, this,
+        [this] { openPreferences(m_ui->preferencesItem); });
+    connect(m_ui->aboutItem, &QAction::triggered, this, [this] { openAbout(m_ui->aboutItem); });
     connect(m_ui->helpItem, &QAction::triggered, this, [this] { openHelp(m_ui->helpItem); });
     connect(m_ui->checkForUpdatesItem, &QAction::triggered, this,
         [this] { checkForUpdates(m_ui->checkForUpdatesItem); });
@@ -264,6 +269,8 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
 void AppDelegate::applicationWillTerminate()
 {
     m_isTerminating = true;
+    if (m_preferencesWindowController)
+        m_preferencesWindowController->setTerminating(true);
     flushEveryNote(true);
     noteManager().save();
     noteManager().waitForBackgroundSaves();
@@ -387,7 +394,8 @@ void AppDelegate::showAllNotes()
     windowManager().addWindowControllersShouldShow(added, shouldShow);
     for (SNStickyNoteWindowController *controller : std::as_const(created))
         controller->setShouldCascadeWindows(true);
-    // The preferences window, once there is one, comes forward with the notes here.
+    if (m_preferencesWindowController)
+        m_preferencesWindowController->actuallyShowWindow();
 }
 
 void AppDelegate::hideAllNotes()
@@ -597,7 +605,10 @@ void AppDelegate::exportDatabase(QObject *)
 
 void AppDelegate::openAbout(QObject *)
 {
-    // About lives in the preferences window, which is not part of the program yet.
+    makePreferencesControllerIfNeeded();
+    // A hidden window takes the About page's size before it is shown, not while it is seen.
+    m_preferencesWindowController->selectModuleAtRow(QWPreferencesWindowController::aboutModuleRow);
+    m_preferencesWindowController->showWindow();
 }
 
 void AppDelegate::openPreferences(QObject *)
@@ -606,7 +617,40 @@ void AppDelegate::openPreferences(QObject *)
         m_services.presenter->beep();
         return;
     }
-    // The preferences window opens here once the program has one.
+    makePreferencesControllerIfNeeded();
+    m_preferencesWindowController->selectModuleAtRow(
+        QWPreferencesWindowController::generalModuleRow);
+    m_preferencesWindowController->showWindow();
+}
+
+void AppDelegate::makePreferencesControllerIfNeeded()
+{
+    if (m_preferencesWindowController)
+        return;
+    m_preferencesWindowController = QWPreferencesWindowController::controller();
+    m_preferencesWindowController->setModalPresenter(m_services.presenter);
+    connect(m_preferencesWindowController.get(), &QWWindowController::windowWillClose, this,
+        &AppDelegate::preferencesDidClose);
+}
+
+void AppDelegate::preferencesDidClose()
+{
+    if (!m_preferencesWindowController)
+        return;
+    m_preferencesWindowController->disconnect(this);
+    if (m_preferencesReleaseTimer)
+        m_preferencesReleaseTimer->invalidate();
+    m_preferencesReleaseTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
+        preferencesReleaseDelay, false,
+        [delegate = QPointer<AppDelegate>(this),
+            closed = QPointer<QWPreferencesWindowController>(m_preferencesWindowController.get())](
+            QWTimer &) {
+            // Opened again meanwhile: the window stays.
+            if (!delegate || !closed || delegate->m_preferencesWindowController.get() != closed
+                || closed->window()->isVisible())
+                return;
+            delegate->m_preferencesWindowController.reset();
+        });
 }
 
 void AppDelegate::openHelp(QObject *)

@@ -15,6 +15,7 @@ class QAction;
 class QMenu;
 class QSessionManager;
 class QWHotKeyHelper;
+class QWPreferencesWindowController;
 class QWTimer;
 class QWWelcomeWindowController;
 class QWWindowManager;
@@ -109,6 +110,14 @@ public:
     void menuNeedsUpdate(QMenu *menu);
     void generateNotesInMenu(QMenu *menu);
 
+    // The preferences window exists while it is open, and 0.2 s after it closed.
+    void makePreferencesControllerIfNeeded();
+    void preferencesDidClose();
+    QWPreferencesWindowController *preferencesWindowController() const
+    {
+        return m_preferencesWindowController.get();
+    }
+
     // Opens the tag browser, or closes it when it is open.
     void showTagManagerIfNeeded();
     void tagManagerWindowDidClose();
@@ -187,4 +196,6 @@ private:
     std::unique_ptr<SNTagManagerWindowController> m_tagManagerWindowController;
     QPointer<SNStickyNoteWindowController> m_keyNoteWindowController;
     std::shared_ptr<QWTimer> m_activationTimer;
+    std::unique_ptr<QWPreferencesWindowController> m_preferencesWindowController;
+    std::shared_ptr<QWTimer> m_preferencesReleaseTimer;
 };

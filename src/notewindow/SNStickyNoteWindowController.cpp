@@ -272,9 +272,9 @@ void SNStickyNoteWindowController::buildMenus()
     m_tagsMenu = new QMenu(m_window);
     m_tagsMenu->addActions({ m_ui->filterTagsMenuItem, m_ui->showTagsItem });
 
-    // Nothing answers these two yet (there is no preferences window and no mailing list), and
-    // an item that does nothing is worse than none.
-    m_ui->preferencesItem->setVisible(false);
+    // Ctrl+, opens the preferences from anywhere in the note. There is no mailing list to
+    // join, and an item that does nothing is worse than none.
+    m_window->addAction(m_ui->preferencesItem);
     m_ui->mailingListItem->setVisible(false);
 
     // Their shortcuts work while the note is the active window, menu open or not.

@@ -1,0 +1,5 @@
+#include "preferences/QWModuleViewController.h"
+
+QWModuleViewController::QWModuleViewController(QObject *parent) : QWViewController(parent) { }
+
+QWModuleViewController::~QWModuleViewController() = default;
