@@ -73,16 +73,24 @@ void QWWindowManager::addWindowControllersShouldShow(
     const QList<QWWindowController *> &controllers, bool shouldShow)
 {
     // Each window is shown and put in front in turn, but only the front one is activated at
-    // the end: activating every window costs a round trip to the window manager each, and Qt
-    // goes through all its windows on every activation.
+    // the end. Activating every window costs a round trip to the window manager each, and Qt
+    // goes through all its windows on every change of the active one: hundreds of notes
+    // would take seconds.
+    QSet<QWidget *> mapped;
     for (QWWindowController *controller : controllers) {
         addWindowWithControllerShouldShow(controller, false);
         if (!shouldShow || !controller)
             continue;
-        orderFront(controller->window());
+        QWidget *window = controller->window();
+        if (!window->isVisible())
+            mapped.insert(window);
+        const bool quiet = window->testAttribute(Qt::WA_ShowWithoutActivating);
+        window->setAttribute(Qt::WA_ShowWithoutActivating, true);
+        orderFront(window);
+        window->setAttribute(Qt::WA_ShowWithoutActivating, quiet);
     }
     if (shouldShow)
-        bringWindowControllersToTheFront();
+        bringToTheFront(mapped);
 }
 
 void QWWindowManager::addWindowControllers(const QList<QWWindowController *> &controllers)
@@ -131,6 +139,11 @@ void QWWindowManager::orderFront(QWidget *window)
 
 void QWWindowManager::bringWindowControllersToTheFront()
 {
+    bringToTheFront({});
+}
+
+void QWWindowManager::bringToTheFront(const QSet<QWidget *> &justMapped)
+{
     QList<QWidget *> taken;
     if (m_previousOrderedWindows) {
         for (const QPointer<QWidget> &window : std::as_const(*m_previousOrderedWindows)) {
@@ -150,7 +163,11 @@ void QWWindowManager::bringWindowControllersToTheFront()
     QWidget *frontMost = nullptr;
     for (auto it = managed.crbegin(); it != managed.crend(); ++it) {
         QWidget *window = *it;
-        orderFront(window);
+        // Just mapped in this order, on top of the others: only the record needs the order.
+        if (justMapped.contains(window))
+            moveToFront(window);
+        else
+            orderFront(window);
         frontMost = window;
     }
     // With no managed window there is nothing to activate: no window of ours changes.

@@ -4,6 +4,7 @@
 #include <QMetaObject>
 #include <QObject>
 #include <QPointer>
+#include <QSet>
 #include <QString>
 
 #include <optional>
@@ -72,6 +73,9 @@ private:
     void moveToFront(QWidget *window);
     // Shows the window in front of the others.
     void orderFront(QWidget *window);
+    // Brings the managed windows to the front in their own order; windows just mapped (on top
+    // already, in that order) are not raised again.
+    void bringToTheFront(const QSet<QWidget *> &justMapped);
     bool isManagedWindow(const QWidget *window) const;
 
     QList<QPointer<QWWindowController>> m_controllers;
