@@ -3,6 +3,7 @@
 #include "kit/GVUserDefaults.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "support/QWProgramDriver.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -18,53 +19,9 @@
 #include <X11/X.h>
 #include <memory>
 
+using namespace QWProgramDriver;
+
 namespace {
-
-// The program under test: the one built beside this test, unless VELLUMO_PROGRAM names another.
-QString programPath()
-{
-    const QString chosen = qEnvironmentVariable("VELLUMO_PROGRAM");
-    return chosen.isEmpty()
-        ? QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../src/vellumo"))
-        : chosen;
-}
-
-QString run(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished(10000))
-        qFatal("%s did not finish", qUtf8Printable(program));
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
-// Read back with xdotool, a client that is not ours.
-QStringList visibleWindows(qint64 pid)
-{
-    return run(QStringLiteral("xdotool"),
-        { QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-            QString::number(pid) })
-        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
-
-QRect windowGeometry(const QString &window)
-{
-    QRect geometry;
-    const QString shell = run(QStringLiteral("xdotool"),
-        { QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window });
-    for (const QString &line : shell.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        const QString value = line.section(QLatin1Char('='), 1);
-        if (line.startsWith(QLatin1String("X=")))
-            geometry.moveLeft(value.toInt());
-        else if (line.startsWith(QLatin1String("Y=")))
-            geometry.moveTop(value.toInt());
-        else if (line.startsWith(QLatin1String("WIDTH=")))
-            geometry.setWidth(value.toInt());
-        else if (line.startsWith(QLatin1String("HEIGHT=")))
-            geometry.setHeight(value.toInt());
-    }
-    return geometry;
-}
 
 QList<QRect> windowGeometries(qint64 pid)
 {
