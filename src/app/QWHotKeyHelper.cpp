@@ -38,7 +38,7 @@ void QWHotKeyHelper::registerHandlers()
 
 qint64 QWHotKeyHelper::registerHotKey(const QWKeyCombo &combo)
 {
-    if (combo.isEmpty() || (combo.flags == 0 && combo.code == 0))
+    if (combo.isEmpty())
         return -1;
     const quint16 modifiers = translateModifierFlags(combo.flags);
     const qint64 identifier = m_nextIdentifier;

@@ -4,9 +4,10 @@
 #include <Qt>
 
 // A key combination as settings store it: a modifier mask and a hardware key code (see
-// QWKeyCodes for what the numbers mean here). A negative code is the empty combination, what
-// the preferences store when the user clears a hot key; an empty combination is never
-// registered but can be recorded over later like any other.
+// QWKeyCodes for what the numbers mean here). The empty combination is stored as no modifiers
+// and code 0 (what the preferences store when the user clears a hot key); a negative code reads
+// as empty too. An empty combination is never registered but can be recorded over later like
+// any other. (Code 0 is the A key, which without a modifier is never a hot key.)
 struct QWKeyCombo final
 {
     static constexpr quint64 ShiftKeyMask = 0x20000;
@@ -20,7 +21,7 @@ struct QWKeyCombo final
     quint64 flags = 0;
     qint64 code = NoKeyCode;
 
-    bool isEmpty() const { return code < 0; }
+    bool isEmpty() const { return code < 0 || (flags == 0 && code == 0); }
 
     // From a key event: the code of the key (keypad keys when the keypad modifier is set) and
     // the four modifiers; empty when the table has no code for the key.

@@ -62,15 +62,10 @@ QWKeyComboRecorder::QWKeyComboRecorder(QWidget *parent)
 
 QWKeyComboRecorder::~QWKeyComboRecorder() = default;
 
-bool QWKeyComboRecorder::isEmptyCombination(const QWKeyCombo &combo)
-{
-    return combo.isEmpty() || (combo.flags == 0 && combo.code == 0);
-}
-
 void QWKeyComboRecorder::setKeyCombo(const QWKeyCombo &combo)
 {
     m_keyCombo = combo;
-    m_clearButton->setVisible(!isEmptyCombination(combo));
+    m_clearButton->setVisible(!combo.isEmpty());
     update();
 }
 
@@ -80,7 +75,7 @@ QString QWKeyComboRecorder::displayedText() const
         const QString held = heldModifiersText(m_heldModifiers);
         return held.isEmpty() ? tr("Type a shortcut") : held + QStringLiteral("+…");
     }
-    if (isEmptyCombination(m_keyCombo))
+    if (m_keyCombo.isEmpty())
         return tr("None");
     return m_keyCombo.description();
 }
@@ -234,7 +229,7 @@ void QWKeyComboRecorder::paintEvent(QPaintEvent *)
     QRect textRect = rect().adjusted(horizontalPadding, 0, -horizontalPadding, 0);
     if (m_clearButton->isVisible())
         textRect.setRight(m_clearButton->geometry().left() - 2);
-    const bool dim = m_recording || isEmptyCombination(m_keyCombo);
+    const bool dim = m_recording || m_keyCombo.isEmpty();
     painter.setPen(palette().color(isEnabled() ? (dim ? QPalette::PlaceholderText : QPalette::Text)
                                                : QPalette::PlaceholderText));
     painter.drawText(textRect, Qt::AlignVCenter | Qt::AlignHCenter, displayedText());

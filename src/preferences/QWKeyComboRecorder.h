@@ -20,9 +20,6 @@ public:
     explicit QWKeyComboRecorder(QWidget *parent = nullptr);
     ~QWKeyComboRecorder() override;
 
-    // The empty combination as recorded here, and the one an old settings file may hold.
-    static bool isEmptyCombination(const QWKeyCombo &combo);
-
     const QWKeyCombo &keyCombo() const { return m_keyCombo; }
     // Shows the combination without announcing a change.
     void setKeyCombo(const QWKeyCombo &combo);
