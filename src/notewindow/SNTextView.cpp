@@ -456,8 +456,10 @@ bool SNTextView::correctWordEndingAt(int position)
         ++start;
     if (start >= wordEnd)
         return false;
-    // A hashtag is a name the user chose, and a link keeps its own text.
-    if (start > 0 && text.at(start - 1) == QLatin1Char('#'))
+    // A hashtag is a name the user chose, and a link keeps its own text; so does a piece of an
+    // address, a path or a file name ("www.exampel.com", "~/notse").
+    static const QString joiners = QStringLiteral("#/.@:\\~");
+    if (start > 0 && joiners.contains(text.at(start - 1)))
         return false;
     QTextCursor cursor(document());
     cursor.setPosition(block.position() + start);
@@ -465,9 +467,10 @@ bool SNTextView::correctWordEndingAt(int position)
     const QTextCharFormat format = cursor.charFormat();
     if (format.isAnchor() || format.hasProperty(QWTextAttributes::TagNameProperty))
         return false;
-    const std::optional<QString> correction
-        = m_spellChecker->correctionForWord(QStringView(text).sliced(start, wordEnd - start));
-    if (!correction)
+    const QStringView word = QStringView(text).sliced(start, wordEnd - start);
+    const std::optional<QString> correction = m_spellChecker->correctionForWord(word);
+    // A change of case only ("www" to "WWW") is a matter of style, not of spelling.
+    if (!correction || correction->compare(word, Qt::CaseInsensitive) == 0)
         return false;
     // A step of its own, so that one undo brings the word back as it was typed.
     cursor.beginEditBlock();

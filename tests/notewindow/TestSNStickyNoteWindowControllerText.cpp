@@ -492,6 +492,11 @@ void TestSNStickyNoteWindowControllerText::autoCorrectionIsOneUndoStep()
     QCOMPARE(text->toPlainText(), QStringLiteral("teh the cat, #teh adn."));
     QTest::keyClick(text, Qt::Key_Z, Qt::ControlModifier);
     QVERIFY(!text->toPlainText().contains(QStringLiteral("adn")));
+
+    // Nor are the parts of an address, or a change of case only.
+    QTest::keyClick(text, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(text, QStringLiteral("see www.exampel.org now"));
+    QCOMPARE(text->toPlainText(), QStringLiteral("see www.exampel.org now"));
 }
 
 QTEST_MAIN(TestSNStickyNoteWindowControllerText)
