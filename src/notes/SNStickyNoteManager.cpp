@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QStandardPaths>
 
@@ -102,6 +103,23 @@ void SNStickyNoteManager::removeNote(const std::shared_ptr<SNStickyNote> &note)
     note->didDelete();
 }
 
+void SNStickyNoteManager::removeUnfinishedSaves() const
+{
+    // A save writes a temporary file beside the archive ("stickies.db.AbC123") and renames it
+    // into place; one killed in between leaves the temporary file. Only one Vellumo runs, so at
+    // load no save of this program is under way.
+    const QFileInfo archive(databasePath());
+    const QRegularExpression unfinished(QStringLiteral("^%1\\.[A-Za-z0-9]{6}$")
+                                            .arg(QRegularExpression::escape(archive.fileName())));
+    QDir folder = archive.dir();
+    const QStringList names
+        = folder.entryList({ archive.fileName() + QStringLiteral(".??????") }, QDir::Files);
+    for (const QString &name : names) {
+        if (unfinished.match(name).hasMatch())
+            folder.remove(name);
+    }
+}
+
 void SNStickyNoteManager::loadDatabase()
 {
     {
@@ -111,6 +129,7 @@ void SNStickyNoteManager::loadDatabase()
     const QString path = databasePath();
     if (path.isEmpty())
         return;
+    removeUnfinishedSaves();
     if (!QFileInfo::exists(path)) {
         QDir().mkpath(m_baseDatabasePath);
         if (QFile::copy(defaultDatabaseResource, path)) {

@@ -67,6 +67,8 @@ public:
     void setSaveFileFactory(SaveFileFactory factory);
 
 private:
+    // Takes away the temporary files of saves that a crash interrupted.
+    void removeUnfinishedSaves() const;
     bool writeArchive(const QByteArray &archive, quint64 generation);
     void reapFinishedWorkers();
 

@@ -73,6 +73,7 @@ private Q_SLOTS:
     void addRemoveAndSnapshots();
     void exportNeverOverwrites();
     void damagedFileIsMovedAsideAndReplaced();
+    void unfinishedSavesAreRemovedAtLoad();
     void failedWriteKeepsTheOldFile();
     void backgroundSavesFinishAndKeepTheNewest();
     void readableByAnotherCborDecoder();
@@ -234,6 +235,27 @@ void TestSNStickyNoteManager::damagedFileIsMovedAsideAndReplaced()
     QVERIFY(QFile::exists(other.movedAsidePath()));
     QCOMPARE(other.movedAsidePath(), aside + QStringLiteral("-2"));
     QVERIFY(QFile::exists(aside)); // the earlier copy is still there
+}
+
+void TestSNStickyNoteManager::unfinishedSavesAreRemovedAtLoad()
+{
+    QDir().mkpath(folder());
+    const QStringList leftovers
+        = { QStringLiteral("stickies.db.AbC123"), QStringLiteral("stickies.db.x9Y8z7") };
+    const QStringList kept = { QStringLiteral("stickies.db.damaged-20261121-101500"),
+        QStringLiteral("stickies.db.bak"), QStringLiteral("stickies.db.AbC1234"),
+        QStringLiteral("Themes.db.AbC123") };
+    for (const QString &name : leftovers + kept) {
+        QFile file(folder() + name);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("partial");
+    }
+    SNStickyNoteManager store(folder());
+    for (const QString &name : leftovers)
+        QVERIFY2(!QFile::exists(folder() + name), qPrintable(name));
+    for (const QString &name : kept)
+        QVERIFY2(QFile::exists(folder() + name), qPrintable(name));
+    QVERIFY(!store.notesArray().isEmpty());
 }
 
 void TestSNStickyNoteManager::failedWriteKeepsTheOldFile()
