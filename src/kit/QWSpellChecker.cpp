@@ -45,8 +45,12 @@ QWSpellChecker::QWSpellChecker(const QString &language) : m_broker(enchant_broke
     if (enchant_broker_dict_exists(m_broker, tag.constData()) <= 0)
         return;
     m_dictionary = enchant_broker_request_dict(m_broker, tag.constData());
-    if (m_dictionary)
-        m_language = wanted;
+    if (!m_dictionary)
+        return;
+    m_language = wanted;
+    // Words every note of this program may hold: its name and the keys it talks about.
+    for (const char *word : { "Vellumo", "Ctrl", "Alt", "Esc" })
+        enchant_dict_add_to_session(m_dictionary, word, -1);
 }
 
 QWSpellChecker::~QWSpellChecker()

@@ -38,6 +38,7 @@
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QClipboard>
 #include <QColorDialog>
 #include <QEvent>
 #include <QFile>
@@ -839,7 +840,8 @@ void SNStickyNoteWindowController::addPasteAsPlainTextItemToMenuWithAttributes(
             && items[i]->objectName() != QLatin1String("edit-paste"))
             continue;
         auto *item = new QAction(tr("Paste Plain Text"), menu);
-        item->setEnabled(!m_ui->textView->isReadOnly());
+        item->setEnabled(
+            !m_ui->textView->isReadOnly() && !QGuiApplication::clipboard()->text().isEmpty());
         connect(item, &QAction::triggered, this, [this, item] { pastePlainText(item); });
         menu->insertAction(items.value(i + 1), item);
         return;

@@ -32,6 +32,9 @@ void TestQWSpellChecker::marksOnlyMisspeltWords()
     QCOMPARE(ranges, expected);
     QVERIFY(checker.isWordMisspelled(u"wrld"));
     QVERIFY(!checker.isWordMisspelled(u"world"));
+    // The program's own name and the keys its notes talk about.
+    QVERIFY(!checker.isWordMisspelled(u"Vellumo"));
+    QVERIFY(!checker.isWordMisspelled(u"Ctrl"));
     QVERIFY(checker.misspelledRangesInString(u"").isEmpty());
 }
 

@@ -254,7 +254,9 @@ void TestSNStickyNoteWindowControllerText::rightClickMenus()
     auto controller = openWithText(QStringLiteral("Buy #milk now"));
     SNTextView *text = controller->textView();
 
-    // An empty caret: the editor's own menu, "Paste Plain Text" right after "Paste".
+    // An empty caret: the editor's own menu, "Paste Plain Text" right after "Paste", and like
+    // it only when there is something to paste.
+    QGuiApplication::clipboard()->clear();
     select(text, 2, 2);
     std::unique_ptr<QMenu> owner;
     QMenu *menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
@@ -263,6 +265,7 @@ void TestSNStickyNoteWindowControllerText::rightClickMenus()
     const qsizetype paste = items.indexOf(QStringLiteral("Paste"));
     QVERIFY(paste >= 0);
     QCOMPARE(items.value(paste + 1), QStringLiteral("Paste Plain Text"));
+    QVERIFY(!itemTitled(menu, QStringLiteral("Paste Plain Text"))->isEnabled());
     QVERIFY(!items.contains(QStringLiteral("Colors")));
 
     // Over a tag with a selection: the note's tag menu, for that tag.
@@ -312,6 +315,8 @@ void TestSNStickyNoteWindowControllerText::rightClickMenus()
     mime->setText(QStringLiteral("strong"));
     QGuiApplication::clipboard()->setMimeData(mime);
     select(text, 0, 3);
+    menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
+    QVERIFY(itemTitled(menu, QStringLiteral("Paste Plain Text"))->isEnabled());
     controller->pastePlainText(nullptr);
     QCOMPARE(text->toPlainText(), QStringLiteral("strong #milk now"));
     QVERIFY(formatAt(*text->document(), 1).fontWeight() < QFont::DemiBold);
