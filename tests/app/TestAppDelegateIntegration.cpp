@@ -1,6 +1,5 @@
 #include "app/QWX11HotKeyGrabber.h"
 #include "app/SNApplicationInfo.h"
-#include "kit/GVUserDefaults.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
 #include "support/QWProgramDriver.h"
@@ -12,7 +11,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QRect>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -94,14 +92,7 @@ void TestAppDelegateIntegration::init()
 {
     QVERIFY(!isNameOwned());
     m_home = std::make_unique<QTemporaryDir>();
-    // A user who has seen the welcome window already.
-    const QByteArray previous = qgetenv("XDG_CONFIG_HOME");
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home->filePath(QStringLiteral("config"))));
-    {
-        QSettings settings(GVUserDefaults::standardStorePath(), QSettings::IniFormat);
-        settings.setValue(QStringLiteral("QWWelcomeWindowWasShown"), true);
-    }
-    qputenv("XDG_CONFIG_HOME", previous);
+    markWelcomeWindowSeen(m_home->filePath(QStringLiteral("config")));
 }
 
 void TestAppDelegateIntegration::cleanup()

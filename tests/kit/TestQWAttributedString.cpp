@@ -1,8 +1,8 @@
 #include "kit/QWAttributedString.h"
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
+#include "support/QWTestImages.h"
 
-#include <QBuffer>
 #include <QImage>
 #include <QTest>
 #include <QTextBlock>
@@ -50,13 +50,7 @@ QWTextAttributes linked(const QString &url)
 
 QByteArray pngBytes(const QColor &color, int width)
 {
-    QImage image(width, 3, QImage::Format_ARGB32);
-    image.fill(color);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
+    return imageFileBytes(color, QSize(width, 3), "PNG", QImage::Format_ARGB32);
 }
 
 QWAttributedString throughDocument(const QWAttributedString &text)

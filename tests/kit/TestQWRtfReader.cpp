@@ -1,6 +1,6 @@
 #include "kit/QWRtfReader.h"
+#include "support/QWTestImages.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
@@ -72,13 +72,7 @@ QByteArray pngBytes()
 
 QByteArray jpegBytes()
 {
-    QImage image(5, 3, QImage::Format_RGB32);
-    image.fill(Qt::blue);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPEG");
-    return bytes;
+    return imageFileBytes(Qt::blue, QSize(5, 3), "JPEG");
 }
 
 // The Unicode text Python's own codec makes of the bytes 0x80 to 0xFF, undefined ones left out.

@@ -1,5 +1,6 @@
 #include "kit/QWRtfReader.h"
 #include "kit/QWRtfWriter.h"
+#include "support/QWTestImages.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -62,13 +63,7 @@ A with(const std::function<void(A &)> &set)
 
 QByteArray imageBytes(const QColor &color, const char *format)
 {
-    QImage image(7, 5, QImage::Format_RGB32);
-    image.fill(color);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, format);
-    return bytes;
+    return imageFileBytes(color, QSize(7, 5), format);
 }
 
 A attachment(const QByteArray &bytes, const QString &name = QString())

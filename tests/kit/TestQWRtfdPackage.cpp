@@ -1,6 +1,6 @@
 #include "kit/QWRtfdPackage.h"
+#include "support/QWTestImages.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -16,13 +16,7 @@ using Error = QWRtfReadResult::Error;
 
 QByteArray imageBytes(const QColor &color, const char *format)
 {
-    QImage image(4, 4, QImage::Format_RGB32);
-    image.fill(color);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, format);
-    return bytes;
+    return imageFileBytes(color, QSize(4, 4), format);
 }
 
 A attachment(const QByteArray &bytes, const QString &name)

@@ -1,5 +1,4 @@
 #include "app/SNApplicationInfo.h"
-#include "kit/GVUserDefaults.h"
 #include "kit/QWAttributedString.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
@@ -13,7 +12,6 @@
 #include <QDir>
 #include <QProcess>
 #include <QRect>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -60,14 +58,7 @@ void TestSNTagManagerIntegration::init()
 {
     QVERIFY(!isNameOwned());
     m_home = std::make_unique<QTemporaryDir>();
-    const QByteArray previous = qgetenv("XDG_CONFIG_HOME");
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home->filePath(QStringLiteral("config"))));
-    {
-        // A user who has seen the welcome window already.
-        QSettings settings(GVUserDefaults::standardStorePath(), QSettings::IniFormat);
-        settings.setValue(QStringLiteral("QWWelcomeWindowWasShown"), true);
-    }
-    qputenv("XDG_CONFIG_HOME", previous);
+    markWelcomeWindowSeen(m_home->filePath(QStringLiteral("config")));
     seedNotes();
 }
 
