@@ -1,5 +1,6 @@
 #include "notewindow/SNStickyWindow.h"
 
+#include "kit/widgets/QWCompositingManager.h"
 #include "notewindow/SNStickyWindowDelegate.h"
 #include "notewindow/SNWindowEdgeGrip.h"
 
@@ -12,8 +13,10 @@
 SNStickyWindow::SNStickyWindow(QWidget *parent)
     : QWidget(parent, Qt::Window | Qt::FramelessWindowHint)
 {
-    // The note paints its own background; where it is translucent the desktop shows through.
-    setAttribute(Qt::WA_TranslucentBackground);
+    // The note paints its own background; where it is translucent the desktop shows through,
+    // which takes a compositor. Without one an alpha channel would show nothing and only
+    // slow down the X server and the window manager.
+    setAttribute(Qt::WA_TranslucentBackground, QWCompositingManager::isRunning());
 
     const Qt::Edges edges[] = { Qt::TopEdge, Qt::BottomEdge, Qt::LeftEdge, Qt::RightEdge,
         Qt::TopEdge | Qt::LeftEdge, Qt::TopEdge | Qt::RightEdge, Qt::BottomEdge | Qt::LeftEdge,
