@@ -114,6 +114,12 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
     // Qt closes every window before it quits, and closing a note window deletes its note
     // unless the note knows the program is ending: it must know first, whoever asked to quit.
     qApp->installEventFilter(this);
+
+    windowManager().setWindowPreparation(
+        [self = QPointer<AppDelegate>(this)](QWWindowController *controller) {
+            if (self)
+                self->prepareNoteWindow(controller);
+        });
 }
 
 AppDelegate::~AppDelegate()
@@ -342,7 +348,7 @@ bool AppDelegate::hasManagedController(const std::shared_ptr<SNStickyNote> &note
         [controller](const QWWindowController *candidate) { return candidate == controller; });
 }
 
-void AppDelegate::prepareNoteWindow(SNStickyNoteWindowController *controller)
+void AppDelegate::prepareNoteWindow(QWWindowController *controller)
 {
     QWidget *window = controller->window();
     if (!window)
@@ -356,7 +362,6 @@ void AppDelegate::prepareNoteWindow(SNStickyNoteWindowController *controller)
 
 void AppDelegate::addNoteWindowController(SNStickyNoteWindowController *controller, bool shouldShow)
 {
-    prepareNoteWindow(controller);
     windowManager().addWindowWithControllerShouldShow(controller, shouldShow);
 }
 
@@ -386,12 +391,10 @@ void AppDelegate::showAllNotes()
             windowManager().bringWindowControllersToTheFront();
         return;
     }
-    QList<QWWindowController *> added;
-    for (SNStickyNoteWindowController *controller : std::as_const(created)) {
-        prepareNoteWindow(controller);
-        added.append(controller);
-    }
-    windowManager().addWindowControllersShouldShow(added, shouldShow);
+    // Each window is loaded as it is shown (prepareNoteWindow() on the way), so that the first
+    // notes appear while the others are still being built.
+    windowManager().addWindowControllersShouldShow(
+        QList<QWWindowController *>(created.cbegin(), created.cend()), shouldShow);
     for (SNStickyNoteWindowController *controller : std::as_const(created))
         controller->setShouldCascadeWindows(true);
     if (m_preferencesWindowController)

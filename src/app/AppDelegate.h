@@ -18,6 +18,7 @@ class QWHotKeyHelper;
 class QWPreferencesWindowController;
 class QWTimer;
 class QWWelcomeWindowController;
+class QWWindowController;
 class QWWindowManager;
 class SNHelpWindowController;
 class SNModalPresenter;
@@ -164,7 +165,9 @@ private:
     // hideWindow hides the notes only on a start at login, and only while launching.
     bool shouldShowNotes() const;
     void addNoteWindowController(SNStickyNoteWindowController *controller, bool shouldShow);
-    void prepareNoteWindow(SNStickyNoteWindowController *controller);
+    // What every note window needs before it first maps; run by the window manager as it
+    // takes each one on.
+    void prepareNoteWindow(QWWindowController *controller);
     bool hasManagedController(const std::shared_ptr<SNStickyNote> &note) const;
     void addNoteWithText(const std::shared_ptr<SNStickyNote> &note);
     void hotKeyWasPressed(qint64 identifier);

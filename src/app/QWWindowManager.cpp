@@ -45,6 +45,11 @@ QList<QWWindowController *> QWWindowManager::windowControllers() const
     return result;
 }
 
+void QWWindowManager::setWindowPreparation(std::function<void(QWWindowController *)> prepare)
+{
+    m_prepare = std::move(prepare);
+}
+
 void QWWindowManager::addWindowWithControllerShouldShow(
     QWWindowController *controller, bool shouldShow)
 {
@@ -57,8 +62,11 @@ void QWWindowManager::addWindowWithControllerShouldShow(
             [this, controller] { windowDidClose(controller); });
         connect(controller, &QObject::destroyed, this, &QWWindowManager::controllerWasDestroyed);
         // Loads the window: its activations must be seen from the start.
-        if (QWidget *window = controller->window())
+        if (QWidget *window = controller->window()) {
             window->installEventFilter(this);
+            if (m_prepare)
+                m_prepare(controller);
+        }
     }
     if (shouldShow)
         showWindow(controller->window());
@@ -72,10 +80,12 @@ void QWWindowManager::addWindowWithController(QWWindowController *controller)
 void QWWindowManager::addWindowControllersShouldShow(
     const QList<QWWindowController *> &controllers, bool shouldShow)
 {
-    // Each window is shown and put in front in turn, but only the front one is activated at
-    // the end. Activating every window costs a round trip to the window manager each, and Qt
-    // goes through all its windows on every change of the active one: hundreds of notes
-    // would take seconds.
+    // Each window is loaded, shown and put in front in turn, and sent to the X server before
+    // the next one is loaded: the window manager, which takes a few milliseconds to take on
+    // each window, starts on the first ones while the others are still being built. Only the
+    // front one is activated, at the end. Activating every window costs a round trip to the
+    // window manager each, and Qt goes through all its windows on every change of the active
+    // one: hundreds of notes would take seconds.
     QSet<QWidget *> mapped;
     for (QWWindowController *controller : controllers) {
         addWindowWithControllerShouldShow(controller, false);
@@ -88,6 +98,7 @@ void QWWindowManager::addWindowControllersShouldShow(
         window->setAttribute(Qt::WA_ShowWithoutActivating, true);
         orderFront(window);
         window->setAttribute(Qt::WA_ShowWithoutActivating, quiet);
+        QWX11WindowState::sendPendingRequests();
     }
     if (shouldShow)
         bringToTheFront(mapped);

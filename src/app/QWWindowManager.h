@@ -7,6 +7,7 @@
 #include <QSet>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class QWidget;
@@ -34,6 +35,10 @@ public:
     static QWWindowManager &sharedManager();
 
     QList<QWWindowController *> windowControllers() const;
+
+    // Runs once for each controller as it is added, after its window is loaded and before it
+    // is first shown: what every managed window needs before it maps.
+    void setWindowPreparation(std::function<void(QWWindowController *)> prepare);
 
     void addWindowWithControllerShouldShow(QWWindowController *controller, bool shouldShow);
     void addWindowWithController(QWWindowController *controller);
@@ -77,6 +82,8 @@ private:
     // already, in that order) are not raised again.
     void bringToTheFront(const QSet<QWidget *> &justMapped);
     bool isManagedWindow(const QWidget *window) const;
+
+    std::function<void(QWWindowController *)> m_prepare;
 
     QList<QPointer<QWWindowController>> m_controllers;
     QList<QPointer<QWidget>> m_stackingOrder; // front-most first

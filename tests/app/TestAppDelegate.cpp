@@ -11,6 +11,7 @@
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
+#include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextView.h"
 #include "support/QWManualScheduler.h"
 #include "themes/SNTheme.h"
@@ -26,6 +27,8 @@
 #include <QTest>
 #include <QUrl>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace {
@@ -85,6 +88,28 @@ QString textOf(const std::shared_ptr<SNStickyNote> &note)
 
 } // namespace
 
+// Notes, at each note window's showing, how many note windows had been built by then.
+class NoteWindowShowings final : public QObject
+{
+public:
+    explicit NoteWindowShowings(std::function<qsizetype()> built) : m_built(std::move(built))
+    {
+        qApp->installEventFilter(this);
+    }
+    QList<qsizetype> builtWhenShown;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show && qobject_cast<SNStickyWindow *>(watched))
+            builtWhenShown.append(m_built());
+        return false;
+    }
+
+private:
+    std::function<qsizetype()> m_built;
+};
+
 class TestAppDelegate final : public QObject
 {
     Q_OBJECT
@@ -94,6 +119,7 @@ private Q_SLOTS:
     void cleanup();
 
     void launchWithoutNotesMakesOneNewNote();
+    void eachNoteShowsBeforeTheNextIsBuilt();
     void loginStartDecidesWhetherNotesShow_data();
     void loginStartDecidesWhetherNotesShow();
     void notesHiddenAtLoginComeWithAClickOnTheTrayIcon();
@@ -197,6 +223,23 @@ void TestAppDelegate::launchWithoutNotesMakesOneNewNote()
     QCOMPARE(noteControllers().constFirst()->note(), m_store->notesArray().constFirst());
     QCOMPARE(visibleNoteWindows(), 1);
     QVERIFY(m_delegate->appDidLaunch());
+}
+
+void TestAppDelegate::eachNoteShowsBeforeTheNextIsBuilt()
+{
+    const qsizetype notes = m_store->notesArray().size();
+    QVERIFY(notes > 2);
+    NoteWindowShowings showings([] {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        return std::count_if(windows.cbegin(), windows.cend(),
+            [](const QWidget *window) { return qobject_cast<const SNStickyWindow *>(window); });
+    });
+    launch();
+    // The window manager can take on the first notes while the others are still being built.
+    QList<qsizetype> oneByOne;
+    for (qsizetype built = 1; built <= notes; ++built)
+        oneByOne.append(built);
+    QCOMPARE(showings.builtWhenShown, oneByOne);
 }
 
 void TestAppDelegate::loginStartDecidesWhetherNotesShow_data()

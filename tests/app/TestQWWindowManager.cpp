@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QTest>
 
+#include <algorithm>
 #include <vector>
 
 // Announces its window's closing from the close itself, as a real controller does.
@@ -65,6 +66,7 @@ private Q_SLOTS:
     }
 
     void adding();
+    void eachWindowIsPreparedOnceAndShownBeforeTheNextIsLoaded();
     void controllersForClassFollowInheritance();
     void closing();
     void hidingAndBringingToTheFront();
@@ -110,6 +112,45 @@ void TestQWWindowManager::adding()
     QVERIFY(hidden->window()->isVisible());
     waitForActive(third->window());
     QCOMPARE(manager.orderedWindows().first(), third->window());
+}
+
+void TestQWWindowManager::eachWindowIsPreparedOnceAndShownBeforeTheNextIsLoaded()
+{
+    QWWindowManager manager;
+    auto *first = new TestWindowController;
+    auto *second = new TestWindowController;
+    auto *third = new TestWindowController;
+    const Controllers all { first, second, third };
+    // What was true of each controller when it was prepared.
+    Controllers prepared;
+    QList<bool> visibleWhenPrepared;
+    QList<qsizetype> loadedWhenPrepared;
+    QList<qsizetype> shownWhenPrepared;
+    manager.setWindowPreparation([&](QWWindowController *controller) {
+        prepared.append(controller);
+        visibleWhenPrepared.append(controller->window()->isVisible());
+        loadedWhenPrepared.append(std::count_if(
+            all.cbegin(), all.cend(), [](QWWindowController *c) { return c->isWindowLoaded(); }));
+        shownWhenPrepared.append(std::count_if(all.cbegin(), all.cend(),
+            [](QWWindowController *c) { return c->isWindowLoaded() && c->window()->isVisible(); }));
+    });
+
+    manager.addWindowControllers(all);
+    QCOMPARE(prepared, all);
+    QCOMPARE(visibleWhenPrepared, (QList<bool> { false, false, false }));
+    // The window manager gets each window while the next ones are still to be built.
+    QCOMPARE(loadedWhenPrepared, (QList<qsizetype> { 1, 2, 3 }));
+    QCOMPARE(shownWhenPrepared, (QList<qsizetype> { 0, 1, 2 }));
+
+    // Prepared once: showing a managed window again does not prepare it again.
+    second->window()->hide();
+    manager.addWindowWithController(second);
+    manager.addWindowControllersShouldShow({ third }, true);
+    QCOMPARE(prepared.size(), 3);
+
+    auto *hidden = new TestWindowController;
+    manager.addWindowWithControllerShouldShow(hidden, false);
+    QCOMPARE(prepared.last(), hidden);
 }
 
 void TestQWWindowManager::controllersForClassFollowInheritance()

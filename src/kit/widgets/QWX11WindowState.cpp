@@ -230,6 +230,12 @@ bool QWX11WindowState::isX11()
     return x11Connection() != nullptr;
 }
 
+void QWX11WindowState::sendPendingRequests()
+{
+    if (xcb_connection_t *connection = x11Connection())
+        xcb_flush(connection);
+}
+
 void QWX11WindowState::applyFlags()
 {
     Qt::WindowFlags flags

@@ -46,6 +46,9 @@ public:
 
     // Whether the program talks to an X server (xcb), where the hints above have an effect.
     static bool isX11();
+    // Sends the requests Qt has queued for the X server now rather than when the event loop
+    // next runs: a window shown in a long loop reaches the window manager at once.
+    static void sendPendingRequests();
 
 private:
     explicit QWX11WindowState(QWidget *window);
