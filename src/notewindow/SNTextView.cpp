@@ -56,6 +56,10 @@ SNTextView::SNTextView(QWidget *parent)
     connect(this, &QTextEdit::cursorPositionChanged, this, &SNTextView::updateTypingAttributes);
     connect(this, &QTextEdit::textChanged, this, &SNTextView::updateTypingAttributes);
     connect(document(), &QTextDocument::undoCommandAdded, this, &SNTextView::undoCommandAdded);
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this](int, int maximum) {
+        if (maximum > 0 && !m_scrollerStyled)
+            styleScroller();
+    });
 }
 
 SNTextView::~SNTextView() = default;
@@ -73,11 +77,20 @@ void SNTextView::setScrollerColor(const QColor &color)
     if (m_scrollerColor == color)
         return;
     m_scrollerColor = color;
+    if (m_scrollerStyled)
+        styleScroller();
+}
+
+void SNTextView::styleScroller()
+{
+    // A style sheet costs each note about as much as its text does at start-up, and most notes
+    // never scroll: the scroller gets it when it first has something to scroll.
+    m_scrollerStyled = true;
     const QString handle = QStringLiteral("rgba(%1, %2, %3, %4)")
-                               .arg(color.red())
-                               .arg(color.green())
-                               .arg(color.blue())
-                               .arg(color.alpha());
+                               .arg(m_scrollerColor.red())
+                               .arg(m_scrollerColor.green())
+                               .arg(m_scrollerColor.blue())
+                               .arg(m_scrollerColor.alpha());
     verticalScrollBar()->setStyleSheet(QStringLiteral(
         "QScrollBar:vertical { background: transparent; width: 9px; margin: 3px 3px 3px 0; }"
         "QScrollBar::handle:vertical { background: %1; border-radius: 3px; min-height: 24px; }"

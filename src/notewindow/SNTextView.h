@@ -106,6 +106,7 @@ private:
     // or the typing format.
     QTextCharFormat formatForToggle() const;
     void restartInsertionPointBlink();
+    void styleScroller();
     QRect insertionPointRect() const;
     void addSpellingItemsToMenu(QMenu *menu, int index);
     void undoCommandAdded();
@@ -122,6 +123,7 @@ private:
     SNLinkHighlighter *m_linkHighlighter;
     QColor m_insertionPointColor = Qt::black;
     QColor m_scrollerColor;
+    bool m_scrollerStyled = false;
     QCursor m_linkCursor = QCursor(Qt::PointingHandCursor);
     QBasicTimer m_blinkTimer;
     bool m_caretShown = false;

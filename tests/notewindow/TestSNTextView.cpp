@@ -36,6 +36,7 @@ private Q_SLOTS:
     void readOnlyTextIgnoresFormattingKeys();
     void insertionPointIsDrawnInItsOwnColour();
     void scrollsToTheInsertionPoint();
+    void scrollerIsThinAndInItsColourOnceTheTextScrolls();
 };
 
 void TestSNTextView::typingUndoAndRedo()
@@ -161,6 +162,27 @@ void TestSNTextView::scrollsToTheInsertionPoint()
     QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier);
     QCOMPARE(bar->value(), atEnd);
     QVERIFY(insertionPointShows());
+}
+
+void TestSNTextView::scrollerIsThinAndInItsColourOnceTheTextScrolls()
+{
+    SNTextView view;
+    view.setScrollerColor(QColor(255, 255, 255, 90));
+    view.resize(200, 100);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QScrollBar *bar = view.verticalScrollBar();
+    const int usualWidth = bar->sizeHint().width();
+
+    view.setPlainText(QStringLiteral("line\n").repeated(40));
+    QTRY_VERIFY(bar->isVisible());
+    QVERIFY(bar->sizeHint().width() < usualWidth);
+    QVERIFY(bar->styleSheet().contains(QStringLiteral("rgba(255, 255, 255, 90)")));
+
+    // A new theme recolours it.
+    view.setScrollerColor(QColor(0, 0, 0, 70));
+    QVERIFY(bar->styleSheet().contains(QStringLiteral("rgba(0, 0, 0, 70)")));
+    QVERIFY(bar->sizeHint().width() < usualWidth);
 }
 
 QTEST_MAIN(TestSNTextView)
