@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Start-up benchmark: how long Vellumo takes to show N stored notes, and its peak memory, beside
-# xpad (Debian's sticky-notes program) given the same N notes in its own format, in the same run.
+# xpad (Debian's sticky-notes program) given the same N notes in its own format, in the same run,
+# and beside a bare X11 client that only maps N plain windows: about what the X server and the
+# window manager alone take.
 #
 #   bench/bench_startup.sh [BUILD_DIR]        (default: build)
 #
@@ -21,7 +23,8 @@ timeout=120
 vellumo=$build/src/vellumo
 seed=$build/bench/bench_startup_seed
 watch=$build/bench/bench_startup_watch
-for tool in "$vellumo" "$seed" "$watch"; do
+bare=$build/bench/bench_startup_bare
+for tool in "$vellumo" "$seed" "$watch" "$bare"; do
   [ -x "$tool" ] || { echo "bench_startup: $tool is missing; build with -DVELLUMO_BENCH=ON (./build.sh build)" >&2; exit 1; }
 done
 for tool in Xvfb openbox dbus-daemon; do
@@ -72,6 +75,8 @@ seed_vellumo() { # HOME COUNT
   printf '[General]\nQWWelcomeWindowWasShown=true\n' >"$1/config/Vellumo/Vellumo.conf"
 }
 
+seed_bare() { :; }
+
 seed_xpad() { # HOME COUNT
   local folder=$1/config/xpad i x y
   mkdir -p "$folder"
@@ -95,6 +100,7 @@ measure() { # PROGRAM COUNT -> "milliseconds kilobytes"
   start_session
   local command=("$vellumo")
   [ "$1" = xpad ] && command=(xpad)
+  [ "$1" = bare ] && command=("$bare" "$2" "$width" "$height")
   if ! result=$(HOME=$home XDG_CONFIG_HOME=$home/config XDG_DATA_HOME=$home/data \
     XDG_CACHE_HOME=$home/cache XDG_RUNTIME_DIR=$home/runtime \
     "$watch" "$2" "$width" "$height" "$timeout" -- "${command[@]}" 2>"$workspace/errors"); then
@@ -110,21 +116,23 @@ median() { grep -v '^-$' | sort -n | awk '{ v[NR] = $1 } END { print NR == 0 ? "
 
 printf 'Start-up until every note window is mapped (median of %d runs); peak resident memory.\n' "$runs"
 printf 'Vellumo %s, xpad %s, 1280x800 Xvfb with openbox.\n\n' "$("$vellumo" --version | awk '{ print $2 }')" "$xpad_version"
-printf '%6s  %12s  %12s  %8s  %12s  %12s  %8s\n' notes 'vellumo ms' 'xpad ms' 'ratio' 'vellumo MiB' 'xpad MiB' 'ratio'
+printf '%6s  %12s  %12s  %8s  %12s  %12s  %12s  %8s\n' notes 'vellumo ms' 'xpad ms' 'ratio' 'bare X11 ms' 'vellumo MiB' 'xpad MiB' 'ratio'
 for count in "${counts[@]}"; do
-  vellumo_times=() xpad_times=() vellumo_memory=() xpad_memory=()
+  vellumo_times=() xpad_times=() bare_times=() vellumo_memory=() xpad_memory=()
   for ((run = 0; run < runs; run++)); do
     read -r ms kb < <(measure vellumo "$count"); vellumo_times+=("$ms"); vellumo_memory+=("$kb")
     read -r ms kb < <(measure xpad "$count"); xpad_times+=("$ms"); xpad_memory+=("$kb")
+    read -r ms kb < <(measure bare "$count"); bare_times+=("$ms")
   done
   vt=$(printf '%s\n' "${vellumo_times[@]}" | median)
   xt=$(printf '%s\n' "${xpad_times[@]}" | median)
+  bt=$(printf '%s\n' "${bare_times[@]}" | median)
   vm=$(printf '%s\n' "${vellumo_memory[@]}" | median)
   xm=$(printf '%s\n' "${xpad_memory[@]}" | median)
-  awk -v n="$count" -v vt="$vt" -v xt="$xt" -v vm="$vm" -v xm="$xm" 'BEGIN {
+  awk -v n="$count" -v vt="$vt" -v xt="$xt" -v bt="$bt" -v vm="$vm" -v xm="$xm" 'BEGIN {
     tr = (vt == "-" || xt == "-" || xt == 0) ? "-" : sprintf("%.2f", vt / xt)
     mr = (vm == "-" || xm == "-" || xm == 0) ? "-" : sprintf("%.2f", vm / xm)
     vmm = (vm == "-") ? "-" : sprintf("%.1f", vm / 1024)
     xmm = (xm == "-") ? "-" : sprintf("%.1f", xm / 1024)
-    printf "%6d  %12s  %12s  %8s  %12s  %12s  %8s\n", n, vt, xt, tr, vmm, xmm, mr }'
+    printf "%6d  %12s  %12s  %8s  %12s  %12s  %12s  %8s\n", n, vt, xt, tr, bt, vmm, xmm, mr }'
 done
