@@ -1,6 +1,7 @@
 #include "app/QWX11HotKeyGrabber.h"
 
 #include "kit/QWKeyCodes.h"
+#include "kit/widgets/QWX11Connection.h"
 
 #include <QByteArray>
 #include <QGuiApplication>
@@ -11,14 +12,10 @@
 #include <memory>
 #include <xcb/xcb.h>
 
+using QWX11Connection::OwnedReply;
+using QWX11Connection::takeReply;
+
 namespace {
-
-template <class Reply> using XcbReply = std::unique_ptr<Reply, decltype(&std::free)>;
-
-template <class Reply> XcbReply<Reply> takeReply(Reply *reply)
-{
-    return XcbReply<Reply>(reply, &std::free);
-}
 
 // The modifiers a hot key can be made of; the locks and pointer buttons are not among them.
 constexpr quint16 comboModifiersMask = ShiftMask | ControlMask | Mod1Mask | Mod4Mask;
@@ -80,20 +77,18 @@ public:
 
 private:
     int m_minimumKeycode = 0;
-    XcbReply<xcb_get_keyboard_mapping_reply_t> m_reply { nullptr, &std::free };
-    XcbReply<xcb_get_modifier_mapping_reply_t> m_modifiers { nullptr, &std::free };
+    OwnedReply<xcb_get_keyboard_mapping_reply_t> m_reply { nullptr, &std::free };
+    OwnedReply<xcb_get_modifier_mapping_reply_t> m_modifiers { nullptr, &std::free };
 };
 
 } // namespace
 
 std::unique_ptr<QWX11HotKeyGrabber> QWX11HotKeyGrabber::create()
 {
-    if (!qGuiApp)
+    xcb_connection_t *connection = QWX11Connection::connection();
+    if (!connection)
         return nullptr;
-    auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11 || !x11->connection())
-        return nullptr;
-    return std::unique_ptr<QWX11HotKeyGrabber>(new QWX11HotKeyGrabber(x11->connection()));
+    return std::unique_ptr<QWX11HotKeyGrabber>(new QWX11HotKeyGrabber(connection));
 }
 
 QWX11HotKeyGrabber::QWX11HotKeyGrabber(xcb_connection_t *connection) : m_connection(connection)

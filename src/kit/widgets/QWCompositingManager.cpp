@@ -1,30 +1,18 @@
 #include "kit/widgets/QWCompositingManager.h"
 
+#include "kit/widgets/QWX11Connection.h"
+
 #include <QByteArray>
 #include <QGuiApplication>
 #include <QPointer>
 
 #include <cstdlib>
-#include <memory>
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
+using QWX11Connection::takeReply;
+
 namespace {
-
-template <class Reply> using XcbReply = std::unique_ptr<Reply, decltype(&std::free)>;
-
-template <class Reply> XcbReply<Reply> takeReply(Reply *reply)
-{
-    return XcbReply<Reply>(reply, &std::free);
-}
-
-xcb_connection_t *x11Connection()
-{
-    if (!qGuiApp)
-        return nullptr;
-    auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
-}
 
 // The screen the program was started on, as $DISPLAY names it (":0.1" is screen 1).
 int displayScreen()
@@ -85,7 +73,7 @@ QWCompositingManager *QWCompositingManager::sharedManager()
 {
     // Lives as long as the application object that owns it.
     static QPointer<QWCompositingManager> manager;
-    xcb_connection_t *connection = x11Connection();
+    xcb_connection_t *connection = QWX11Connection::connection();
     if (!connection)
         return nullptr;
     if (!manager)

@@ -8,8 +8,8 @@ struct xcb_connection_t;
 // Whether a compositing manager draws the screen, so that windows with an alpha channel show
 // what lies behind them. Without one, the X server shows such a window as if it were opaque,
 // yet each one costs the server and the window manager more than an opaque window does (with
-// hundreds of notes, more than a second at start-up). Windows that only want to be see-through
-// ask for an alpha channel only while a compositor runs.
+// 500 notes, more than half a second at start-up). Windows that only want to be see-through ask
+// for an alpha channel only while a compositor runs.
 //
 // On X11 the compositor owns the selection _NET_WM_CM_S<screen>; the answer follows it as
 // compositors start and stop (XFixes notices). Elsewhere (Wayland, offscreen) the display

@@ -1,6 +1,6 @@
 #include "kit/widgets/QWWindowController.h"
 
-QWWindowController::QWWindowController(QObject *parent) : QObject(parent) {}
+QWWindowController::QWWindowController(QObject *parent) : QObject(parent) { }
 
 QWWindowController::~QWWindowController() = default;
 

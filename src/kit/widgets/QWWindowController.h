@@ -32,8 +32,8 @@ Q_SIGNALS:
 protected:
     // Builds the window and its contents from the interface file; called once.
     virtual std::unique_ptr<QWidget> loadWindow() = 0;
-    virtual void qw_viewDidLoad() {}
-    virtual void windowDidLoad() {}
+    virtual void qw_viewDidLoad() { }
+    virtual void windowDidLoad() { }
     // For subclasses, from the path that really closes the window.
     void announceWindowWillClose();
 

@@ -1,5 +1,7 @@
 #include "kit/widgets/QWX11WindowState.h"
 
+#include "kit/widgets/QWX11Connection.h"
+
 #include <QByteArray>
 #include <QEvent>
 #include <QGuiApplication>
@@ -15,6 +17,8 @@
 #include <optional>
 #include <xcb/xcb.h>
 
+using QWX11Connection::takeReply;
+
 namespace {
 
 // EWMH: a window on every workspace.
@@ -25,21 +29,6 @@ constexpr quint32 fromPager = 2;
 // EWMH _NET_WM_STATE actions.
 constexpr quint32 stateRemove = 0;
 constexpr quint32 stateAdd = 1;
-
-template <class Reply> using XcbReply = std::unique_ptr<Reply, decltype(&std::free)>;
-
-template <class Reply> XcbReply<Reply> takeReply(Reply *reply)
-{
-    return XcbReply<Reply>(reply, &std::free);
-}
-
-xcb_connection_t *x11Connection()
-{
-    if (!qGuiApp)
-        return nullptr;
-    auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 ? x11->connection() : nullptr;
-}
 
 // Atoms live as long as the X server; the program has one connection to it.
 xcb_atom_t atom(xcb_connection_t *connection, const char *name)
@@ -208,7 +197,7 @@ bool QWX11WindowState::skipsTaskbar(const QWidget *window)
 
 bool QWX11WindowState::requestActivation(QWidget *window)
 {
-    xcb_connection_t *connection = x11Connection();
+    xcb_connection_t *connection = QWX11Connection::connection();
     const std::optional<xcb_window_t> native = nativeWindow(window);
     if (!connection || !native || !window->isVisible())
         return false;
@@ -227,12 +216,12 @@ bool QWX11WindowState::requestActivation(QWidget *window)
 
 bool QWX11WindowState::isX11()
 {
-    return x11Connection() != nullptr;
+    return QWX11Connection::connection() != nullptr;
 }
 
 void QWX11WindowState::sendPendingRequests()
 {
-    if (xcb_connection_t *connection = x11Connection())
+    if (xcb_connection_t *connection = QWX11Connection::connection())
         xcb_flush(connection);
 }
 
@@ -279,7 +268,7 @@ void QWX11WindowState::checkHintsAfterShowing()
 
 void QWX11WindowState::writeHintsBeforeMapping()
 {
-    xcb_connection_t *connection = x11Connection();
+    xcb_connection_t *connection = QWX11Connection::connection();
     const std::optional<xcb_window_t> window = nativeWindow(m_window);
     if (!connection || !window)
         return;
@@ -324,7 +313,7 @@ void QWX11WindowState::writeHintsBeforeMapping()
 
 void QWX11WindowState::requestHintsWhileMapped(bool workspaces, bool taskbar)
 {
-    xcb_connection_t *connection = x11Connection();
+    xcb_connection_t *connection = QWX11Connection::connection();
     const std::optional<xcb_window_t> window = nativeWindow(m_window);
     if (!connection || !window)
         return;
