@@ -82,7 +82,11 @@ run_tests() {
   CC=clang CXX=clang++ configure_and_build build-sanitize \
     -DCMAKE_BUILD_TYPE=Debug -DVELLUMO_WERROR=ON -DVELLUMO_SANITIZE=ON -DVELLUMO_FUZZ=ON
   log "Unit tests under the sanitizers, then each fuzz target over its corpus (build-sanitize/)"
-  ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1 \
+  # Clang 14's leak checker misreads the dynamic loader's thread-local blocks under Debian's
+  # glibc (a range starting near address 0) and crashes at exit, depending only on where
+  # things lie in memory; it is told not to follow them by hand, and finds the blocks through
+  # ordinary pointers instead.
+  ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1:intercept_tls_get_addr=0 \
   UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   LSAN_OPTIONS=suppressions="$here/tests/support/lsan.supp" \
     ctest --test-dir build-sanitize --output-on-failure --parallel "$jobs" -LE integration || status=1
