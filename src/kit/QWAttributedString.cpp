@@ -277,23 +277,31 @@ QWAttributedString QWAttributedString::attributedSubstringFromRange(
         d->string.sliced(span.start, span.end - span.start), std::move(runs), Normalized());
 }
 
-QWAttributedString QWAttributedString::fromTextDocument(const QTextDocument &document)
+QWAttributedString QWAttributedString::fromTextDocument(
+    const QTextDocument &document, const QTextCharFormat &base)
 {
+    const auto withBase = [&base](const QTextCharFormat &format) {
+        if (base.properties().isEmpty())
+            return format;
+        QTextCharFormat merged = base;
+        merged.merge(format);
+        return merged;
+    };
     QWMutableAttributedString result;
     // Documents reuse few formats for many fragments; convert each once.
     QHash<int, FragmentAttributes> formats;
     const auto attributesOf = [&](int formatIndex, const QTextCharFormat &format) {
         auto found = formats.constFind(formatIndex);
         if (found == formats.cend())
-            found = formats.insert(formatIndex, fragmentAttributes(document, format));
+            found = formats.insert(formatIndex, fragmentAttributes(document, withBase(format)));
         return *found;
     };
 
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         // The separator that ends the previous block carries this block's char format.
         if (block != document.begin())
-            result.appendString(
-                QStringLiteral("\n"), QWTextAttributes::fromCharFormat(block.charFormat()));
+            result.appendString(QStringLiteral("\n"),
+                QWTextAttributes::fromCharFormat(withBase(block.charFormat())));
         for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
             const QTextFragment fragment = it.fragment();
             if (!fragment.isValid())

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QSharedDataPointer>
 #include <QString>
+#include <QTextCharFormat>
 
 #include <functional>
 #include <optional>
@@ -64,8 +65,10 @@ public:
     QWAttributedString attributedSubstringFromRange(qsizetype location, qsizetype length) const;
 
     // Paragraph breaks become "\n"; an attachment reads as one U+FFFC with the image file bytes
-    // (a pasted image is stored as PNG).
-    static QWAttributedString fromTextDocument(const QTextDocument &document);
+    // (a pasted image is stored as PNG). What a fragment leaves unset is taken from `base`, as
+    // the editor draws it.
+    static QWAttributedString fromTextDocument(
+        const QTextDocument &document, const QTextCharFormat &base = QTextCharFormat());
     // Clears the document and fills it with this text; "\n", "\r", "\r\n" and U+2029 start a new
     // block, U+2028 stays inside one. The undo history of the document starts afresh.
     void toTextDocument(QTextDocument &document) const;

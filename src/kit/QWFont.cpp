@@ -6,6 +6,7 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -52,9 +53,17 @@ QWFont::QWFont(QString family, double pointSize, bool bold, bool italic)
 
 std::optional<QWFont> QWFont::fontWithNameSize(const QString &family, double pointSize)
 {
-    if (!isFamilyInstalled(family))
+    if (!isFamilyAvailable(family))
         return std::nullopt;
     return QWFont(family, pointSize);
+}
+
+bool QWFont::isFamilyAvailable(const QString &family)
+{
+    if (isFamilyInstalled(family))
+        return true;
+    const QStringList lookAlikes = substitutesForFamily(family);
+    return std::any_of(lookAlikes.cbegin(), lookAlikes.cend(), &QWFont::isFamilyInstalled);
 }
 
 bool QWFont::isFamilyInstalled(const QString &family)

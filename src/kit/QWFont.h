@@ -18,10 +18,14 @@ public:
     QWFont() = default;
     QWFont(QString family, double pointSize, bool bold = false, bool italic = false);
 
-    // The font of that family and size when it is installed, else nothing (the caller falls back).
+    // The font of that family and size when it can be drawn (isFamilyAvailable), else nothing
+    // (the caller falls back).
     static std::optional<QWFont> fontWithNameSize(const QString &family, double pointSize);
     // True when the font database knows the family. Needs a QGuiApplication.
     static bool isFamilyInstalled(const QString &family);
+    // True when the family or one of its look-alikes is installed: then text in it is drawn
+    // as its designer meant (monospaced, serif, sans), so a theme keeps its font.
+    static bool isFamilyAvailable(const QString &family);
     bool isInstalled() const { return isFamilyInstalled(m_family); }
 
     const QString &family() const { return m_family; }

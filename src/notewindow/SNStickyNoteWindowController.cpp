@@ -412,7 +412,10 @@ void SNStickyNoteWindowController::updateNoteUI()
     {
         // Loading is not an edit.
         const QSignalBlocker blocker(m_ui->textView);
-        m_note->attributedString()->toTextDocument(*m_ui->textView->document());
+        QTextDocument &document = *m_ui->textView->document();
+        m_note->attributedString()->toTextDocument(document);
+        if (const std::shared_ptr<SNTheme> theme = m_note->theme())
+            SNThemeTextStyler::neutralizeDocument(document, *theme);
     }
     clearOldTags();
     tokenizeTags();
@@ -486,8 +489,7 @@ void SNStickyNoteWindowController::flushNote()
 {
     if (!m_note || !m_ui)
         return;
-    m_note->setAttributedString(SNHashtagScanner::taggedString(
-        QWAttributedString::fromTextDocument(*m_ui->textView->document())));
+    m_note->setAttributedString(SNHashtagScanner::taggedString(storedString()));
     m_note->setDateModified(QWClock::currentDateTime());
     if (m_isCollapsed)
         m_note->setCollapsedWindowFrame(frameString());
@@ -777,9 +779,15 @@ void SNStickyNoteWindowController::changeColorWithRange(
     if (!m_ui || !color || range.location == notFound)
         return;
     const QBrush brush(color->toQColor());
-    editFormatInRange(range, [&brush](QTextCharFormat &format) {
+    // The theme's own text colour is no colour of the text's: it follows the next theme.
+    const std::shared_ptr<SNTheme> theme = m_note ? m_note->theme() : nullptr;
+    const bool themeColor = theme && brush.color() == theme->defaultFontColor().toQColor();
+    editFormatInRange(range, [&brush, themeColor](QTextCharFormat &format) {
         format.clearProperty(QWTextAttributes::ExactForegroundColorProperty);
-        format.setForeground(brush);
+        if (themeColor)
+            format.clearForeground();
+        else
+            format.setForeground(brush);
     });
     if (range.length > 0)
         m_ui->textView->setUndoActionName(changeColorActionName());
@@ -966,7 +974,7 @@ QTextCharFormat SNStickyNoteWindowController::textViewShouldChangeTypingAttribut
         attributes.clearProperty(property);
     const QTextCharFormat themeFormat = SNThemeTextStyler::typingFormat(*theme);
     const QTextCharFormat &fontSource
-        = oldAttributes.hasProperty(QTextFormat::FontFamilies) ? oldAttributes : themeFormat;
+        = oldAttributes.hasProperty(QTextFormat::FontPointSize) ? oldAttributes : themeFormat;
     for (const int property : { int(QTextFormat::FontFamilies), int(QTextFormat::FontPointSize),
              int(QTextFormat::FontWeight), int(QTextFormat::FontItalic) }) {
         if (fontSource.hasProperty(property))
@@ -974,9 +982,11 @@ QTextCharFormat SNStickyNoteWindowController::textViewShouldChangeTypingAttribut
         else
             attributes.clearProperty(property);
     }
-    attributes.setForeground(oldAttributes.hasProperty(QTextFormat::ForegroundBrush)
-            ? oldAttributes.foreground()
-            : themeFormat.foreground());
+    attributes.clearProperty(QWTextAttributes::ExactForegroundColorProperty);
+    if (oldAttributes.hasProperty(QTextFormat::ForegroundBrush))
+        attributes.setForeground(oldAttributes.foreground());
+    else
+        attributes.clearForeground();
     return attributes;
 }
 
@@ -1179,13 +1189,20 @@ void SNStickyNoteWindowController::saveNoteShouldRemove(bool shouldRemove)
     m_window->close();
 }
 
+QWAttributedString SNStickyNoteWindowController::storedString() const
+{
+    const QTextDocument &document = *m_ui->textView->document();
+    const std::shared_ptr<SNTheme> theme = m_note ? m_note->theme() : nullptr;
+    return theme ? SNThemeTextStyler::storedString(document, *theme)
+                 : QWAttributedString::fromTextDocument(document);
+}
+
 bool SNStickyNoteWindowController::writeRtfToPath(const QString &path) const
 {
     QWRtfWriter writer;
     if (const std::shared_ptr<SNTheme> theme = m_note ? m_note->theme() : nullptr)
         writer.setDefaultFontFamily(theme->defaultFont().family());
-    const QByteArray rtf = writer.write(SNHashtagScanner::taggedString(
-        QWAttributedString::fromTextDocument(*m_ui->textView->document())));
+    const QByteArray rtf = writer.write(SNHashtagScanner::taggedString(storedString()));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return false;
@@ -1528,9 +1545,10 @@ void SNStickyNoteWindowController::updateTheme()
     textPalette.setColor(QPalette::Base, Qt::transparent);
     text->setPalette(textPalette);
 
-    if (!text->document()->isEmpty())
-        SNThemeTextStyler::restyleDocument(*text->document(), *theme, m_currentTheme.get());
-    text->setCurrentCharFormat(SNThemeTextStyler::typingFormat(*theme));
+    // The text itself holds no theme, so nothing in it changes: not the formats of a
+    // selection, nor the undo history. A selection keeps its formats for what replaces it.
+    if (!text->textCursor().hasSelection())
+        text->setCurrentCharFormat(SNThemeTextStyler::typingFormat(*theme));
 }
 
 void SNStickyNoteWindowController::updateThemeMenu()
@@ -1570,7 +1588,6 @@ void SNStickyNoteWindowController::didChangeTheme(QAction *sender)
     if (!m_note || !sender)
         return;
     m_note->setThemeName(sender->data().toString());
-    // Still the old theme in currentTheme: text in its default colour takes the new one.
     updateTheme();
     m_currentTheme = m_note->theme();
     saveAfterDelay();

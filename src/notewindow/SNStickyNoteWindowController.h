@@ -25,6 +25,7 @@ class QToolButton;
 class QWGradientView;
 class QWTimer;
 class QWidgetAction;
+class QWAttributedString;
 class SNModalPresenter;
 class SNStickyNote;
 class SNStickyWindow;
@@ -259,6 +260,8 @@ private:
     void setToolbarOpacity(qreal opacity);
     QGraphicsOpacityEffect *toolbarOpacityEffect();
     void animateToolbar(bool shown);
+    // The editor's text with the theme's font and colour where it has none of its own.
+    QWAttributedString storedString() const;
     bool writeRtfToPath(const QString &path) const;
     void showExportFailure();
     void removeTrackingArea();

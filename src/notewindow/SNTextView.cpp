@@ -5,6 +5,7 @@
 #include "notewindow/SNHashtagScanner.h"
 #include "notewindow/SNLinkHighlighter.h"
 #include "notewindow/SNTextViewDelegate.h"
+#include "notewindow/SNThemeTextStyler.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QClipboard>
@@ -382,7 +383,12 @@ bool SNTextView::canInsertFromMimeData(const QMimeData *source) const
 void SNTextView::insertFromMimeData(const QMimeData *source)
 {
     if (!source->hasImage() || source->hasHtml() || source->hasText()) {
+        const int start = textCursor().selectionStart();
         QTextEdit::insertFromMimeData(source);
+        // A note is drawn in its theme's family, whatever program the text came from.
+        QTextCursor inserted = textCursor();
+        inserted.setPosition(start, QTextCursor::KeepAnchor);
+        SNThemeTextStyler::removeFamiliesInSelection(inserted);
         return;
     }
     const QImage image = source->imageData().value<QImage>();

@@ -1,5 +1,6 @@
 #include "notewindow/SNThemeTextStyler.h"
 
+#include "kit/QWAttributedString.h"
 #include "kit/QWTextAttributes.h"
 #include "themes/SNTheme.h"
 
@@ -11,15 +12,6 @@
 
 namespace {
 
-bool hasFont(const QTextCharFormat &format)
-{
-    return format.hasProperty(QTextFormat::FontFamilies)
-        || format.hasProperty(QTextFormat::FontFamily)
-        || format.hasProperty(QTextFormat::FontPointSize)
-        || format.hasProperty(QTextFormat::FontWeight)
-        || format.hasProperty(QTextFormat::FontItalic);
-}
-
 QTextCharFormat foregroundFormat(const QWColor &color)
 {
     QWTextAttributes attributes;
@@ -27,46 +19,120 @@ QTextCharFormat foregroundFormat(const QWColor &color)
     return attributes.toCharFormat();
 }
 
-// The properties of the format that must change for the text to be in the theme.
-QTextCharFormat themeChange(
-    const QTextCharFormat &format, const SNTheme &theme, const SNTheme *previousTheme)
+bool hasFamily(const QTextCharFormat &format)
 {
-    QTextCharFormat change;
-    if (hasFont(format)) {
-        const bool bold
-            = format.hasProperty(QTextFormat::FontWeight) && format.fontWeight() >= QFont::DemiBold;
-        QWFont font = theme.defaultFont().withBold(bold).withItalic(format.fontItalic());
-        if (format.hasProperty(QTextFormat::FontPointSize) && format.fontPointSize() > 0.0)
-            font = font.withPointSize(format.fontPointSize());
-        QTextCharFormat wanted = SNThemeTextStyler::fontFormat(font);
-        // A run that was not bold keeps whatever weight property it had.
-        for (const int property : { int(QTextFormat::FontFamilies), int(QTextFormat::FontPointSize),
-                 int(QTextFormat::FontWeight) }) {
-            if (wanted.hasProperty(property)
-                && format.property(property) != wanted.property(property))
-                change.setProperty(property, wanted.property(property));
-        }
-    }
-    if (previousTheme && format.hasProperty(QTextFormat::ForegroundBrush)) {
-        const std::optional<QWColor> color
-            = QWTextAttributes::fromCharFormat(format).foregroundColor();
-        const QColor oldDefault = previousTheme->defaultFontColor().toQColor();
-        const QColor newDefault = theme.defaultFontColor().toQColor();
-        // Compared as drawn: text typed here carries the colour only as Qt keeps it.
-        if (color && color->toQColor() == oldDefault && oldDefault != newDefault)
-            change.merge(foregroundFormat(theme.defaultFontColor()));
-    }
-    return change;
+    return format.hasProperty(QTextFormat::FontFamilies)
+        || format.hasProperty(QTextFormat::FontFamily);
 }
 
-struct Edit
+// The format without what the theme decides; unchanged when there is nothing to take off.
+QTextCharFormat neutralFormat(const QTextCharFormat &format, const SNTheme *theme)
+{
+    QTextCharFormat neutral = format;
+    neutral.clearProperty(QTextFormat::FontFamilies);
+    neutral.clearProperty(QTextFormat::FontFamily);
+    if (theme && SNThemeTextStyler::isThemeTextColor(format, *theme)) {
+        neutral.clearForeground();
+        neutral.clearProperty(QWTextAttributes::ExactForegroundColorProperty);
+    }
+    return neutral;
+}
+
+struct Piece
 {
     int position = 0;
     int length = 0; // 0: the block's own character format
-    QTextCharFormat change;
+    QTextCharFormat format;
 };
 
+// Every stretch of [from, to) whose format `change` alters, with its new format. Collected
+// before any is applied, since applying splits and merges the fragments being walked.
+template <typename Change>
+std::vector<Piece> changedPieces(const QTextDocument &document, int from, int to, Change change)
+{
+    std::vector<Piece> pieces;
+    for (QTextBlock block = document.findBlock(from); block.isValid() && block.position() < to;
+         block = block.next()) {
+        const QTextCharFormat blockFormat = change(block.charFormat());
+        if (blockFormat != block.charFormat())
+            pieces.push_back({ block.position(), 0, blockFormat });
+        for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
+            const QTextFragment fragment = it.fragment();
+            const int start = std::max(fragment.position(), from);
+            const int end = std::min(fragment.position() + fragment.length(), to);
+            if (!fragment.isValid() || start >= end)
+                continue;
+            const QTextCharFormat changed = change(fragment.charFormat());
+            if (changed != fragment.charFormat())
+                pieces.push_back({ start, end - start, changed });
+        }
+    }
+    return pieces;
+}
+
+void applyPieces(QTextCursor &cursor, const std::vector<Piece> &pieces)
+{
+    for (const Piece &piece : pieces) {
+        cursor.setPosition(piece.position);
+        if (piece.length == 0) {
+            cursor.setBlockCharFormat(piece.format);
+            continue;
+        }
+        cursor.setPosition(piece.position + piece.length, QTextCursor::KeepAnchor);
+        cursor.setCharFormat(piece.format);
+    }
+}
+
 } // namespace
+
+bool SNThemeTextStyler::isThemeTextColor(const QTextCharFormat &format, const SNTheme &theme)
+{
+    if (!format.hasProperty(QTextFormat::ForegroundBrush))
+        return false;
+    const std::optional<QWColor> color = QWTextAttributes::fromCharFormat(format).foregroundColor();
+    // Compared as drawn: text typed in Qt carries the colour only as Qt keeps it.
+    return color && color->toQColor() == theme.defaultFontColor().toQColor();
+}
+
+void SNThemeTextStyler::neutralizeDocument(QTextDocument &document, const SNTheme &theme)
+{
+    const std::vector<Piece> pieces = changedPieces(document, 0, document.characterCount(),
+        [&theme](const QTextCharFormat &format) { return neutralFormat(format, &theme); });
+    if (pieces.empty())
+        return;
+    // Turning undo off drops the history, which a freshly loaded note does not have yet.
+    const bool undoRedoEnabled = document.isUndoRedoEnabled();
+    document.setUndoRedoEnabled(false);
+    QTextCursor cursor(&document);
+    cursor.beginEditBlock();
+    applyPieces(cursor, pieces);
+    cursor.endEditBlock();
+    document.setUndoRedoEnabled(undoRedoEnabled);
+}
+
+void SNThemeTextStyler::removeFamiliesInSelection(QTextCursor &cursor)
+{
+    QTextDocument *document = cursor.document();
+    if (!document || !cursor.hasSelection())
+        return;
+    const std::vector<Piece> pieces = changedPieces(*document, cursor.selectionStart(),
+        cursor.selectionEnd(), [](const QTextCharFormat &format) {
+            return hasFamily(format) ? neutralFormat(format, nullptr) : format;
+        });
+    if (pieces.empty())
+        return;
+    QTextCursor editor(document);
+    // One undo step with the edit that brought the text in.
+    editor.joinPreviousEditBlock();
+    applyPieces(editor, pieces);
+    editor.endEditBlock();
+}
+
+QWAttributedString SNThemeTextStyler::storedString(
+    const QTextDocument &document, const SNTheme &theme)
+{
+    return QWAttributedString::fromTextDocument(document, themeFormat(theme));
+}
 
 QTextCharFormat SNThemeTextStyler::fontFormat(const QWFont &font)
 {
@@ -80,6 +146,14 @@ QTextCharFormat SNThemeTextStyler::fontFormat(const QWFont &font)
 QTextCharFormat SNThemeTextStyler::typingFormat(const SNTheme &theme)
 {
     QTextCharFormat format = fontFormat(theme.defaultFont());
+    format.clearProperty(QTextFormat::FontFamilies);
+    format.clearProperty(QTextFormat::FontFamily);
+    return format;
+}
+
+QTextCharFormat SNThemeTextStyler::themeFormat(const SNTheme &theme)
+{
+    QTextCharFormat format = fontFormat(theme.defaultFont());
     format.merge(foregroundFormat(theme.defaultFontColor()));
     return format;
 }
@@ -91,42 +165,4 @@ QTextCharFormat SNThemeTextStyler::linkFormat(const SNTheme &theme)
     format.setFont(theme.defaultFont().toQFont());
     format.setUnderlineStyle(QWTextAttributes::qtUnderlineStyle(linkUnderlineStyle));
     return format;
-}
-
-bool SNThemeTextStyler::restyleDocument(
-    QTextDocument &document, const SNTheme &theme, const SNTheme *previousTheme)
-{
-    std::vector<Edit> edits;
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        const QTextCharFormat blockChange = themeChange(block.charFormat(), theme, previousTheme);
-        if (!blockChange.properties().isEmpty())
-            edits.push_back({ block.position(), 0, blockChange });
-        for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
-            const QTextFragment fragment = it.fragment();
-            if (!fragment.isValid())
-                continue;
-            const QTextCharFormat change = themeChange(fragment.charFormat(), theme, previousTheme);
-            if (!change.properties().isEmpty())
-                edits.push_back({ fragment.position(), fragment.length(), change });
-        }
-    }
-    if (edits.empty())
-        return false;
-
-    const bool undoRedoEnabled = document.isUndoRedoEnabled();
-    document.setUndoRedoEnabled(false);
-    QTextCursor cursor(&document);
-    cursor.beginEditBlock();
-    for (const Edit &edit : edits) {
-        cursor.setPosition(edit.position);
-        if (edit.length == 0) {
-            cursor.mergeBlockCharFormat(edit.change);
-            continue;
-        }
-        cursor.setPosition(edit.position + edit.length, QTextCursor::KeepAnchor);
-        cursor.mergeCharFormat(edit.change);
-    }
-    cursor.endEditBlock();
-    document.setUndoRedoEnabled(undoRedoEnabled);
-    return true;
 }

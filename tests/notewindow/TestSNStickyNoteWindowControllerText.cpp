@@ -231,7 +231,8 @@ void TestSNStickyNoteWindowControllerText::emptiedNoteTypesInTheThemeAgain()
     QTest::keyClick(text, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(text, Qt::Key_Delete);
     QTest::keyClicks(text, QStringLiteral("calm"));
-    const QWTextAttributes typed = QWTextAttributes::fromCharFormat(formatAt(*text->document(), 0));
+    controller->flushNote();
+    const QWTextAttributes typed = controller->note()->attributedString()->attributesAtIndex(0);
     QVERIFY(!typed.isBold());
     QCOMPARE(typed.foregroundColor(), std::optional<QWColor>(theme->defaultFontColor()));
     QCOMPARE(typed.fontFamily(), theme->defaultFont().family());

@@ -1,9 +1,14 @@
 #include "notewindow/SNTextView.h"
 
+#include <QApplication>
+#include <QClipboard>
+#include <QMimeData>
 #include <QScrollBar>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextCursor>
+
+#include <memory>
 
 namespace {
 
@@ -34,6 +39,7 @@ private Q_SLOTS:
     void formattingKeysToggleTheSelection();
     void formattingKeysSetWhatIsTypedNext();
     void readOnlyTextIgnoresFormattingKeys();
+    void pastedTextTakesTheNotesFamilyInOneUndoStep();
     void insertionPointIsDrawnInItsOwnColour();
     void scrollsToTheInsertionPoint();
     void scrollerIsThinAndInItsColourOnceTheTextScrolls();
@@ -52,6 +58,29 @@ void TestSNTextView::typingUndoAndRedo()
     QCOMPARE(view.toPlainText(), QStringLiteral("Milk and bread"));
     QTest::keyClick(&view, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     QVERIFY(view.toPlainText().isEmpty());
+}
+
+void TestSNTextView::pastedTextTakesTheNotesFamilyInOneUndoStep()
+{
+    SNTextView view;
+    QTest::keyClicks(&view, QStringLiteral("Note: "));
+    auto mime = std::make_unique<QMimeData>();
+    mime->setHtml(QStringLiteral(
+        "<span style=\"font-family:'Courier'; font-size:20pt; font-weight:700\">pasted</span>"));
+    mime->setText(QStringLiteral("pasted"));
+    // The clipboard owns what it holds.
+    QApplication::clipboard()->setMimeData(mime.release(), QClipboard::Clipboard);
+    QTest::keyClick(&view, Qt::Key_V, Qt::ControlModifier);
+    QApplication::clipboard()->clear();
+
+    QCOMPARE(view.toPlainText(), QStringLiteral("Note: pasted"));
+    const QTextCharFormat pasted = formatAt(view, 7);
+    QVERIFY(!pasted.hasProperty(QTextFormat::FontFamilies));
+    QVERIFY(!pasted.hasProperty(QTextFormat::FontFamily));
+    QCOMPARE(pasted.fontWeight(), int(QFont::Bold));
+    QCOMPARE(pasted.fontPointSize(), 20.0);
+    QTest::keyClick(&view, Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(view.toPlainText(), QStringLiteral("Note: "));
 }
 
 void TestSNTextView::formattingKeysToggleTheSelection()
