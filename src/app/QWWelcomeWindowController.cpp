@@ -50,8 +50,6 @@ void QWWelcomeWindowController::updateControls()
     const QSignalBlocker blocker(m_ui->runAtLoginButton);
     m_ui->runAtLoginButton->setChecked(m_runsAtLogin);
     m_ui->applicationsMenuView->setVisible(static_cast<bool>(m_applicationsMenuInstaller));
-    // Wrapped labels need the height their width gives them.
-    window()->adjustSize();
 }
 
 void QWWelcomeWindowController::setShowsRunAtLoginButton(bool shows)

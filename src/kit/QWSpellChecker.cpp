@@ -4,6 +4,7 @@
 #include <QTextBoundaryFinder>
 
 #include <enchant.h>
+#include <utility>
 
 namespace {
 
@@ -126,9 +127,27 @@ std::optional<QString> QWSpellChecker::correctionForWord(QStringView word)
     if (!isWordMisspelled(word))
         return std::nullopt;
     const QStringList guesses = guessesForWord(word);
-    if (guesses.isEmpty() || guesses.first() == word)
+    // A guess further away rewrites what the user meant ("tset" into "stet"); the mark stays.
+    if (guesses.isEmpty() || !isOneEditAway(word, guesses.first()))
         return std::nullopt;
     return guesses.first();
+}
+
+bool QWSpellChecker::isOneEditAway(QStringView word, QStringView other)
+{
+    if (word.size() < other.size())
+        std::swap(word, other);
+    qsizetype first = 0;
+    while (first < other.size() && word[first] == other[first])
+        ++first;
+    if (word.size() == other.size() + 1) // a letter added or dropped
+        return word.sliced(first + 1) == other.sliced(first);
+    if (word.size() != other.size() || first == word.size())
+        return false;
+    if (word.sliced(first + 1) == other.sliced(first + 1)) // a letter changed
+        return true;
+    return first + 1 < word.size() && word[first] == other[first + 1]
+        && word[first + 1] == other[first] && word.sliced(first + 2) == other.sliced(first + 2);
 }
 
 void QWSpellChecker::ignoreWord(const QString &word)

@@ -44,9 +44,12 @@ public:
     bool isWordMisspelled(QStringView word);
     // The dictionary's suggestions, best first.
     QStringList guessesForWord(QStringView word);
-    // What auto-correction puts in place of a misspelt word: the best suggestion, when the
-    // dictionary has one. Nothing for a correct word.
+    // What auto-correction puts in place of a misspelt word: the dictionary's best suggestion,
+    // only when it is one slip of the finger away (isOneEditAway). Nothing for a correct word.
     std::optional<QString> correctionForWord(QStringView word);
+    // Whether one letter added, dropped or changed, or two neighbouring letters swapped, turn
+    // the one word into the other.
+    static bool isOneEditAway(QStringView word, QStringView other);
 
     // Accepted from now on in this run of the program.
     void ignoreWord(const QString &word);

@@ -205,20 +205,33 @@ bool SNStickyNoteManager::writeArchive(const QByteArray &archive, quint64 genera
     if (path.isEmpty())
         return false;
     QDir().mkpath(m_baseDatabasePath);
+    if (!replaceFile(path, archive))
+        return false;
+    m_writtenGeneration = generation;
+    return true;
+}
+
+bool SNStickyNoteManager::replaceFile(const QString &path, const QByteArray &data, QString *error)
+{
     std::unique_ptr<QSaveFile> file
         = m_saveFileFactory ? m_saveFileFactory(path) : std::make_unique<QSaveFile>(path);
-    if (!file || !file->open(QIODevice::WriteOnly))
+    if (!file)
         return false;
-    if (file->write(archive) != archive.size()) {
-        // A full disk or a failing device: keep the old file as it is.
+    const auto failed = [&file, error] {
+        if (error)
+            *error = file->errorString();
+        return false;
+    };
+    if (!file->open(QIODevice::WriteOnly))
+        return failed();
+    if (file->write(data) != data.size()) {
+        failed();
+        // A full disk or a failing device: keep the old file as it is, and no temporary one.
         file->cancelWriting();
         file->commit();
         return false;
     }
-    if (!file->commit())
-        return false;
-    m_writtenGeneration = generation;
-    return true;
+    return file->commit() || failed();
 }
 
 void SNStickyNoteManager::saveInBackground()
@@ -260,12 +273,20 @@ void SNStickyNoteManager::waitForBackgroundSaves()
 
 bool SNStickyNoteManager::exportDatabaseToPath(const QString &path)
 {
+    // Under the lock of saves, so that the copy is the newest file written. A file already at
+    // the path is one the user chose to replace; a failure leaves it as it was.
+    std::lock_guard lock(m_writeMutex);
     QFile source(databasePath());
-    if (source.copy(path))
-        return true;
-    QString error = source.errorString();
-    if (QFileInfo::exists(path))
-        error = QStringLiteral("a file already exists at %1").arg(path);
+    QString error;
+    if (source.open(QIODevice::ReadOnly)) {
+        const QByteArray archive = source.readAll();
+        if (source.error() != QFileDevice::NoError)
+            error = source.errorString();
+        else if (replaceFile(path, archive, &error))
+            return true;
+    } else {
+        error = source.errorString();
+    }
     qWarning("[DEBUG] Could not save because of error: %s", qUtf8Printable(error));
     return false;
 }

@@ -26,7 +26,7 @@ public:
     static const QString
         defaultDatabaseResource; // the welcome notes, ":/Vellumo/stickies.default.db"
 
-    // Where the files of the device a save writes to come from; tests hand in devices that fail.
+    // Where the files that saves and exports write come from; tests hand in devices that fail.
     using SaveFileFactory = std::function<std::unique_ptr<QSaveFile>(const QString &path)>;
 
     // The store over the folder "Vellumo/" of the user's data folder; loads at once.
@@ -56,7 +56,8 @@ public:
     // Returns once every background save has finished; called at quit.
     void waitForBackgroundSaves();
 
-    // Copies the file; never overwrites. Logs and returns false on failure.
+    // Copies the file, replacing whatever is at the path. Logs and returns false on failure,
+    // leaving the path as it was.
     bool exportDatabaseToPath(const QString &path);
 
     void loadDatabase();
@@ -70,6 +71,8 @@ private:
     // Takes away the temporary files of saves that a crash interrupted.
     void removeUnfinishedSaves() const;
     bool writeArchive(const QByteArray &archive, quint64 generation);
+    // Writes beside the path and renames over it; called with m_writeMutex held.
+    bool replaceFile(const QString &path, const QByteArray &data, QString *error = nullptr);
     void reapFinishedWorkers();
 
     const QString m_baseDatabasePath;

@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QMouseEvent>
@@ -25,6 +26,36 @@ namespace {
 
 constexpr int sidebarRowHeight = 32;
 constexpr int resizeDuration = 150; // milliseconds
+
+// Sees whether an alert went away by Escape or by its window's close button: a message box
+// with one button reports either as a press of that button.
+class AlertDismissalWatcher final : public QObject
+{
+public:
+    explicit AlertDismissalWatcher(QMessageBox &alert) : m_alert(alert)
+    {
+        alert.installEventFilter(this);
+    }
+    bool wasDismissed() const { return m_dismissed; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched != &m_alert)
+            return false;
+        if (event->type() == QEvent::KeyPress
+            && static_cast<QKeyEvent *>(event)->matches(QKeySequence::Cancel))
+            m_dismissed = true;
+        // A button's own click closes the box too, but names the button first.
+        if (event->type() == QEvent::Close && !m_alert.clickedButton())
+            m_dismissed = true;
+        return false;
+    }
+
+private:
+    QMessageBox &m_alert;
+    bool m_dismissed = false;
+};
 
 } // namespace
 
@@ -424,10 +455,10 @@ bool QWPreferencesWindowController::windowShouldClose()
     alert.setInformativeText(quitAlertInformativeText());
     QPushButton *okay = alert.addButton(quitAlertButtonTitle(), QMessageBox::AcceptRole);
     alert.setDefaultButton(okay);
-    alert.setEscapeButton(okay);
     alert.setCheckBox(new QCheckBox(tr("Do not show this message again"), &alert));
+    AlertDismissalWatcher watcher(alert);
     const QAbstractButton *pressed = m_presenter->runAlert(alert);
-    if (pressed == okay && alert.checkBox()->isChecked())
+    if (pressed == okay && !watcher.wasDismissed() && alert.checkBox()->isChecked())
         SNUserDefaults::setSuppressQuitAlert(true);
     return true;
 }

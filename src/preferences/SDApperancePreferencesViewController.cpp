@@ -231,13 +231,10 @@ void SDApperancePreferencesViewController::qw_viewDidLoad()
 
 bool SDApperancePreferencesViewController::eventFilter(QObject *watched, QEvent *event)
 {
-    // Themes are deleted with the list's own button, which asks first; the key only leaves a
-    // trace.
+    // Themes are deleted with the list's own button, which asks first; the key does nothing.
     if (m_ui && watched == m_ui->tableView && event->type() == QEvent::KeyPress
-        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Delete) {
-        qInfo("Del");
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Delete)
         return true;
-    }
     return QWModuleViewController::eventFilter(watched, event);
 }
 
@@ -303,7 +300,7 @@ void SDApperancePreferencesViewController::reloadData()
     for (int row = 0; row < numberOfRows(); ++row) {
         const std::shared_ptr<SNTheme> theme = themeAtRow(row);
         if (!theme) {
-            auto *group = new QTableWidgetItem(std::get<QString>(m_themes[row]).toUpper());
+            auto *group = new QTableWidgetItem(std::get<QString>(m_themes[row]));
             group->setFlags(Qt::ItemIsEnabled);
             QFont font = group->font();
             font.setBold(true);

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void closingLetsTheMainInterfaceShow();
     void runAtLoginSwitchReportsOnlyTheUsersChanges();
     void applicationsMenuOfferNeedsAnInstaller();
+    void windowIsTheSizeOfItsContent();
 
 private:
     QPushButton *button(const QString &name) const;
@@ -157,6 +158,24 @@ void TestQWWelcomeWindowController::applicationsMenuOfferNeedsAnInstaller()
     QCOMPARE(installs, 2);
     QVERIFY(!add->isEnabled());
     QCOMPARE(label->text(), QStringLiteral("Vellumo is in your applications menu now."));
+}
+
+void TestQWWelcomeWindowController::windowIsTheSizeOfItsContent()
+{
+    m_welcome->setShowsRunAtLoginButton(true);
+    m_welcome->setApplicationsMenuInstaller([] { return true; });
+    m_welcome->applicationDidLaunch();
+    const QWidget *window = m_welcome->window();
+    // Not resizable: window managers draw a resize handle along the bottom edge of a window
+    // that is, which reads as a frame cut off.
+    QCOMPARE(window->minimumSize(), window->size());
+    QCOMPARE(window->maximumSize(), window->size());
+    for (const QWidget *child : window->findChildren<QWidget *>()) {
+        if (child->isVisible()) {
+            QVERIFY2(window->rect().contains(QRect(child->mapTo(window, QPoint()), child->size())),
+                qPrintable(child->objectName()));
+        }
+    }
 }
 
 QTEST_MAIN(TestQWWelcomeWindowController)

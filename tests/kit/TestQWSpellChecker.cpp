@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 // Spelling against the system's American English dictionary, which the build installs.
 class TestQWSpellChecker final : public QObject
 {
@@ -11,6 +13,10 @@ class TestQWSpellChecker final : public QObject
 private Q_SLOTS:
     void marksOnlyMisspeltWords();
     void suggestsAndCorrects();
+    void correctsOnlyOneEditAway_data();
+    void correctsOnlyOneEditAway();
+    void oneEditAway_data();
+    void oneEditAway();
     void ignoredAndLearntWordsPass();
     void missingDictionaryMarksNothing();
 
@@ -45,6 +51,55 @@ void TestQWSpellChecker::suggestsAndCorrects()
     QCOMPARE(checker.correctionForWord(u"teh"), std::optional<QString>(QStringLiteral("the")));
     // A correct word is never replaced.
     QCOMPARE(checker.correctionForWord(u"the"), std::nullopt);
+}
+
+void TestQWSpellChecker::correctsOnlyOneEditAway_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("corrected"); // empty: only marked
+    QTest::newRow("swapped") << u"recieve"_s << u"receive"_s;
+    QTest::newRow("dropped") << u"untill"_s << u"until"_s;
+    QTest::newRow("added") << u"goverment"_s << u"government"_s;
+    QTest::newRow("changed") << u"seperate"_s << u"separate"_s;
+    QTest::newRow("first guess two letters changed") << u"wich"_s << u""_s; // "wite"
+    QTest::newRow("first guess two letters added") << u"acomodate"_s << u""_s;
+    QTest::newRow("first guess four letters shorter") << u"qwertyuiop"_s << u""_s;
+}
+
+void TestQWSpellChecker::correctsOnlyOneEditAway()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, corrected);
+    QWSpellChecker checker(QStringLiteral("en_US"));
+    QVERIFY(checker.isWordMisspelled(typed));
+    QCOMPARE(checker.correctionForWord(typed).value_or(QString()), corrected);
+}
+
+void TestQWSpellChecker::oneEditAway_data()
+{
+    QTest::addColumn<QString>("word");
+    QTest::addColumn<QString>("other");
+    QTest::addColumn<bool>("oneEdit");
+    QTest::newRow("same") << u"note"_s << u"note"_s << false;
+    QTest::newRow("changed") << u"note"_s << u"nose"_s << true;
+    QTest::newRow("added at the end") << u"note"_s << u"notes"_s << true;
+    QTest::newRow("dropped first") << u"note"_s << u"ote"_s << true;
+    QTest::newRow("neighbours swapped") << u"tset"_s << u"test"_s << true;
+    QTest::newRow("last two swapped") << u"notr"_s << u"nort"_s << true;
+    QTest::newRow("first two swapped") << u"tset"_s << u"stet"_s << true;
+    QTest::newRow("two changed") << u"wich"_s << u"wite"_s << false;
+    QTest::newRow("apart swapped") << u"note"_s << u"eotn"_s << false;
+    QTest::newRow("two dropped") << u"notes"_s << u"not"_s << false;
+    QTest::newRow("case") << u"Note"_s << u"note"_s << true;
+}
+
+void TestQWSpellChecker::oneEditAway()
+{
+    QFETCH(QString, word);
+    QFETCH(QString, other);
+    QFETCH(bool, oneEdit);
+    QCOMPARE(QWSpellChecker::isOneEditAway(word, other), oneEdit);
+    QCOMPARE(QWSpellChecker::isOneEditAway(other, word), oneEdit);
 }
 
 void TestQWSpellChecker::ignoredAndLearntWordsPass()

@@ -71,7 +71,7 @@ private Q_SLOTS:
     void firstStartSeedsTheWelcomeNotes();
     void blankNotesAreNotSaved();
     void addRemoveAndSnapshots();
-    void exportNeverOverwrites();
+    void exportReplacesAnExistingFileAtomically();
     void damagedFileIsMovedAsideAndReplaced();
     void unfinishedSavesAreRemovedAtLoad();
     void failedWriteKeepsTheOldFile();
@@ -172,17 +172,32 @@ void TestSNStickyNoteManager::addRemoveAndSnapshots()
     QVERIFY(!textsInFile(store.databasePath()).contains(QStringLiteral("added")));
 }
 
-void TestSNStickyNoteManager::exportNeverOverwrites()
+void TestSNStickyNoteManager::exportReplacesAnExistingFileAtomically()
 {
     SNStickyNoteManager store(folder());
     const QString exported = m_environment->dataHome() + QStringLiteral("/export.db");
     QVERIFY(store.exportDatabaseToPath(exported));
     QCOMPARE(textsInFile(exported), textsInFile(store.databasePath()));
 
-    m_environment->clearMessages();
+    // The user has agreed to replace the earlier export.
     store.addNote(noteWithText(QStringLiteral("newer")));
+    QVERIFY(store.exportDatabaseToPath(exported));
+    bool complete = false;
+    const QStringList replaced = textsInFile(exported, &complete);
+    QVERIFY(complete);
+    QCOMPARE(replaced, textsInFile(store.databasePath()));
+    QVERIFY(replaced.contains(QStringLiteral("newer")));
+
+    // A write that fails half-way leaves that export whole, with no temporary file beside it.
+    store.addNote(noteWithText(QStringLiteral("newest")));
+    store.setSaveFileFactory(
+        [](const QString &path) { return std::make_unique<FailingSaveFile>(path, 64); });
+    m_environment->clearMessages();
     QVERIFY(!store.exportDatabaseToPath(exported));
-    QVERIFY(!textsInFile(exported).contains(QStringLiteral("newer")));
+    QCOMPARE(textsInFile(exported, &complete), replaced);
+    QVERIFY(complete);
+    QCOMPARE(QDir(m_environment->dataHome()).entryList(QDir::Files),
+        QStringList { QStringLiteral("export.db") });
     const QStringList messages = m_environment->messages();
     QCOMPARE(messages.size(), 1);
     QVERIFY2(

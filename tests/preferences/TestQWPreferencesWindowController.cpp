@@ -14,6 +14,7 @@
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -39,7 +40,31 @@ protected:
     }
 };
 
+// Runs the alert for real, ticks its box and ends it as a person would.
+class GesturePresenter final : public SNModalPresenter
+{
+public:
+    enum Gesture { ClickOkay, PressEscape, CloseWindow };
+    Gesture gesture = ClickOkay;
+
+    QAbstractButton *runAlert(QMessageBox &alert) override
+    {
+        QTimer::singleShot(0, &alert, [this, &alert] {
+            alert.checkBox()->setChecked(true);
+            if (gesture == ClickOkay)
+                QTest::mouseClick(alert.buttons().constFirst(), Qt::LeftButton);
+            else if (gesture == PressEscape)
+                QTest::keyClick(&alert, Qt::Key_Escape);
+            else
+                alert.close();
+        });
+        return SNModalPresenter::runAlert(alert);
+    }
+};
+
 } // namespace
+
+Q_DECLARE_METATYPE(GesturePresenter::Gesture)
 
 class TestQWPreferencesWindowController final : public QObject
 {
@@ -54,6 +79,8 @@ private Q_SLOTS:
     void modulesDecideWhetherTheWindowResizes();
     void closingAsksOnceUnlessSuppressed();
     void onlyTheTickedBoxAndOkaySuppressTheAlert();
+    void escapeAndTheCloseButtonStoreNothing_data();
+    void escapeAndTheCloseButtonStoreNothing();
     void aboutOpenedHiddenIsSelectedBeforeShowing();
     void closedPreferencesAreDroppedAfterTheDelay();
     void notesOpenThePreferencesWithCtrlComma();
@@ -211,6 +238,28 @@ void TestQWPreferencesWindowController::onlyTheTickedBoxAndOkaySuppressTheAlert(
     controller->setTerminating(true);
     QVERIFY(controller->windowShouldClose());
     QCOMPARE(m_presenter->asked.count(), 2);
+}
+
+void TestQWPreferencesWindowController::escapeAndTheCloseButtonStoreNothing_data()
+{
+    QTest::addColumn<GesturePresenter::Gesture>("gesture");
+    QTest::addColumn<bool>("stored");
+    QTest::newRow("Okay") << GesturePresenter::ClickOkay << true;
+    QTest::newRow("Escape") << GesturePresenter::PressEscape << false;
+    QTest::newRow("close button") << GesturePresenter::CloseWindow << false;
+}
+
+void TestQWPreferencesWindowController::escapeAndTheCloseButtonStoreNothing()
+{
+    QFETCH(GesturePresenter::Gesture, gesture);
+    QFETCH(bool, stored);
+    auto presenter = std::make_shared<GesturePresenter>();
+    presenter->gesture = gesture;
+    auto controller = QWPreferencesWindowController::controller();
+    controller->setModalPresenter(presenter);
+    controller->showWindow();
+    QVERIFY(controller->window()->close());
+    QCOMPARE(SNUserDefaults::suppressQuitAlert(), stored);
 }
 
 void TestQWPreferencesWindowController::aboutOpenedHiddenIsSelectedBeforeShowing()

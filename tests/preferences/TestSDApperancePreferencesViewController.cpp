@@ -6,6 +6,7 @@
 #include "preferences/SDApperancePreferencesViewController.h"
 #include "preferences/SNPreferencesTestSupport.h"
 #include "support/QWManualScheduler.h"
+#include "support/QWTestEnvironment.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"
 
@@ -97,6 +98,7 @@ void TestSDApperancePreferencesViewController::listsEveryThemeUnderItsGroupRow()
     QCOMPARE(m_controller->numberOfRows(), 8);
     QTableWidget *table = m_controller->tableView();
     QCOMPARE(table->rowHeight(0), 35);
+    QCOMPARE(table->item(0, 0)->text(), QStringLiteral("Themes"));
     QVERIFY(!table->item(0, 0)->flags().testFlag(Qt::ItemIsSelectable));
     QVERIFY(!m_controller->themeAtRow(0));
     // Opens on the default theme, marked as such.
@@ -325,6 +327,13 @@ void TestSDApperancePreferencesViewController::deletingAsksUnlessSuppressed()
 
     addThemeNamed(QStringLiteral("One"));
     addThemeNamed(QStringLiteral("Two"));
+    // The Delete key neither deletes a theme nor writes to the user's log.
+    {
+        const QWTestEnvironment log;
+        QTest::keyClick(m_controller->tableView(), Qt::Key_Delete);
+        QVERIFY2(log.messages().isEmpty(), qPrintable(log.messages().join(u'\n')));
+    }
+    QCOMPARE(registry().userThemes().count(), 2);
     m_presenter->answers = { { QStringLiteral("Cancel"), true } };
     m_controller->groupsActionWasClicked(1);
     QCOMPARE(registry().userThemes().count(), 2);
