@@ -127,7 +127,8 @@ std::optional<QString> QWSpellChecker::correctionForWord(QStringView word)
     if (!isWordMisspelled(word))
         return std::nullopt;
     const QStringList guesses = guessesForWord(word);
-    // A guess further away rewrites what the user meant ("tset" into "stet"); the mark stays.
+    // A guess further away rewrites what the user meant ("qwertyuiop" into "qwerty"); the
+    // mark stays.
     if (guesses.isEmpty() || !isOneEditAway(word, guesses.first()))
         return std::nullopt;
     return guesses.first();
