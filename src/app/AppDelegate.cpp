@@ -18,6 +18,7 @@
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
+#include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "secret/QWSuperSecret.h"
 #include "tagbrowser/SNTagManagerWindowController.h"
@@ -267,9 +268,36 @@ void AppDelegate::settingDidChange(const QString &key)
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::Quit && watched == qApp)
+    if (event->type() == QEvent::Quit && watched == qApp) {
+        if (!applicationShouldTerminate()) {
+            event->ignore();
+            return true;
+        }
         applicationWillTerminate();
+    }
     return QObject::eventFilter(watched, event);
+}
+
+bool AppDelegate::applicationShouldTerminate()
+{
+    // Any window may refuse to close and so cancel the quit (the preferences do while a theme
+    // has no name). The notes are told the program ends only once every other window has
+    // closed: told too early, the notes Qt closes before a refusal would vanish undeleted and
+    // the others could no longer be deleted.
+    m_isTerminating = true;
+    if (m_preferencesWindowController)
+        m_preferencesWindowController->setTerminating(true);
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (window->isVisible() && window->windowType() != Qt::Popup
+            && !qobject_cast<SNStickyWindow *>(window) && !window->close()) {
+            m_isTerminating = false;
+            if (m_preferencesWindowController)
+                m_preferencesWindowController->setTerminating(false);
+            return false;
+        }
+    }
+    return true;
 }
 
 void AppDelegate::applicationWillTerminate()

@@ -70,6 +70,8 @@ public:
     // Launch and lifecycle.
     void applicationWillFinishLaunching();
     void applicationDidFinishLaunching();
+    // Whether the program may end: false when a window other than the notes refuses to close.
+    bool applicationShouldTerminate();
     // Every note flushed and saved; windows closed after this only flush, never delete.
     void applicationWillTerminate();
     void applicationDidBecomeActive();

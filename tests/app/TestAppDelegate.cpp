@@ -13,6 +13,8 @@
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextView.h"
+#include "preferences/QWPreferencesWindowController.h"
+#include "preferences/SDApperancePreferencesViewController.h"
 #include "support/QWManualScheduler.h"
 #include "themes/SNTheme.h"
 
@@ -20,6 +22,7 @@
 #include <QCheckBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QSettings>
@@ -137,6 +140,7 @@ private Q_SLOTS:
     void exportFailureShowsTheAlert();
     void saveDocumentGoesToTheActiveNote();
     void quittingKeepsEveryNoteAndItsLastEdit();
+    void refusedQuitLeavesEveryNoteAsItWas();
 
 private:
     AppDelegate &launch(const QString &url = QString());
@@ -619,6 +623,39 @@ void TestAppDelegate::quittingKeepsEveryNoteAndItsLastEdit()
     const SNStickyNoteManager reread(m_folder->path());
     QCOMPARE(reread.notesArray().size(), notes.size());
     QCOMPARE(textOf(reread.notesArray().constFirst()), QStringLiteral("typed just before the end"));
+}
+
+void TestAppDelegate::refusedQuitLeavesEveryNoteAsItWas()
+{
+    launch();
+    const QList<SNStickyNoteWindowController *> notes = noteControllers();
+    for (SNStickyNoteWindowController *controller : notes)
+        controller->setModalPresenter(m_presenter);
+    // A new theme still without a name keeps the preferences open, and so the program.
+    m_delegate->openPreferences(nullptr);
+    QWPreferencesWindowController *preferences = m_delegate->preferencesWindowController();
+    preferences->selectModuleAtRow(QWPreferencesWindowController::themesModuleRow);
+    preferences->appearanceViewController()->groupsActionWasClicked(0);
+
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(qApp, &quit);
+    QVERIFY(preferences->window()->isVisible());
+    QCOMPARE(noteControllers(), notes);
+    QCOMPARE(visibleNoteWindows(), notes.size());
+    QVERIFY(std::none_of(notes.cbegin(), notes.cend(),
+        [](const SNStickyNoteWindowController *note) { return note->isTerminating(); }));
+    // Closing a note is deleting it again: the export question comes.
+    m_presenter->alerts.clear();
+    notes.constFirst()->close();
+    QCOMPARE(m_presenter->alerts.value(0).value(0),
+        QStringLiteral("Would you like to export this note?"));
+    QCOMPARE(noteControllers().size(), notes.size() - 1);
+
+    // Once the theme has its name, the program quits.
+    preferences->appearanceViewController()->editingTextField()->setText(QStringLiteral("Dusk"));
+    QCoreApplication::sendEvent(qApp, &quit);
+    QCOMPARE(visibleNoteWindows(), 0);
+    QVERIFY(!preferences->window()->isVisible());
 }
 
 QTEST_MAIN(TestAppDelegate)
