@@ -124,8 +124,6 @@ int main(int argc, char *argv[])
     QWTerminationSignalWatcher terminationSignals;
     QObject::connect(&terminationSignals, &QWTerminationSignalWatcher::terminationRequested,
         &application, &QCoreApplication::quit);
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
-        &AppDelegate::applicationWillTerminate);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
         &AppDelegate::commitDataRequest);
     // Autostart starts the program at login; the session must not start a second one.

@@ -115,6 +115,8 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
     // Qt closes every window before it quits, and closing a note window deletes its note
     // unless the note knows the program is ending: it must know first, whoever asked to quit.
     qApp->installEventFilter(this);
+    // Also when the event loop is ended without a quit request.
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::applicationWillTerminate);
 
     windowManager().setWindowPreparation(
         [self = QPointer<AppDelegate>(this)](QWWindowController *controller) {
@@ -302,6 +304,10 @@ bool AppDelegate::applicationShouldTerminate()
 
 void AppDelegate::applicationWillTerminate()
 {
+    // A quit request and the end of the event loop both lead here: the archive is written once.
+    if (m_didTerminate)
+        return;
+    m_didTerminate = true;
     m_isTerminating = true;
     if (m_preferencesWindowController)
         m_preferencesWindowController->setTerminating(true);

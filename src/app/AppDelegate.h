@@ -187,6 +187,7 @@ private:
     bool m_appDidLaunch = false;
     bool m_isActive = false;
     bool m_isTerminating = false;
+    bool m_didTerminate = false;
     qint64 m_hotKeyID = -1;
     qint64 m_noteHotKeyID = -1;
 

@@ -25,9 +25,11 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QSaveFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
@@ -141,6 +143,8 @@ private Q_SLOTS:
     void saveDocumentGoesToTheActiveNote();
     void quittingKeepsEveryNoteAndItsLastEdit();
     void refusedQuitLeavesEveryNoteAsItWas();
+    // Runs the event loop to its end: last.
+    void quitWritesTheArchiveOnce();
 
 private:
     AppDelegate &launch(const QString &url = QString());
@@ -656,6 +660,19 @@ void TestAppDelegate::refusedQuitLeavesEveryNoteAsItWas()
     QCoreApplication::sendEvent(qApp, &quit);
     QCOMPARE(visibleNoteWindows(), 0);
     QVERIFY(!preferences->window()->isVisible());
+}
+
+void TestAppDelegate::quitWritesTheArchiveOnce()
+{
+    launch();
+    int writes = 0;
+    m_store->setSaveFileFactory([&writes](const QString &path) {
+        ++writes;
+        return std::make_unique<QSaveFile>(path);
+    });
+    QTimer::singleShot(0, m_delegate.get(), [this] { m_delegate->quitApp(nullptr); });
+    QCoreApplication::exec();
+    QCOMPARE(writes, 1);
 }
 
 QTEST_MAIN(TestAppDelegate)
