@@ -316,6 +316,13 @@ void AppDelegate::applicationWillTerminate()
     noteManager().waitForBackgroundSaves();
 }
 
+void AppDelegate::applicationMustTerminate()
+{
+    applicationWillTerminate();
+    // Ends every event loop, a dialog's too; the windows are not asked to close.
+    QCoreApplication::exit(0);
+}
+
 void AppDelegate::commitDataRequest(QSessionManager &)
 {
     // Not terminating yet: the user may cancel the logout and go on closing notes.

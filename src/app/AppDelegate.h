@@ -74,6 +74,9 @@ public:
     bool applicationShouldTerminate();
     // Every note flushed and saved; windows closed after this only flush, never delete.
     void applicationWillTerminate();
+    // A termination signal (shutdown, kill, closed terminal): nobody is there to answer a
+    // window that would refuse, so the program ends at once, every note saved.
+    void applicationMustTerminate();
     void applicationDidBecomeActive();
     void applicationDidResignActive();
     // The program started again, or its notes were asked for: always false.

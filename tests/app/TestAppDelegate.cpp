@@ -143,13 +143,15 @@ private Q_SLOTS:
     void saveDocumentGoesToTheActiveNote();
     void quittingKeepsEveryNoteAndItsLastEdit();
     void refusedQuitLeavesEveryNoteAsItWas();
-    // Runs the event loop to its end: last.
+    // These run the event loop to its end: last.
     void quitWritesTheArchiveOnce();
+    void terminationSignalEndsTheProgramWhateverItsWindowsSay();
 
 private:
     AppDelegate &launch(const QString &url = QString());
     QList<SNStickyNoteWindowController *> noteControllers() const;
     int visibleNoteWindows() const;
+    QWPreferencesWindowController *openThemeWithoutName();
 
     std::unique_ptr<QWManualScheduler> m_scheduler;
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -160,6 +162,7 @@ private:
     std::unique_ptr<QWHotKeyHelper> m_hotKeys;
     std::shared_ptr<RecordingPresenter> m_presenter;
     std::unique_ptr<AppDelegate> m_delegate;
+    int m_archiveWrites = 0;
 };
 
 void TestAppDelegate::init()
@@ -172,6 +175,10 @@ void TestAppDelegate::init()
     m_defaults->userDefaults().setValue(QWWelcomeWindowController::wasShownKey(), true);
     // Starts with the welcome notes, as a first start does.
     m_store = std::make_unique<SNStickyNoteManager>(m_folder->path());
+    m_store->setSaveFileFactory([this](const QString &path) {
+        ++m_archiveWrites;
+        return std::make_unique<QSaveFile>(path);
+    });
     m_windows = std::make_unique<QWWindowManager>();
     auto grabber = std::make_unique<RecordingGrabber>();
     m_grabber = grabber.get();
@@ -629,17 +636,23 @@ void TestAppDelegate::quittingKeepsEveryNoteAndItsLastEdit()
     QCOMPARE(textOf(reread.notesArray().constFirst()), QStringLiteral("typed just before the end"));
 }
 
+QWPreferencesWindowController *TestAppDelegate::openThemeWithoutName()
+{
+    // A new theme still without a name keeps the preferences open, and so the program.
+    m_delegate->openPreferences(nullptr);
+    QWPreferencesWindowController *preferences = m_delegate->preferencesWindowController();
+    preferences->selectModuleAtRow(QWPreferencesWindowController::themesModuleRow);
+    preferences->appearanceViewController()->groupsActionWasClicked(0);
+    return preferences;
+}
+
 void TestAppDelegate::refusedQuitLeavesEveryNoteAsItWas()
 {
     launch();
     const QList<SNStickyNoteWindowController *> notes = noteControllers();
     for (SNStickyNoteWindowController *controller : notes)
         controller->setModalPresenter(m_presenter);
-    // A new theme still without a name keeps the preferences open, and so the program.
-    m_delegate->openPreferences(nullptr);
-    QWPreferencesWindowController *preferences = m_delegate->preferencesWindowController();
-    preferences->selectModuleAtRow(QWPreferencesWindowController::themesModuleRow);
-    preferences->appearanceViewController()->groupsActionWasClicked(0);
+    QWPreferencesWindowController *preferences = openThemeWithoutName();
 
     QEvent quit(QEvent::Quit);
     QCoreApplication::sendEvent(qApp, &quit);
@@ -665,14 +678,23 @@ void TestAppDelegate::refusedQuitLeavesEveryNoteAsItWas()
 void TestAppDelegate::quitWritesTheArchiveOnce()
 {
     launch();
-    int writes = 0;
-    m_store->setSaveFileFactory([&writes](const QString &path) {
-        ++writes;
-        return std::make_unique<QSaveFile>(path);
-    });
+    const int before = m_archiveWrites;
     QTimer::singleShot(0, m_delegate.get(), [this] { m_delegate->quitApp(nullptr); });
     QCoreApplication::exec();
-    QCOMPARE(writes, 1);
+    QCOMPARE(m_archiveWrites, before + 1);
+}
+
+void TestAppDelegate::terminationSignalEndsTheProgramWhateverItsWindowsSay()
+{
+    launch();
+    openThemeWithoutName();
+    const int before = m_archiveWrites;
+    QTimer::singleShot(0, m_delegate.get(), [this] { m_delegate->applicationMustTerminate(); });
+    QTimer refused; // the loop would run on
+    refused.callOnTimeout([] { QCoreApplication::exit(1); });
+    refused.start(3000);
+    QCOMPARE(QCoreApplication::exec(), 0);
+    QCOMPARE(m_archiveWrites, before + 1);
 }
 
 QTEST_MAIN(TestAppDelegate)
