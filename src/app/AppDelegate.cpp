@@ -7,6 +7,7 @@
 #include "app/QWWindowManager.h"
 #include "app/QWWorkspace.h"
 #include "app/SNApplicationInfo.h"
+#include "app/SNApplicationMenu.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNNoteFileReader.h"
@@ -103,6 +104,8 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
         m_services.presenter = SNModalPresenter::defaultPresenter();
     m_ui->setupUi(m_statusItemMenu.get());
     connectMenuItems();
+    m_applicationMenu = std::make_unique<SNApplicationMenu>(
+        *m_statusItemMenu, *m_ui->notesMenu, [this](QMenu *menu) { menuNeedsUpdate(menu); });
 
     connect(
         qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
@@ -399,6 +402,8 @@ void AppDelegate::prepareNoteWindow(QWWindowController *controller)
         QWX11WindowState::setSkipsTaskbar(window, skipsTaskbar);
     // Ctrl+N makes a new note from any note.
     window->addAction(m_ui->newNoteItem);
+    if (auto *note = qobject_cast<SNStickyNoteWindowController *>(controller))
+        note->setApplicationMenu(m_applicationMenu.get());
 }
 
 void AppDelegate::addNoteWindowController(SNStickyNoteWindowController *controller, bool shouldShow)

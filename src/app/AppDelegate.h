@@ -20,6 +20,7 @@ class QWTimer;
 class QWWelcomeWindowController;
 class QWWindowController;
 class QWWindowManager;
+class SNApplicationMenu;
 class SNHelpWindowController;
 class SNModalPresenter;
 class SNStickyNote;
@@ -151,6 +152,8 @@ public:
     MTStatusItem *statusItem() const { return m_statusItem; }
     QMenu *statusItemMenu() const;
     QMenu *notesMenu() const;
+    // The "Vellumo" submenu of every note's settings menu.
+    SNApplicationMenu *applicationMenu() const { return m_applicationMenu.get(); }
     QWWelcomeWindowController *welcomeWindowController() const { return m_welcome.get(); }
     // Whether note windows show in the taskbar: the setting, unless the tray icon is the only
     // way left to reach the program.
@@ -198,6 +201,8 @@ private:
 
     std::unique_ptr<QMenu> m_statusItemMenu;
     std::unique_ptr<Ui::AppDelegate> m_ui;
+    // The tray menu's commands for each note's settings menu.
+    std::unique_ptr<SNApplicationMenu> m_applicationMenu;
     MTStatusItem *m_statusItem = nullptr; // a child: lives as long as the controller
     std::unique_ptr<QWWelcomeWindowController> m_welcome;
     std::unique_ptr<SNHelpWindowController> m_helpWindowController;

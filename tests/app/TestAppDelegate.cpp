@@ -4,6 +4,7 @@
 #include "app/QWHotKeyHelper.h"
 #include "app/QWWelcomeWindowController.h"
 #include "app/QWWindowManager.h"
+#include "app/SNApplicationMenu.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNUserDefaults.h"
 #include "kit/widgets/QWX11WindowState.h"
@@ -132,6 +133,7 @@ private Q_SLOTS:
     void trayIconIsReusedAcrossTheSetting();
     void withoutATrayNotesStayInTheTaskbar();
     void notesMenuListsNewestFirst();
+    void everyTrayCommandIsInEachNotesVellumoMenu();
     void hotKeysRegisterWithFreshIdentifiers();
     void emptyHotKeysRegisterNothing();
     void hotKeyPressesDispatchByIdentifier();
@@ -406,6 +408,29 @@ void TestAppDelegate::notesMenuListsNewestFirst()
     stale.setData(QVariant::fromValue<QObject *>(&gone));
     m_delegate->showWindowControllerFromMenuItem(&stale);
     QCOMPARE(visibleNoteWindows(), 1);
+}
+
+void TestAppDelegate::everyTrayCommandIsInEachNotesVellumoMenu()
+{
+    launch();
+    const QList<QAction *> tray = m_delegate->statusItemMenu()->actions();
+    for (SNStickyNoteWindowController *controller : noteControllers()) {
+        const QList<QAction *> settings = controller->settingsMenu()->actions();
+        const auto vellumo = std::find_if(settings.cbegin(), settings.cend(),
+            [](const QAction *item) { return item->text() == QStringLiteral("Vellumo"); });
+        QVERIFY(vellumo != settings.cend() && (*vellumo)->menu());
+        const QList<QAction *> items = (*vellumo)->menu()->actions();
+        QCOMPARE(items.size(), tray.size());
+        for (qsizetype i = 0; i < tray.size(); ++i) {
+            if (tray.at(i) != m_delegate->notesMenu()->menuAction())
+                QCOMPARE(items.at(i), tray.at(i));
+        }
+    }
+    // Its notes list fills as it opens, as the tray's does.
+    QMenu *notes = m_delegate->applicationMenu()->notesMenu();
+    notes->popup(QPoint(0, 0));
+    notes->close();
+    QCOMPARE(notes->actions().size(), noteControllers().size());
 }
 
 void TestAppDelegate::hotKeysRegisterWithFreshIdentifiers()
