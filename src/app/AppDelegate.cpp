@@ -10,6 +10,7 @@
 #include "app/SNApplicationMenu.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
+#include "app/SNNoteArrangement.h"
 #include "app/SNNoteFileReader.h"
 #include "app/SNUserDefaults.h"
 #include "kit/QWTextAttributes.h"
@@ -104,6 +105,8 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
         m_services.presenter = SNModalPresenter::defaultPresenter();
     m_ui->setupUi(m_statusItemMenu.get());
     connectMenuItems();
+    m_arrangement = std::make_unique<SNNoteArrangement>(
+        windowManager(), m_ui->arrangeNotesItem, m_ui->putNotesBackItem);
     m_applicationMenu = std::make_unique<SNApplicationMenu>(
         *m_statusItemMenu, *m_ui->notesMenu, [this](QMenu *menu) { menuNeedsUpdate(menu); });
 

@@ -23,6 +23,7 @@ class QWWindowManager;
 class SNApplicationMenu;
 class SNHelpWindowController;
 class SNModalPresenter;
+class SNNoteArrangement;
 class SNStickyNote;
 class SNStickyNoteManager;
 class SNStickyNoteWindowController;
@@ -203,6 +204,7 @@ private:
     std::unique_ptr<Ui::AppDelegate> m_ui;
     // The tray menu's commands for each note's settings menu.
     std::unique_ptr<SNApplicationMenu> m_applicationMenu;
+    std::unique_ptr<SNNoteArrangement> m_arrangement;
     MTStatusItem *m_statusItem = nullptr; // a child: lives as long as the controller
     std::unique_ptr<QWWelcomeWindowController> m_welcome;
     std::unique_ptr<SNHelpWindowController> m_helpWindowController;

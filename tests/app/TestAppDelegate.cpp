@@ -134,6 +134,7 @@ private Q_SLOTS:
     void withoutATrayNotesStayInTheTaskbar();
     void notesMenuListsNewestFirst();
     void everyTrayCommandIsInEachNotesVellumoMenu();
+    void arrangedNotesTileSaveTheirFramesAndGoBack();
     void hotKeysRegisterWithFreshIdentifiers();
     void emptyHotKeysRegisterNothing();
     void hotKeyPressesDispatchByIdentifier();
@@ -431,6 +432,47 @@ void TestAppDelegate::everyTrayCommandIsInEachNotesVellumoMenu()
     notes->popup(QPoint(0, 0));
     notes->close();
     QCOMPARE(notes->actions().size(), noteControllers().size());
+}
+
+void TestAppDelegate::arrangedNotesTileSaveTheirFramesAndGoBack()
+{
+    launch();
+    const QList<SNStickyNoteWindowController *> notes = noteControllers();
+    const auto frames = [&notes] {
+        QList<QRect> result;
+        for (SNStickyNoteWindowController *controller : notes)
+            result.append(controller->window()->geometry());
+        return result;
+    };
+    const QList<QRect> before = frames();
+    QHash<QString, QAction *> items;
+    for (QAction *item : m_delegate->statusItemMenu()->actions())
+        items.insert(item->text(), item);
+    QAction *putBack = items.value(QStringLiteral("Put Notes Back"));
+    QVERIFY(putBack && !putBack->isEnabled());
+
+    items.value(QStringLiteral("Arrange Notes"))->trigger();
+    QVERIFY(putBack->isEnabled());
+    // One size for all, side by side.
+    QTRY_VERIFY([&] {
+        const QList<QRect> tiled = frames();
+        for (qsizetype i = 0; i < tiled.size(); ++i) {
+            if (tiled.at(i).size() != tiled.constFirst().size() || tiled.at(i) == before.at(i))
+                return false;
+            for (qsizetype j = 0; j < i; ++j) {
+                if (tiled.at(i).intersects(tiled.at(j)))
+                    return false;
+            }
+        }
+        return true;
+    }());
+    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    for (SNStickyNoteWindowController *controller : notes)
+        QCOMPARE(controller->note()->windowFrame(), controller->frameString());
+
+    putBack->trigger();
+    QTRY_COMPARE(frames(), before);
+    QVERIFY(!putBack->isEnabled());
 }
 
 void TestAppDelegate::hotKeysRegisterWithFreshIdentifiers()
