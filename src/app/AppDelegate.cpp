@@ -369,6 +369,7 @@ void AppDelegate::setIsActive(bool active)
 bool AppDelegate::applicationShouldHandleReopenHasVisibleWindows(bool)
 {
     setIsActive(true);
+    m_applicationHider.unhide();
     if (m_welcome->canShowMainInterface())
         showAllNotes();
     else
@@ -419,6 +420,8 @@ void AppDelegate::showAllNotes()
     const QList<std::shared_ptr<SNStickyNote>> notes = noteManager().notesArray();
     if (notes.isEmpty()) {
         newDocument(nullptr);
+        if (m_preferencesWindowController)
+            m_preferencesWindowController->actuallyShowWindow();
         return;
     }
     const bool shouldShow = shouldShowNotes();
@@ -438,14 +441,15 @@ void AppDelegate::showAllNotes()
     if (created.isEmpty()) {
         if (shouldShow)
             windowManager().bringWindowControllersToTheFront();
-        return;
+    } else {
+        // Each window is loaded as it is shown (prepareNoteWindow() on the way), so that the
+        // first notes appear while the others are still being built.
+        windowManager().addWindowControllersShouldShow(
+            QList<QWWindowController *>(created.cbegin(), created.cend()), shouldShow);
+        for (SNStickyNoteWindowController *controller : std::as_const(created))
+            controller->setShouldCascadeWindows(true);
     }
-    // Each window is loaded as it is shown (prepareNoteWindow() on the way), so that the first
-    // notes appear while the others are still being built.
-    windowManager().addWindowControllersShouldShow(
-        QList<QWWindowController *>(created.cbegin(), created.cend()), shouldShow);
-    for (SNStickyNoteWindowController *controller : std::as_const(created))
-        controller->setShouldCascadeWindows(true);
+    // Open preferences come forward with the notes.
     if (m_preferencesWindowController)
         m_preferencesWindowController->actuallyShowWindow();
 }
@@ -454,6 +458,16 @@ void AppDelegate::hideAllNotes()
 {
     windowManager().hideAllWindowControllers();
     setIsActive(false);
+}
+
+void AppDelegate::hideApplication()
+{
+    // The tag browser closes whenever it loses the keyboard, showing again the notes it had
+    // hidden: it closes first, so that hiding the notes has the last word.
+    if (m_tagManagerWindowController)
+        m_tagManagerWindowController->close(nullptr);
+    hideAllNotes();
+    m_applicationHider.hide();
 }
 
 void AppDelegate::newDocument(QObject *)
@@ -759,7 +773,7 @@ void AppDelegate::menuIconWasClicked()
         setIsActive(true);
         applicationShouldHandleReopenHasVisibleWindows(false);
     } else {
-        hideAllNotes();
+        hideApplication();
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/MTStatusItemDelegate.h"
+#include "app/QWApplicationHider.h"
 #include "kit/QWNotificationCenter.h"
 
 #include <QObject>
@@ -98,6 +99,8 @@ public:
     void newDocument(QObject *sender);
     void showAllNotes();
     void hideAllNotes();
+    // The notes and every other window, until the next showing of the notes.
+    void hideApplication();
     void saveDocument(QObject *sender);
     void exportDatabase(QObject *sender);
     void openAbout(QObject *sender);
@@ -133,6 +136,7 @@ public:
     {
         return m_tagManagerWindowController.get();
     }
+    SNHelpWindowController *helpWindowController() const { return m_helpWindowController.get(); }
     void updateHotkeys();
     void toggleMenuBarIconVisible();
     void makeStatusItemIfNeeded();
@@ -205,6 +209,7 @@ private:
     // The tray menu's commands for each note's settings menu.
     std::unique_ptr<SNApplicationMenu> m_applicationMenu;
     std::unique_ptr<SNNoteArrangement> m_arrangement;
+    QWApplicationHider m_applicationHider;
     MTStatusItem *m_statusItem = nullptr; // a child: lives as long as the controller
     std::unique_ptr<QWWelcomeWindowController> m_welcome;
     std::unique_ptr<SNHelpWindowController> m_helpWindowController;

@@ -5,6 +5,7 @@
 #include "app/QWWelcomeWindowController.h"
 #include "app/QWWindowManager.h"
 #include "app/SNApplicationMenu.h"
+#include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNUserDefaults.h"
 #include "kit/widgets/QWX11WindowState.h"
@@ -26,6 +27,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPropertyAnimation>
 #include <QSaveFile>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -129,6 +131,7 @@ private Q_SLOTS:
     void loginStartDecidesWhetherNotesShow_data();
     void loginStartDecidesWhetherNotesShow();
     void notesHiddenAtLoginComeWithAClickOnTheTrayIcon();
+    void trayIconHidesTheWholeProgramAndBringsBackWhatWasShown();
     void bothIconsOffTurnsTheTrayIconOn();
     void trayIconIsReusedAcrossTheSetting();
     void withoutATrayNotesStayInTheTaskbar();
@@ -317,6 +320,31 @@ void TestAppDelegate::notesHiddenAtLoginComeWithAClickOnTheTrayIcon()
     QCOMPARE(noteControllers().size(), notes);
 }
 
+void TestAppDelegate::trayIconHidesTheWholeProgramAndBringsBackWhatWasShown()
+{
+    launch();
+    m_delegate->openHelp(nullptr);
+    QWidget *help = m_delegate->helpWindowController()->window();
+    help->close();
+    m_delegate->openPreferences(nullptr);
+    QWidget *preferences = m_delegate->preferencesWindowController()->window();
+
+    m_delegate->setIsActive(true);
+    m_delegate->menuIconWasClicked();
+    QCOMPARE(visibleNoteWindows(), 0);
+    QVERIFY(!preferences->isVisible());
+    m_delegate->menuIconWasClicked();
+    QCOMPARE(visibleNoteWindows(), noteControllers().size());
+    QVERIFY(preferences->isVisible());
+    QVERIFY(!help->isVisible());
+
+    // "Show All Notes" brings the open preferences forward with the notes.
+    noteControllers().constFirst()->window()->activateWindow();
+    QTRY_VERIFY(noteControllers().constFirst()->window()->isActiveWindow());
+    m_delegate->showAllNotes();
+    QTRY_VERIFY(preferences->isActiveWindow());
+}
+
 void TestAppDelegate::bothIconsOffTurnsTheTrayIconOn()
 {
     m_defaults->setShowMenuIcon(false);
@@ -453,19 +481,17 @@ void TestAppDelegate::arrangedNotesTileSaveTheirFramesAndGoBack()
 
     items.value(QStringLiteral("Arrange Notes"))->trigger();
     QVERIFY(putBack->isEnabled());
+    QTRY_VERIFY(std::none_of(notes.cbegin(), notes.cend(), [](SNStickyNoteWindowController *note) {
+        return note->window()->findChild<QPropertyAnimation *>();
+    }));
     // One size for all, side by side.
-    QTRY_VERIFY([&] {
-        const QList<QRect> tiled = frames();
-        for (qsizetype i = 0; i < tiled.size(); ++i) {
-            if (tiled.at(i).size() != tiled.constFirst().size() || tiled.at(i) == before.at(i))
-                return false;
-            for (qsizetype j = 0; j < i; ++j) {
-                if (tiled.at(i).intersects(tiled.at(j)))
-                    return false;
-            }
-        }
-        return true;
-    }());
+    const QList<QRect> tiled = frames();
+    for (qsizetype i = 0; i < tiled.size(); ++i) {
+        QCOMPARE(tiled.at(i).size(), tiled.constFirst().size());
+        QVERIFY(tiled.at(i) != before.at(i));
+        for (qsizetype j = 0; j < i; ++j)
+            QVERIFY(!tiled.at(i).intersects(tiled.at(j)));
+    }
     m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
     for (SNStickyNoteWindowController *controller : notes)
         QCOMPARE(controller->note()->windowFrame(), controller->frameString());
