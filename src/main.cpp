@@ -123,9 +123,7 @@ int main(int argc, char *argv[])
     // way Quit does: every note saved.
     QWTerminationSignalWatcher terminationSignals;
     QObject::connect(&terminationSignals, &QWTerminationSignalWatcher::terminationRequested,
-        &application, &QCoreApplication::quit);
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
-        &AppDelegate::applicationWillTerminate);
+        &delegate, &AppDelegate::applicationMustTerminate);
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
         &AppDelegate::commitDataRequest);
     // Autostart starts the program at login; the session must not start a second one.

@@ -7,8 +7,10 @@
 #include "app/QWWindowManager.h"
 #include "app/QWWorkspace.h"
 #include "app/SNApplicationInfo.h"
+#include "app/SNApplicationMenu.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
+#include "app/SNNoteArrangement.h"
 #include "app/SNNoteFileReader.h"
 #include "app/SNUserDefaults.h"
 #include "kit/QWTextAttributes.h"
@@ -18,6 +20,7 @@
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
+#include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "secret/QWSuperSecret.h"
 #include "tagbrowser/SNTagManagerWindowController.h"
@@ -102,6 +105,10 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
         m_services.presenter = SNModalPresenter::defaultPresenter();
     m_ui->setupUi(m_statusItemMenu.get());
     connectMenuItems();
+    m_arrangement = std::make_unique<SNNoteArrangement>(
+        windowManager(), m_ui->arrangeNotesItem, m_ui->putNotesBackItem);
+    m_applicationMenu = std::make_unique<SNApplicationMenu>(
+        *m_statusItemMenu, *m_ui->notesMenu, [this](QMenu *menu) { menuNeedsUpdate(menu); });
 
     connect(
         qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
@@ -114,6 +121,8 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
     // Qt closes every window before it quits, and closing a note window deletes its note
     // unless the note knows the program is ending: it must know first, whoever asked to quit.
     qApp->installEventFilter(this);
+    // Also when the event loop is ended without a quit request.
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::applicationWillTerminate);
 
     windowManager().setWindowPreparation(
         [self = QPointer<AppDelegate>(this)](QWWindowController *controller) {
@@ -267,19 +276,57 @@ void AppDelegate::settingDidChange(const QString &key)
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::Quit && watched == qApp)
+    if (event->type() == QEvent::Quit && watched == qApp) {
+        if (!applicationShouldTerminate()) {
+            event->ignore();
+            return true;
+        }
         applicationWillTerminate();
+    }
     return QObject::eventFilter(watched, event);
+}
+
+bool AppDelegate::applicationShouldTerminate()
+{
+    // Any window may refuse to close and so cancel the quit (the preferences do while a theme
+    // has no name). The notes are told the program ends only once every other window has
+    // closed: told too early, the notes Qt closes before a refusal would vanish undeleted and
+    // the others could no longer be deleted.
+    m_isTerminating = true;
+    if (m_preferencesWindowController)
+        m_preferencesWindowController->setTerminating(true);
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (window->isVisible() && window->windowType() != Qt::Popup
+            && !qobject_cast<SNStickyWindow *>(window) && !window->close()) {
+            m_isTerminating = false;
+            if (m_preferencesWindowController)
+                m_preferencesWindowController->setTerminating(false);
+            return false;
+        }
+    }
+    return true;
 }
 
 void AppDelegate::applicationWillTerminate()
 {
+    // A quit request and the end of the event loop both lead here: the archive is written once.
+    if (m_didTerminate)
+        return;
+    m_didTerminate = true;
     m_isTerminating = true;
     if (m_preferencesWindowController)
         m_preferencesWindowController->setTerminating(true);
     flushEveryNote(true);
     noteManager().save();
     noteManager().waitForBackgroundSaves();
+}
+
+void AppDelegate::applicationMustTerminate()
+{
+    applicationWillTerminate();
+    // Ends every event loop, a dialog's too; the windows are not asked to close.
+    QCoreApplication::exit(0);
 }
 
 void AppDelegate::commitDataRequest(QSessionManager &)
@@ -322,6 +369,7 @@ void AppDelegate::setIsActive(bool active)
 bool AppDelegate::applicationShouldHandleReopenHasVisibleWindows(bool)
 {
     setIsActive(true);
+    m_applicationHider.unhide();
     if (m_welcome->canShowMainInterface())
         showAllNotes();
     else
@@ -358,6 +406,8 @@ void AppDelegate::prepareNoteWindow(QWWindowController *controller)
         QWX11WindowState::setSkipsTaskbar(window, skipsTaskbar);
     // Ctrl+N makes a new note from any note.
     window->addAction(m_ui->newNoteItem);
+    if (auto *note = qobject_cast<SNStickyNoteWindowController *>(controller))
+        note->setApplicationMenu(m_applicationMenu.get());
 }
 
 void AppDelegate::addNoteWindowController(SNStickyNoteWindowController *controller, bool shouldShow)
@@ -370,6 +420,8 @@ void AppDelegate::showAllNotes()
     const QList<std::shared_ptr<SNStickyNote>> notes = noteManager().notesArray();
     if (notes.isEmpty()) {
         newDocument(nullptr);
+        if (m_preferencesWindowController)
+            m_preferencesWindowController->actuallyShowWindow();
         return;
     }
     const bool shouldShow = shouldShowNotes();
@@ -389,14 +441,15 @@ void AppDelegate::showAllNotes()
     if (created.isEmpty()) {
         if (shouldShow)
             windowManager().bringWindowControllersToTheFront();
-        return;
+    } else {
+        // Each window is loaded as it is shown (prepareNoteWindow() on the way), so that the
+        // first notes appear while the others are still being built.
+        windowManager().addWindowControllersShouldShow(
+            QList<QWWindowController *>(created.cbegin(), created.cend()), shouldShow);
+        for (SNStickyNoteWindowController *controller : std::as_const(created))
+            controller->setShouldCascadeWindows(true);
     }
-    // Each window is loaded as it is shown (prepareNoteWindow() on the way), so that the first
-    // notes appear while the others are still being built.
-    windowManager().addWindowControllersShouldShow(
-        QList<QWWindowController *>(created.cbegin(), created.cend()), shouldShow);
-    for (SNStickyNoteWindowController *controller : std::as_const(created))
-        controller->setShouldCascadeWindows(true);
+    // Open preferences come forward with the notes.
     if (m_preferencesWindowController)
         m_preferencesWindowController->actuallyShowWindow();
 }
@@ -405,6 +458,16 @@ void AppDelegate::hideAllNotes()
 {
     windowManager().hideAllWindowControllers();
     setIsActive(false);
+}
+
+void AppDelegate::hideApplication()
+{
+    // The tag browser closes whenever it loses the keyboard, showing again the notes it had
+    // hidden: it closes first, so that hiding the notes has the last word.
+    if (m_tagManagerWindowController)
+        m_tagManagerWindowController->close(nullptr);
+    hideAllNotes();
+    m_applicationHider.hide();
 }
 
 void AppDelegate::newDocument(QObject *)
@@ -710,7 +773,7 @@ void AppDelegate::menuIconWasClicked()
         setIsActive(true);
         applicationShouldHandleReopenHasVisibleWindows(false);
     } else {
-        hideAllNotes();
+        hideApplication();
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/MTStatusItemDelegate.h"
+#include "app/QWApplicationHider.h"
 #include "kit/QWNotificationCenter.h"
 
 #include <QObject>
@@ -20,8 +21,10 @@ class QWTimer;
 class QWWelcomeWindowController;
 class QWWindowController;
 class QWWindowManager;
+class SNApplicationMenu;
 class SNHelpWindowController;
 class SNModalPresenter;
+class SNNoteArrangement;
 class SNStickyNote;
 class SNStickyNoteManager;
 class SNStickyNoteWindowController;
@@ -70,8 +73,13 @@ public:
     // Launch and lifecycle.
     void applicationWillFinishLaunching();
     void applicationDidFinishLaunching();
+    // Whether the program may end: false when a window other than the notes refuses to close.
+    bool applicationShouldTerminate();
     // Every note flushed and saved; windows closed after this only flush, never delete.
     void applicationWillTerminate();
+    // A termination signal (shutdown, kill, closed terminal): nobody is there to answer a
+    // window that would refuse, so the program ends at once, every note saved.
+    void applicationMustTerminate();
     void applicationDidBecomeActive();
     void applicationDidResignActive();
     // The program started again, or its notes were asked for: always false.
@@ -91,6 +99,8 @@ public:
     void newDocument(QObject *sender);
     void showAllNotes();
     void hideAllNotes();
+    // The notes and every other window, until the next showing of the notes.
+    void hideApplication();
     void saveDocument(QObject *sender);
     void exportDatabase(QObject *sender);
     void openAbout(QObject *sender);
@@ -126,6 +136,7 @@ public:
     {
         return m_tagManagerWindowController.get();
     }
+    SNHelpWindowController *helpWindowController() const { return m_helpWindowController.get(); }
     void updateHotkeys();
     void toggleMenuBarIconVisible();
     void makeStatusItemIfNeeded();
@@ -146,6 +157,8 @@ public:
     MTStatusItem *statusItem() const { return m_statusItem; }
     QMenu *statusItemMenu() const;
     QMenu *notesMenu() const;
+    // The "Vellumo" submenu of every note's settings menu.
+    SNApplicationMenu *applicationMenu() const { return m_applicationMenu.get(); }
     QWWelcomeWindowController *welcomeWindowController() const { return m_welcome.get(); }
     // Whether note windows show in the taskbar: the setting, unless the tray icon is the only
     // way left to reach the program.
@@ -185,6 +198,7 @@ private:
     bool m_appDidLaunch = false;
     bool m_isActive = false;
     bool m_isTerminating = false;
+    bool m_didTerminate = false;
     qint64 m_hotKeyID = -1;
     qint64 m_noteHotKeyID = -1;
 
@@ -192,6 +206,10 @@ private:
 
     std::unique_ptr<QMenu> m_statusItemMenu;
     std::unique_ptr<Ui::AppDelegate> m_ui;
+    // The tray menu's commands for each note's settings menu.
+    std::unique_ptr<SNApplicationMenu> m_applicationMenu;
+    std::unique_ptr<SNNoteArrangement> m_arrangement;
+    QWApplicationHider m_applicationHider;
     MTStatusItem *m_statusItem = nullptr; // a child: lives as long as the controller
     std::unique_ptr<QWWelcomeWindowController> m_welcome;
     std::unique_ptr<SNHelpWindowController> m_helpWindowController;

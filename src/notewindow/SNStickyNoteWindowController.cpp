@@ -218,6 +218,15 @@ QSlider *SNStickyNoteWindowController::alphaSlider() const
     return m_ui ? m_ui->alphaSlider : nullptr;
 }
 
+void SNStickyNoteWindowController::setApplicationMenu(QMenu *menu)
+{
+    if (m_settingsMenu && m_applicationMenu)
+        m_settingsMenu->removeAction(m_applicationMenu->menuAction());
+    m_applicationMenu = menu;
+    if (m_settingsMenu && menu)
+        m_settingsMenu->insertMenu(m_ui->quitItem, menu);
+}
+
 // MARK: - Loading
 
 std::unique_ptr<QWidget> SNStickyNoteWindowController::loadWindow()
@@ -269,6 +278,8 @@ void SNStickyNoteWindowController::buildMenus()
         { m_ui->preferencesItem, m_ui->helpItem, m_ui->rateAppItem, m_ui->mailingListItem });
     m_settingsMenu->addSeparator();
     m_settingsMenu->addAction(m_ui->quitItem);
+    if (m_applicationMenu)
+        m_settingsMenu->insertMenu(m_ui->quitItem, m_applicationMenu);
 
     m_tagsMenu = new QMenu(m_window);
     m_tagsMenu->addActions({ m_ui->filterTagsMenuItem, m_ui->showTagsItem });

@@ -126,6 +126,9 @@ public:
     QMenu *themeMenu() const { return m_themeMenu; }
     QMenu *settingsMenu() const { return m_settingsMenu; }
     QMenu *tagsMenu() const { return m_tagsMenu; }
+    // The program's own commands, in the settings menu above Quit, so that a desktop without a
+    // tray still reaches them all. The menu stays its owner's, and may be shared among notes.
+    void setApplicationMenu(QMenu *menu);
     QAction *collapseMenuItem() const;
     QAction *filterTagsMenuItem() const;
     QWidgetAction *alphaMenuItem() const { return m_alphaMenuItem; }
@@ -289,6 +292,7 @@ private:
     QMenu *m_settingsMenu = nullptr;
     QMenu *m_tagsMenu = nullptr;
     QWidgetAction *m_alphaMenuItem = nullptr;
+    QPointer<QMenu> m_applicationMenu;
     QAction *m_alphaMenuItemSuccessor = nullptr;
 
     std::shared_ptr<QWTimer> m_saveDelayTimer;

@@ -4,6 +4,8 @@
 #include "app/QWHotKeyHelper.h"
 #include "app/QWWelcomeWindowController.h"
 #include "app/QWWindowManager.h"
+#include "app/SNApplicationMenu.h"
+#include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNUserDefaults.h"
 #include "kit/widgets/QWX11WindowState.h"
@@ -13,6 +15,8 @@
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextView.h"
+#include "preferences/QWPreferencesWindowController.h"
+#include "preferences/SDApperancePreferencesViewController.h"
 #include "support/QWManualScheduler.h"
 #include "themes/SNTheme.h"
 
@@ -20,11 +24,15 @@
 #include <QCheckBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPropertyAnimation>
+#include <QSaveFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
@@ -123,10 +131,13 @@ private Q_SLOTS:
     void loginStartDecidesWhetherNotesShow_data();
     void loginStartDecidesWhetherNotesShow();
     void notesHiddenAtLoginComeWithAClickOnTheTrayIcon();
+    void trayIconHidesTheWholeProgramAndBringsBackWhatWasShown();
     void bothIconsOffTurnsTheTrayIconOn();
     void trayIconIsReusedAcrossTheSetting();
     void withoutATrayNotesStayInTheTaskbar();
     void notesMenuListsNewestFirst();
+    void everyTrayCommandIsInEachNotesVellumoMenu();
+    void arrangedNotesTileSaveTheirFramesAndGoBack();
     void hotKeysRegisterWithFreshIdentifiers();
     void emptyHotKeysRegisterNothing();
     void hotKeyPressesDispatchByIdentifier();
@@ -137,11 +148,16 @@ private Q_SLOTS:
     void exportFailureShowsTheAlert();
     void saveDocumentGoesToTheActiveNote();
     void quittingKeepsEveryNoteAndItsLastEdit();
+    void refusedQuitLeavesEveryNoteAsItWas();
+    // These run the event loop to its end: last.
+    void quitWritesTheArchiveOnce();
+    void terminationSignalEndsTheProgramWhateverItsWindowsSay();
 
 private:
     AppDelegate &launch(const QString &url = QString());
     QList<SNStickyNoteWindowController *> noteControllers() const;
     int visibleNoteWindows() const;
+    QWPreferencesWindowController *openThemeWithoutName();
 
     std::unique_ptr<QWManualScheduler> m_scheduler;
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -152,6 +168,7 @@ private:
     std::unique_ptr<QWHotKeyHelper> m_hotKeys;
     std::shared_ptr<RecordingPresenter> m_presenter;
     std::unique_ptr<AppDelegate> m_delegate;
+    int m_archiveWrites = 0;
 };
 
 void TestAppDelegate::init()
@@ -164,6 +181,10 @@ void TestAppDelegate::init()
     m_defaults->userDefaults().setValue(QWWelcomeWindowController::wasShownKey(), true);
     // Starts with the welcome notes, as a first start does.
     m_store = std::make_unique<SNStickyNoteManager>(m_folder->path());
+    m_store->setSaveFileFactory([this](const QString &path) {
+        ++m_archiveWrites;
+        return std::make_unique<QSaveFile>(path);
+    });
     m_windows = std::make_unique<QWWindowManager>();
     auto grabber = std::make_unique<RecordingGrabber>();
     m_grabber = grabber.get();
@@ -299,6 +320,31 @@ void TestAppDelegate::notesHiddenAtLoginComeWithAClickOnTheTrayIcon()
     QCOMPARE(noteControllers().size(), notes);
 }
 
+void TestAppDelegate::trayIconHidesTheWholeProgramAndBringsBackWhatWasShown()
+{
+    launch();
+    m_delegate->openHelp(nullptr);
+    QWidget *help = m_delegate->helpWindowController()->window();
+    help->close();
+    m_delegate->openPreferences(nullptr);
+    QWidget *preferences = m_delegate->preferencesWindowController()->window();
+
+    m_delegate->setIsActive(true);
+    m_delegate->menuIconWasClicked();
+    QCOMPARE(visibleNoteWindows(), 0);
+    QVERIFY(!preferences->isVisible());
+    m_delegate->menuIconWasClicked();
+    QCOMPARE(visibleNoteWindows(), noteControllers().size());
+    QVERIFY(preferences->isVisible());
+    QVERIFY(!help->isVisible());
+
+    // "Show All Notes" brings the open preferences forward with the notes.
+    noteControllers().constFirst()->window()->activateWindow();
+    QTRY_VERIFY(noteControllers().constFirst()->window()->isActiveWindow());
+    m_delegate->showAllNotes();
+    QTRY_VERIFY(preferences->isActiveWindow());
+}
+
 void TestAppDelegate::bothIconsOffTurnsTheTrayIconOn()
 {
     m_defaults->setShowMenuIcon(false);
@@ -391,6 +437,68 @@ void TestAppDelegate::notesMenuListsNewestFirst()
     stale.setData(QVariant::fromValue<QObject *>(&gone));
     m_delegate->showWindowControllerFromMenuItem(&stale);
     QCOMPARE(visibleNoteWindows(), 1);
+}
+
+void TestAppDelegate::everyTrayCommandIsInEachNotesVellumoMenu()
+{
+    launch();
+    const QList<QAction *> tray = m_delegate->statusItemMenu()->actions();
+    for (SNStickyNoteWindowController *controller : noteControllers()) {
+        const QList<QAction *> settings = controller->settingsMenu()->actions();
+        const auto vellumo = std::find_if(settings.cbegin(), settings.cend(),
+            [](const QAction *item) { return item->text() == QStringLiteral("Vellumo"); });
+        QVERIFY(vellumo != settings.cend() && (*vellumo)->menu());
+        const QList<QAction *> items = (*vellumo)->menu()->actions();
+        QCOMPARE(items.size(), tray.size());
+        for (qsizetype i = 0; i < tray.size(); ++i) {
+            if (tray.at(i) != m_delegate->notesMenu()->menuAction())
+                QCOMPARE(items.at(i), tray.at(i));
+        }
+    }
+    // Its notes list fills as it opens, as the tray's does.
+    QMenu *notes = m_delegate->applicationMenu()->notesMenu();
+    notes->popup(QPoint(0, 0));
+    notes->close();
+    QCOMPARE(notes->actions().size(), noteControllers().size());
+}
+
+void TestAppDelegate::arrangedNotesTileSaveTheirFramesAndGoBack()
+{
+    launch();
+    const QList<SNStickyNoteWindowController *> notes = noteControllers();
+    const auto frames = [&notes] {
+        QList<QRect> result;
+        for (SNStickyNoteWindowController *controller : notes)
+            result.append(controller->window()->geometry());
+        return result;
+    };
+    const QList<QRect> before = frames();
+    QHash<QString, QAction *> items;
+    for (QAction *item : m_delegate->statusItemMenu()->actions())
+        items.insert(item->text(), item);
+    QAction *putBack = items.value(QStringLiteral("Put Notes Back"));
+    QVERIFY(putBack && !putBack->isEnabled());
+
+    items.value(QStringLiteral("Arrange Notes"))->trigger();
+    QVERIFY(putBack->isEnabled());
+    QTRY_VERIFY(std::none_of(notes.cbegin(), notes.cend(), [](SNStickyNoteWindowController *note) {
+        return note->window()->findChild<QPropertyAnimation *>();
+    }));
+    // One size for all, side by side.
+    const QList<QRect> tiled = frames();
+    for (qsizetype i = 0; i < tiled.size(); ++i) {
+        QCOMPARE(tiled.at(i).size(), tiled.constFirst().size());
+        QVERIFY(tiled.at(i) != before.at(i));
+        for (qsizetype j = 0; j < i; ++j)
+            QVERIFY(!tiled.at(i).intersects(tiled.at(j)));
+    }
+    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    for (SNStickyNoteWindowController *controller : notes)
+        QCOMPARE(controller->note()->windowFrame(), controller->frameString());
+
+    putBack->trigger();
+    QTRY_COMPARE(frames(), before);
+    QVERIFY(!putBack->isEnabled());
 }
 
 void TestAppDelegate::hotKeysRegisterWithFreshIdentifiers()
@@ -619,6 +727,67 @@ void TestAppDelegate::quittingKeepsEveryNoteAndItsLastEdit()
     const SNStickyNoteManager reread(m_folder->path());
     QCOMPARE(reread.notesArray().size(), notes.size());
     QCOMPARE(textOf(reread.notesArray().constFirst()), QStringLiteral("typed just before the end"));
+}
+
+QWPreferencesWindowController *TestAppDelegate::openThemeWithoutName()
+{
+    // A new theme still without a name keeps the preferences open, and so the program.
+    m_delegate->openPreferences(nullptr);
+    QWPreferencesWindowController *preferences = m_delegate->preferencesWindowController();
+    preferences->selectModuleAtRow(QWPreferencesWindowController::themesModuleRow);
+    preferences->appearanceViewController()->groupsActionWasClicked(0);
+    return preferences;
+}
+
+void TestAppDelegate::refusedQuitLeavesEveryNoteAsItWas()
+{
+    launch();
+    const QList<SNStickyNoteWindowController *> notes = noteControllers();
+    for (SNStickyNoteWindowController *controller : notes)
+        controller->setModalPresenter(m_presenter);
+    QWPreferencesWindowController *preferences = openThemeWithoutName();
+
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(qApp, &quit);
+    QVERIFY(preferences->window()->isVisible());
+    QCOMPARE(noteControllers(), notes);
+    QCOMPARE(visibleNoteWindows(), notes.size());
+    QVERIFY(std::none_of(notes.cbegin(), notes.cend(),
+        [](const SNStickyNoteWindowController *note) { return note->isTerminating(); }));
+    // Closing a note is deleting it again: the export question comes.
+    m_presenter->alerts.clear();
+    notes.constFirst()->close();
+    QCOMPARE(m_presenter->alerts.value(0).value(0),
+        QStringLiteral("Would you like to export this note?"));
+    QCOMPARE(noteControllers().size(), notes.size() - 1);
+
+    // Once the theme has its name, the program quits.
+    preferences->appearanceViewController()->editingTextField()->setText(QStringLiteral("Dusk"));
+    QCoreApplication::sendEvent(qApp, &quit);
+    QCOMPARE(visibleNoteWindows(), 0);
+    QVERIFY(!preferences->window()->isVisible());
+}
+
+void TestAppDelegate::quitWritesTheArchiveOnce()
+{
+    launch();
+    const int before = m_archiveWrites;
+    QTimer::singleShot(0, m_delegate.get(), [this] { m_delegate->quitApp(nullptr); });
+    QCoreApplication::exec();
+    QCOMPARE(m_archiveWrites, before + 1);
+}
+
+void TestAppDelegate::terminationSignalEndsTheProgramWhateverItsWindowsSay()
+{
+    launch();
+    openThemeWithoutName();
+    const int before = m_archiveWrites;
+    QTimer::singleShot(0, m_delegate.get(), [this] { m_delegate->applicationMustTerminate(); });
+    QTimer refused; // the loop would run on
+    refused.callOnTimeout([] { QCoreApplication::exit(1); });
+    refused.start(3000);
+    QCOMPARE(QCoreApplication::exec(), 0);
+    QCOMPARE(m_archiveWrites, before + 1);
 }
 
 QTEST_MAIN(TestAppDelegate)
