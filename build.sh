@@ -48,6 +48,11 @@ install_missing_packages() {
 
 jobs=$(nproc 2>/dev/null || echo 2)
 
+# Paths inside this clone hash as relative ones, so that a fresh clone elsewhere (CI's) finds
+# what an earlier build compiled in ccache.
+export CCACHE_BASEDIR="${CCACHE_BASEDIR:-$here}"
+export CCACHE_NOHASHDIR="${CCACHE_NOHASHDIR:-1}"
+
 # configure DIR [CMAKE OPTIONS...]
 configure() {
   local dir=$1
@@ -72,6 +77,9 @@ build_plain() {
 
 run_tests() {
   local status=0
+
+  log "Layers of src/: no include runs upwards"
+  /usr/bin/python3 tools/check_layers.py src || status=1
 
   build_plain
   log "Unit tests (build/)"

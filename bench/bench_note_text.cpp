@@ -3,10 +3,10 @@
 // drawing the tags and spelling marks of the whole document afresh.
 #include "kit/QWAttributedString.h"
 #include "kit/QWSpellChecker.h"
-#include "notewindow/SNHashtagScanner.h"
-#include "notewindow/SNLinkHighlighter.h"
-#include "notewindow/SNTextCounter.h"
+#include "notes/SNTextCounter.h"
+#include "tags/SNHashtagScanner.h"
 #include "tags/SNTagManager.h"
+#include "themeview/SNLinkHighlighter.h"
 
 #include <QApplication>
 #include <QTextDocument>

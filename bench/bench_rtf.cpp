@@ -1,7 +1,7 @@
 // The RTF codec on a document of about 1 MB: writing, as an export does, and reading, as
 // opening a file with the application does.
-#include "kit/QWRtfReader.h"
-#include "kit/QWRtfWriter.h"
+#include "kit/rtf/QWRtfReader.h"
+#include "kit/rtf/QWRtfWriter.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -1,8 +1,8 @@
 // Feeds arbitrary bytes to the RTF reader, the way a damaged or hostile file opened with the
 // application would reach it. What the reader makes of them must survive our own writer: read
 // back, it is the same text, so the writer can hold everything the reader produces.
-#include "kit/QWRtfReader.h"
-#include "kit/QWRtfWriter.h"
+#include "kit/rtf/QWRtfReader.h"
+#include "kit/rtf/QWRtfWriter.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,10 @@
 #include "app/AppDelegate.h"
 #include "app/QWTerminationSignalWatcher.h"
-#include "app/SNApplicationInfo.h"
 #include "app/SNApplicationInstance.h"
 #include "app/SNCommandLine.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNPlatformSelection.h"
+#include "settings/SNApplicationInfo.h"
 
 #include <QApplication>
 #include <QDir>

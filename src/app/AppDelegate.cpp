@@ -4,25 +4,25 @@
 #include "app/QWApplicationsMenuEntry.h"
 #include "app/QWHotKeyHelper.h"
 #include "app/QWWelcomeWindowController.h"
-#include "app/QWWindowManager.h"
 #include "app/QWWorkspace.h"
-#include "app/SNApplicationInfo.h"
 #include "app/SNApplicationMenu.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNNoteArrangement.h"
 #include "app/SNNoteFileReader.h"
-#include "app/SNUserDefaults.h"
 #include "kit/QWTextAttributes.h"
 #include "kit/QWTimer.h"
+#include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
+#include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
-#include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "secret/QWSuperSecret.h"
+#include "settings/SNApplicationInfo.h"
+#include "settings/SNUserDefaults.h"
 #include "tagbrowser/SNTagManagerWindowController.h"
 #include "themes/SNTheme.h"
 #include "themes/SNThemeManager.h"
@@ -259,6 +259,14 @@ void AppDelegate::subscribeToNotifications()
         nullptr, [this](const QWNotification &) { openHelp(nullptr); });
     center.addObserverForNameObjectHandler(this, SNStickyNoteWindowController::rateAppNotification,
         nullptr, [this](const QWNotification &) { rateApp(nullptr); });
+    // The hidden key sequence colours every note; the notes do not know of it themselves.
+    center.addObserverForNameObjectHandler(
+        this, QWSuperSecret::superSecretNotification, nullptr, [this](const QWNotification &) {
+            const QList<SNStickyNoteWindowController *> controllers
+                = windowManager().windowControllersForClass<SNStickyNoteWindowController>();
+            for (SNStickyNoteWindowController *controller : controllers)
+                controller->rainbowize();
+        });
 }
 
 void AppDelegate::settingDidChange(const QString &key)

@@ -1,6 +1,6 @@
 #include "app/QWApplicationsMenuEntry.h"
 
-#include "kit/QWLoginItem.h"
+#include "settings/QWLoginItem.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "app/SNApplicationInstance.h"
 
-#include "app/SNApplicationInfo.h"
 #include "app/SNLaunchRequest.h"
+#include "settings/SNApplicationInfo.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

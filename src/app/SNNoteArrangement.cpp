@@ -1,7 +1,7 @@
 #include "app/SNNoteArrangement.h"
 
-#include "app/QWWindowManager.h"
-#include "app/QWWindowMasonry.h"
+#include "kit/widgets/QWWindowManager.h"
+#include "kit/widgets/QWWindowMasonry.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 
 #include <QAction>

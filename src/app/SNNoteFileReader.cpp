@@ -1,7 +1,7 @@
 #include "app/SNNoteFileReader.h"
 
-#include "kit/QWRtfReader.h"
-#include "kit/QWRtfdPackage.h"
+#include "kit/rtf/QWRtfReader.h"
+#include "kit/rtf/QWRtfdPackage.h"
 
 #include <QFile>
 #include <QFileInfo>

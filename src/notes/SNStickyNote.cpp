@@ -1,10 +1,10 @@
 #include "notes/SNStickyNote.h"
 
-#include "app/SNUserDefaults.h"
 #include "kit/QWClock.h"
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
 #include "notes/SNStickyNoteManager.h"
+#include "settings/SNUserDefaults.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 #include "themes/SNThemeResolver.h"

@@ -1,39 +1,38 @@
 #include "notewindow/SNStickyNoteWindowController.h"
 
-#include "app/QWWindowManager.h"
-#include "app/SNUserDefaults.h"
 #include "kit/QWAttributedString.h"
 #include "kit/QWClock.h"
+#include "kit/QWDebouncer.h"
 #include "kit/QWNotificationCenter.h"
-#include "kit/QWRtfWriter.h"
 #include "kit/QWSpellChecker.h"
 #include "kit/QWTextAttributes.h"
-#include "kit/QWTimer.h"
+#include "kit/rtf/QWRtfWriter.h"
 #include "kit/widgets/QWGradientView.h"
+#include "kit/widgets/QWWindowManager.h"
+#include "kit/widgets/SNModalPresenter.h"
+#include "notes/SNNoteTitle.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
-#include "notewindow/SNHashtagScanner.h"
-#include "notewindow/SNModalPresenter.h"
-#include "notewindow/SNNoteTitle.h"
+#include "notes/SNTextCounter.h"
 #include "notewindow/SNRainbowizer.h"
 #include "notewindow/SNStickyWindow.h"
-#include "notewindow/SNTextColorPalette.h"
-#include "notewindow/SNTextCounter.h"
 #include "notewindow/SNTextView.h"
-#include "notewindow/SNThemeSwatch.h"
-#include "notewindow/SNThemeTextStyler.h"
 #include "notewindow/SNTitleBarView.h"
 #include "notewindow/SNToolbarIcon.h"
 #include "notewindow/SNWindowFrameString.h"
 #include "notewindow/SNWindowLevel.h"
 #include "notewindow/SNWindowPlacement.h"
-#include "secret/QWSuperSecret.h"
+#include "settings/SNUserDefaults.h"
+#include "tags/SNHashtagScanner.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 #include "themes/SNTheme.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNTimeOfDayTheme.h"
 #include "themes/SNUserTheme.h"
+#include "themeview/SNTextColorPalette.h"
+#include "themeview/SNThemeSwatch.h"
+#include "themeview/SNThemeTextStyler.h"
 #include "ui_SNStickyNoteWindowController.h"
 
 #include <QActionGroup>
@@ -100,18 +99,22 @@ QString proposedFileName(const QString &title)
 } // namespace
 
 SNStickyNoteWindowController::SNStickyNoteWindowController(QObject *parent)
-    : QWWindowController(parent), m_presenter(SNModalPresenter::defaultPresenter())
+    : QWWindowController(parent),
+      m_presenter(SNModalPresenter::defaultPresenter()),
+      m_saveDelayTimer(std::make_unique<QWDebouncer>(saveDelay, [this] { save(); })),
+      m_exportDelayTimer(std::make_unique<QWDebouncer>(exportDelay, [this] { saveNote(); })),
+      m_tokenizeDelayTimer(std::make_unique<QWDebouncer>(tokenizeDelay, [this] {
+          tokenizeTags();
+          updateWordCount();
+      }))
 { }
 
 SNStickyNoteWindowController::~SNStickyNoteWindowController()
 {
     QWNotificationCenter::defaultCenter().removeObserver(this);
-    if (m_saveDelayTimer)
-        m_saveDelayTimer->invalidate();
-    if (m_exportDelayTimer)
-        m_exportDelayTimer->invalidate();
-    if (m_tokenizeDelayTimer)
-        m_tokenizeDelayTimer->invalidate();
+    m_saveDelayTimer->cancel();
+    m_exportDelayTimer->cancel();
+    m_tokenizeDelayTimer->cancel();
     // The base class destroys the window after this object is gone: nothing in it may call back.
     detachFromWindow();
 }
@@ -385,8 +388,6 @@ void SNStickyNoteWindowController::subscribeToNotifications()
         });
     center.addObserverForNameObjectHandler(this, SNThemeManager::styleDidChangeNotificationName(),
         nullptr, [this](const QWNotification &) { themesDidChange(); });
-    center.addObserverForNameObjectHandler(this, QWSuperSecret::superSecretNotification, nullptr,
-        [this](const QWNotification &) { rainbowize(); });
     center.addObserverForNameObjectHandler(this,
         SNTitleBarView::titleBarWasDoubleClickedNotification, m_ui->titleBarView,
         [this](const QWNotification &) { toggleCollapsedWindow(); });
@@ -486,14 +487,7 @@ QString SNStickyNoteWindowController::frameString() const
 void SNStickyNoteWindowController::saveAfterDelay()
 {
     updateTitle();
-    if (m_saveDelayTimer)
-        m_saveDelayTimer->invalidate();
-    QPointer<SNStickyNoteWindowController> weakSelf(this);
-    m_saveDelayTimer
-        = QWTimer::timerWithIntervalRepeatsDidFinishBlock(saveDelay, false, [weakSelf](QWTimer &) {
-              if (weakSelf)
-                  weakSelf->save();
-          });
+    m_saveDelayTimer->restart();
 }
 
 void SNStickyNoteWindowController::flushNote()
@@ -536,16 +530,7 @@ QString SNStickyNoteWindowController::changeColorActionName()
 
 void SNStickyNoteWindowController::tokenizeTagsAfterDelay()
 {
-    if (m_tokenizeDelayTimer)
-        m_tokenizeDelayTimer->invalidate();
-    QPointer<SNStickyNoteWindowController> weakSelf(this);
-    m_tokenizeDelayTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
-        tokenizeDelay, false, [weakSelf](QWTimer &) {
-            if (!weakSelf)
-                return;
-            weakSelf->tokenizeTags();
-            weakSelf->updateWordCount();
-        });
+    m_tokenizeDelayTimer->restart();
 }
 
 void SNStickyNoteWindowController::tokenizeTags()
@@ -1064,14 +1049,7 @@ bool SNStickyNoteWindowController::windowShouldClose(SNStickyWindow *)
         return false;
     if (answer == exportButton) {
         // Once the question has gone, so that the save panel does not open over it.
-        if (m_exportDelayTimer)
-            m_exportDelayTimer->invalidate();
-        QPointer<SNStickyNoteWindowController> weakSelf(this);
-        m_exportDelayTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
-            exportDelay, false, [weakSelf](QWTimer &) {
-                if (weakSelf)
-                    weakSelf->saveNote();
-            });
+        m_exportDelayTimer->restart();
         return false;
     }
     return true;

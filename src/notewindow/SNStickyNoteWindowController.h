@@ -22,8 +22,8 @@ class QLabel;
 class QMenu;
 class QSlider;
 class QToolButton;
+class QWDebouncer;
 class QWGradientView;
-class QWTimer;
 class QWidgetAction;
 class QWAttributedString;
 class SNModalPresenter;
@@ -295,9 +295,9 @@ private:
     QPointer<QMenu> m_applicationMenu;
     QAction *m_alphaMenuItemSuccessor = nullptr;
 
-    std::shared_ptr<QWTimer> m_saveDelayTimer;
-    std::shared_ptr<QWTimer> m_exportDelayTimer;
-    std::shared_ptr<QWTimer> m_tokenizeDelayTimer;
+    std::unique_ptr<QWDebouncer> m_saveDelayTimer;
+    std::unique_ptr<QWDebouncer> m_exportDelayTimer;
+    std::unique_ptr<QWDebouncer> m_tokenizeDelayTimer;
     QPointer<QColorDialog> m_colorPanel;
     QPointer<QAbstractAnimation> m_frameAnimation;
     QPointer<QAbstractAnimation> m_toolbarAnimation;

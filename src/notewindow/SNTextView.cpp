@@ -2,10 +2,10 @@
 
 #include "kit/QWSpellChecker.h"
 #include "kit/QWTextAttributes.h"
-#include "notewindow/SNHashtagScanner.h"
-#include "notewindow/SNLinkHighlighter.h"
 #include "notewindow/SNTextViewDelegate.h"
-#include "notewindow/SNThemeTextStyler.h"
+#include "tags/SNHashtagScanner.h"
+#include "themeview/SNLinkHighlighter.h"
+#include "themeview/SNThemeTextStyler.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QClipboard>

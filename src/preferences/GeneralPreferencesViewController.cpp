@@ -1,8 +1,8 @@
 #include "preferences/GeneralPreferencesViewController.h"
 
-#include "app/SNUserDefaults.h"
-#include "kit/QWTimer.h"
+#include "kit/QWDebouncer.h"
 #include "preferences/QWKeyComboRecorder.h"
+#include "settings/SNUserDefaults.h"
 #include "ui_GeneralPreferencesViewController.h"
 
 #include <QCheckBox>
@@ -17,14 +17,15 @@ GeneralPreferencesViewController::GeneralPreferencesViewController(QObject *pare
 
 GeneralPreferencesViewController::GeneralPreferencesViewController(
     SNUserDefaults *defaults, QObject *parent)
-    : QWModuleViewController(parent), m_defaults(defaults)
+    : QWModuleViewController(parent),
+      m_defaults(defaults),
+      m_showDockIconTimer(std::make_unique<QWDebouncer>(showDockIconReenableDelay, [this] {
+          if (m_ui)
+              m_ui->showDockIconCheckbox->setEnabled(true);
+      }))
 { }
 
-GeneralPreferencesViewController::~GeneralPreferencesViewController()
-{
-    if (m_showDockIconTimer)
-        m_showDockIconTimer->invalidate();
-}
+GeneralPreferencesViewController::~GeneralPreferencesViewController() = default;
 
 SNUserDefaults &GeneralPreferencesViewController::defaults() const
 {
@@ -175,13 +176,7 @@ void GeneralPreferencesViewController::showDockIconDidChange()
     }
     defaults().setShowIconInDock(show);
 
-    if (m_showDockIconTimer)
-        m_showDockIconTimer->invalidate();
-    m_showDockIconTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
-        showDockIconReenableDelay, false, [checkbox = QPointer<QCheckBox>(checkbox)](QWTimer &) {
-            if (checkbox)
-                checkbox->setEnabled(true);
-        });
+    m_showDockIconTimer->restart();
 }
 
 void GeneralPreferencesViewController::opacityDidChange()

@@ -8,7 +8,7 @@ class QCheckBox;
 class QSlider;
 struct QWKeyCombo;
 class QWKeyComboRecorder;
-class QWTimer;
+class QWDebouncer;
 class SNUserDefaults;
 
 namespace Ui {
@@ -75,5 +75,5 @@ private:
 
     SNUserDefaults *m_defaults = nullptr;
     std::unique_ptr<Ui::GeneralPreferencesViewController> m_ui;
-    std::shared_ptr<QWTimer> m_showDockIconTimer;
+    std::unique_ptr<QWDebouncer> m_showDockIconTimer;
 };

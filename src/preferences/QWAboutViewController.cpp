@@ -1,6 +1,6 @@
 #include "preferences/QWAboutViewController.h"
 
-#include "app/SNApplicationInfo.h"
+#include "settings/SNApplicationInfo.h"
 #include "ui_QWAboutViewController.h"
 
 #include <QIcon>

@@ -1,11 +1,11 @@
 #include "preferences/QWPreferencesWindowController.h"
 
-#include "app/SNApplicationInfo.h"
-#include "app/SNUserDefaults.h"
-#include "notewindow/SNModalPresenter.h"
+#include "kit/widgets/SNModalPresenter.h"
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWAboutViewController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
+#include "settings/SNApplicationInfo.h"
+#include "settings/SNUserDefaults.h"
 #include "ui_QWPreferencesWindowController.h"
 
 #include <QApplication>

@@ -1,19 +1,19 @@
 #include "preferences/SDApperancePreferencesViewController.h"
 
-#include "app/SNUserDefaults.h"
+#include "kit/QWDebouncer.h"
 #include "kit/QWNotificationCenter.h"
 #include "kit/QWScheduler.h"
-#include "kit/QWTimer.h"
+#include "kit/widgets/QWColorWell.h"
 #include "kit/widgets/QWGradientView.h"
+#include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
-#include "notewindow/SNLinkHighlighter.h"
-#include "notewindow/SNModalPresenter.h"
-#include "notewindow/SNThemeSwatch.h"
-#include "notewindow/SNThemeTextStyler.h"
-#include "preferences/QWColorWell.h"
 #include "preferences/SDThemeNameDelegate.h"
+#include "settings/SNUserDefaults.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"
+#include "themeview/SNLinkHighlighter.h"
+#include "themeview/SNThemeSwatch.h"
+#include "themeview/SNThemeTextStyler.h"
 #include "ui_SDApperancePreferencesViewController.h"
 
 #include <QApplication>
@@ -122,7 +122,8 @@ SDApperancePreferencesViewController::SDApperancePreferencesViewController(
     : QWModuleViewController(parent),
       m_themeManager(themeManager),
       m_defaults(defaults),
-      m_presenter(SNModalPresenter::defaultPresenter())
+      m_presenter(SNModalPresenter::defaultPresenter()),
+      m_delayTimer(std::make_unique<QWDebouncer>(saveDelay, [this] { save(); }))
 {
     setViewMinSize(QSize(560, 440));
 }
@@ -130,10 +131,8 @@ SDApperancePreferencesViewController::SDApperancePreferencesViewController(
 SDApperancePreferencesViewController::~SDApperancePreferencesViewController()
 {
     // A change still waiting for its save is not lost with the window.
-    if (m_delayTimer && m_delayTimer->timer() && m_delayTimer->timer()->isValid()) {
-        m_delayTimer->invalidate();
+    if (m_delayTimer->isPending())
         save();
-    }
     if (isViewLoaded())
         resetFontPanel();
 }
@@ -715,21 +714,12 @@ void SDApperancePreferencesViewController::resetFontPanel()
 
 void SDApperancePreferencesViewController::saveAfterDelay()
 {
-    if (m_delayTimer)
-        m_delayTimer->invalidate();
-    m_delayTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(saveDelay, false,
-        [controller = QPointer<SDApperancePreferencesViewController>(this)](QWTimer &) {
-            if (controller)
-                controller->save();
-        });
+    m_delayTimer->restart();
 }
 
 void SDApperancePreferencesViewController::save()
 {
-    if (m_delayTimer) {
-        m_delayTimer->invalidate();
-        m_delayTimer.reset();
-    }
+    m_delayTimer->cancel();
     themeManager().save();
 }
 

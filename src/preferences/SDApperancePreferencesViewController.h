@@ -1,6 +1,6 @@
 #pragma once
 
-#include "preferences/QWColorWell.h"
+#include "kit/widgets/QWColorWell.h"
 #include "preferences/QWModuleViewController.h"
 
 #include <QColorDialog>
@@ -17,7 +17,7 @@ class QPushButton;
 class QTableWidget;
 class QTextBrowser;
 class QWGradientView;
-class QWTimer;
+class QWDebouncer;
 class SNLinkHighlighter;
 class SNModalPresenter;
 class SNTheme;
@@ -140,7 +140,7 @@ private:
     QList<Entry> m_themes;
     std::weak_ptr<SNTheme> m_currentTheme;
     QPointer<QLineEdit> m_editingTextField;
-    std::shared_ptr<QWTimer> m_delayTimer;
+    std::unique_ptr<QWDebouncer> m_delayTimer;
     SNLinkHighlighter *m_linkHighlighter = nullptr; // owned by the preview's document
     QPointer<QColorDialog> m_colorPanel;
     QPointer<QWColorWell> m_colorPanelWell;

@@ -1,6 +1,6 @@
 #include "secret/QWSound.h"
 
-#include "secret/QWWaveFile.h"
+#include "kit/QWWaveFile.h"
 
 #include <QCoreApplication>
 #include <QDebug>

@@ -1,8 +1,8 @@
 #include "secret/QWSuperSecret.h"
 
+#include "kit/QWDebouncer.h"
 #include "kit/QWKeyCodes.h"
 #include "kit/QWNotificationCenter.h"
-#include "kit/QWTimer.h"
 #include "secret/QWSound.h"
 
 #include <QCoreApplication>
@@ -58,18 +58,15 @@ QWSuperSecret *QWSuperSecret::shhhhhh()
     return shared;
 }
 
-QWSuperSecret::QWSuperSecret(QObject *parent) : QObject(parent)
+QWSuperSecret::QWSuperSecret(QObject *parent)
+    : QObject(parent), m_timer(std::make_unique<QWDebouncer>(resetDelay, [this] { byebye(); }))
 {
     m_boom = QList<quint16>(std::begin(sequence), std::end(sequence));
     wellThen();
     yep();
 }
 
-QWSuperSecret::~QWSuperSecret()
-{
-    if (m_timer)
-        m_timer->invalidate();
-}
+QWSuperSecret::~QWSuperSecret() = default;
 
 QByteArray QWSuperSecret::bytesFromHexString(const QString &hex)
 {
@@ -130,14 +127,7 @@ bool QWSuperSecret::handleKeyEvent(QKeyEvent *event)
     if (isModifierKey(event->key()))
         return false;
     if (event->type() == QEvent::KeyRelease) {
-        if (m_timer)
-            m_timer->invalidate();
-        QPointer<QWSuperSecret> weakSelf(this);
-        m_timer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
-            resetDelay, false, [weakSelf](QWTimer &) {
-                if (weakSelf)
-                    weakSelf->byebye();
-            });
+        m_timer->restart();
         return false;
     }
     if (event->type() != QEvent::KeyPress)

@@ -9,7 +9,7 @@
 
 class QKeyEvent;
 class QWSound;
-class QWTimer;
+class QWDebouncer;
 
 // Listens to the keys typed anywhere in the application for one hidden sequence: Q W E R T Y
 // U I O P and Space, as the first keys after a pause. When they come, a little fanfare plays and
@@ -70,7 +70,7 @@ protected:
 private:
     QList<quint16> m_magic;
     QList<quint16> m_boom;
-    std::shared_ptr<QWTimer> m_timer;
+    std::unique_ptr<QWDebouncer> m_timer;
     bool m_localEventListener = false;
     std::unique_ptr<QWSound> m_sound;
 };

@@ -1,6 +1,6 @@
 #include "tagbrowser/SNTagManagerWindowController.h"
 
-#include "app/QWWindowManager.h"
+#include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
 #include "notes/SNStickyNote.h"
 #include "notewindow/SNStickyNoteWindowController.h"

@@ -1,20 +1,20 @@
 #include "tags/SNTagManager.h"
 
 #include "kit/QWNotificationCenter.h"
-#include "kit/QWTimer.h"
 #include "tags/SNTag.h"
 
 #include <algorithm>
 
 const QString SNTagManager::updatedTagsNotification = QStringLiteral("SNNotificationUpdatedTags");
 
-SNTagManager::SNTagManager() = default;
+SNTagManager::SNTagManager()
+    : m_delayTimer(notificationDelay, [this] {
+          QWNotificationCenter::defaultCenter().postNotificationNameObjectUserInfo(
+              m_pendingNotificationName);
+      })
+{ }
 
-SNTagManager::~SNTagManager()
-{
-    if (m_delayTimer)
-        m_delayTimer->invalidate();
-}
+SNTagManager::~SNTagManager() = default;
 
 SNTagManager &SNTagManager::sharedManager()
 {
@@ -94,10 +94,6 @@ void SNTagManager::removeTag(const std::shared_ptr<SNTag> &tag)
 
 void SNTagManager::postNotificationAfterDelay(const QString &name)
 {
-    if (m_delayTimer)
-        m_delayTimer->invalidate();
-    m_delayTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
-        notificationDelay, false, [name](QWTimer &) {
-            QWNotificationCenter::defaultCenter().postNotificationNameObjectUserInfo(name);
-        });
+    m_pendingNotificationName = name;
+    m_delayTimer.restart();
 }

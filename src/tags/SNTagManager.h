@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kit/QWDebouncer.h"
+
 #include <QHash>
 #include <QList>
 #include <QString>
@@ -7,7 +9,6 @@
 #include <memory>
 #include <vector>
 
-class QWTimer;
 class SNTag;
 
 // The one index of all tags: it hands out the one tag object of a name, lists the tags for
@@ -46,5 +47,7 @@ private:
     // Insertion order, membership by identity; the hash finds a name without a scan.
     std::vector<std::shared_ptr<SNTag>> m_actualTagsArray;
     QHash<QString, QList<std::shared_ptr<SNTag>>> m_tagsByName;
-    std::shared_ptr<QWTimer> m_delayTimer;
+    // One notice after the last change of a burst.
+    QString m_pendingNotificationName;
+    QWDebouncer m_delayTimer;
 };

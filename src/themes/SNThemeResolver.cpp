@@ -1,6 +1,6 @@
 #include "themes/SNThemeResolver.h"
 
-#include "app/SNUserDefaults.h"
+#include "settings/SNUserDefaults.h"
 #include "themes/SNThemeKindRegistry.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"

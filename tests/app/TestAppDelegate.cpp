@@ -3,20 +3,22 @@
 #include "app/QWHotKeyGrabber.h"
 #include "app/QWHotKeyHelper.h"
 #include "app/QWWelcomeWindowController.h"
-#include "app/QWWindowManager.h"
 #include "app/SNApplicationMenu.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
-#include "app/SNUserDefaults.h"
+#include "kit/QWNotificationCenter.h"
+#include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
+#include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
-#include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextView.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
+#include "secret/QWSuperSecret.h"
+#include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
 #include "themes/SNTheme.h"
 
@@ -137,6 +139,7 @@ private Q_SLOTS:
     void withoutATrayNotesStayInTheTaskbar();
     void notesMenuListsNewestFirst();
     void everyTrayCommandIsInEachNotesVellumoMenu();
+    void hiddenKeySequenceColoursEveryNote();
     void arrangedNotesTileSaveTheirFramesAndGoBack();
     void hotKeysRegisterWithFreshIdentifiers();
     void emptyHotKeysRegisterNothing();
@@ -460,6 +463,16 @@ void TestAppDelegate::everyTrayCommandIsInEachNotesVellumoMenu()
     notes->popup(QPoint(0, 0));
     notes->close();
     QCOMPARE(notes->actions().size(), noteControllers().size());
+}
+
+void TestAppDelegate::hiddenKeySequenceColoursEveryNote()
+{
+    launch();
+    QVERIFY(!noteControllers().isEmpty());
+    QWNotificationCenter::defaultCenter().postNotificationNameObjectUserInfo(
+        QWSuperSecret::superSecretNotification);
+    for (SNStickyNoteWindowController *controller : noteControllers())
+        QVERIFY(controller->secretUnlocked());
 }
 
 void TestAppDelegate::arrangedNotesTileSaveTheirFramesAndGoBack()

@@ -1,7 +1,7 @@
 #include "app/QWX11HotKeyGrabber.h"
-#include "app/SNApplicationInfo.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "settings/SNApplicationInfo.h"
 #include "support/QWProgramDriver.h"
 
 #include <QCoreApplication>

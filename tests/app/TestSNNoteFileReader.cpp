@@ -1,5 +1,5 @@
 #include "app/SNNoteFileReader.h"
-#include "kit/QWRtfdPackage.h"
+#include "kit/rtf/QWRtfdPackage.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "kit/QWKeyedUnarchiver.h"
+#include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
-#include "notewindow/SNModalPresenter.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 

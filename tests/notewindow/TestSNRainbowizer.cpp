@@ -1,7 +1,7 @@
 #include "kit/QWTextAttributes.h"
 #include "notes/SNStickyNote.h"
 #include "notewindow/SNRainbowizer.h"
-#include "notewindow/SNTextColorPalette.h"
+#include "themeview/SNTextColorPalette.h"
 
 #include <QTest>
 #include <QTextBlock>

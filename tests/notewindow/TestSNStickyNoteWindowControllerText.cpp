@@ -1,13 +1,13 @@
 #include "SNNoteWindowTestSupport.h"
-#include "app/SNUserDefaults.h"
 #include "kit/QWTextAttributes.h"
-#include "notewindow/SNLinkHighlighter.h"
 #include "notewindow/SNTextView.h"
+#include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 #include "themes/SNTheme.h"
+#include "themeview/SNLinkHighlighter.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QClipboard>

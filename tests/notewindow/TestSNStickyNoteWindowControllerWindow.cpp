@@ -1,5 +1,5 @@
 #include "SNNoteWindowTestSupport.h"
-#include "app/QWWindowManager.h"
+#include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
 #include "notewindow/SNElidingLabel.h"
 #include "notewindow/SNTextView.h"

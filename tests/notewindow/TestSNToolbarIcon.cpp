@@ -1,7 +1,7 @@
-#include "notewindow/SNThemeSwatch.h"
 #include "notewindow/SNToolbarIcon.h"
 #include "themes/SNDarkTheme.h"
 #include "themes/SNYellowPadTheme.h"
+#include "themeview/SNThemeSwatch.h"
 
 #include <QFile>
 #include <QImage>

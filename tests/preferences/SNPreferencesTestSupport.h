@@ -1,6 +1,6 @@
 #pragma once
 
-#include "notewindow/SNModalPresenter.h"
+#include "kit/widgets/SNModalPresenter.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>

@@ -1,7 +1,7 @@
-#include "app/SNUserDefaults.h"
-#include "kit/GVUserDefaults.h"
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWKeyComboRecorder.h"
+#include "settings/GVUserDefaults.h"
+#include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
 
 #include <QCheckBox>

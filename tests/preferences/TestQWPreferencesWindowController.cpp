@@ -1,6 +1,4 @@
 #include "app/AppDelegate.h"
-#include "app/SNApplicationInfo.h"
-#include "app/SNUserDefaults.h"
 #include "kit/QWNotificationCenter.h"
 #include "notewindow/SNNoteWindowTestSupport.h"
 #include "preferences/GeneralPreferencesViewController.h"
@@ -8,6 +6,8 @@
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
 #include "preferences/SNPreferencesTestSupport.h"
+#include "settings/SNApplicationInfo.h"
+#include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
+#include "kit/QWWaveFile.h"
 #include "secret/QWSound.h"
 #include "secret/QWSuperSecret.h"
-#include "secret/QWWaveFile.h"
 #include "support/QWTestEnvironment.h"
 
 #include <QFile>

@@ -1,12 +1,12 @@
-#include "app/SNUserDefaults.h"
 #include "kit/QWNotificationCenter.h"
 #include "notewindow/SNNoteWindowTestSupport.h"
-#include "notewindow/SNTextColorPalette.h"
 #include "notewindow/SNTextView.h"
 #include "secret/QWSound.h"
 #include "secret/QWSuperSecret.h"
+#include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
+#include "themeview/SNTextColorPalette.h"
 
 #include <QTest>
 #include <QTextCursor>

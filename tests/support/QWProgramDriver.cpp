@@ -1,6 +1,6 @@
 #include "support/QWProgramDriver.h"
 
-#include "kit/GVUserDefaults.h"
+#include "settings/GVUserDefaults.h"
 
 #include <QCoreApplication>
 #include <QDir>

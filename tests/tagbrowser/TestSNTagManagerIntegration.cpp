@@ -1,7 +1,7 @@
-#include "app/SNApplicationInfo.h"
 #include "kit/QWAttributedString.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "settings/SNApplicationInfo.h"
 #include "support/QWProgramDriver.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"

@@ -1,5 +1,5 @@
 #include "../notewindow/SNNoteWindowTestSupport.h"
-#include "app/QWWindowManager.h"
+#include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"

@@ -1,4 +1,4 @@
-#include "app/SNUserDefaults.h"
+#include "settings/SNUserDefaults.h"
 #include "themes/SNThemeKindRegistry.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNThemeResolver.h"

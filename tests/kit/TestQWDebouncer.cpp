@@ -1,0 +1,68 @@
+#include "kit/QWDebouncer.h"
+#include "support/QWManualScheduler.h"
+
+#include <QTest>
+
+#include <memory>
+
+// The one restart-a-delay of the program: a burst gives one run, and nothing runs late.
+class TestQWDebouncer final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void burstRunsOnceAfterTheLastRestart();
+    void cancelAndDestructionDropThePendingRun();
+    void actionMayRestartItself();
+};
+
+void TestQWDebouncer::burstRunsOnceAfterTheLastRestart()
+{
+    QWManualScheduler scheduler;
+    QList<double> ranAt;
+    QWDebouncer debouncer(0.5, [&] { ranAt.append(scheduler.now()); });
+    for (int edit = 0; edit < 10; ++edit) {
+        debouncer.restart();
+        scheduler.advanceBy(0.3);
+    }
+    QVERIFY(ranAt.isEmpty());
+    QVERIFY(debouncer.isPending());
+    scheduler.advanceBy(1.0);
+    QCOMPARE(ranAt, QList<double>({ 3.2 }));
+    QVERIFY(!debouncer.isPending());
+    QCOMPARE(scheduler.scheduledCount(), 0);
+}
+
+void TestQWDebouncer::cancelAndDestructionDropThePendingRun()
+{
+    QWManualScheduler scheduler;
+    int runs = 0;
+    QWDebouncer cancelled(0.5, [&] { ++runs; });
+    cancelled.restart();
+    cancelled.cancel();
+    QVERIFY(!cancelled.isPending());
+
+    auto owner = std::make_unique<QWDebouncer>(0.5, [&] { ++runs; });
+    owner->restart();
+    owner.reset();
+    scheduler.advanceBy(1.0);
+    QCOMPARE(runs, 0);
+}
+
+void TestQWDebouncer::actionMayRestartItself()
+{
+    QWManualScheduler scheduler;
+    int runs = 0;
+    std::unique_ptr<QWDebouncer> debouncer;
+    debouncer = std::make_unique<QWDebouncer>(0.5, [&] {
+        if (++runs < 3)
+            debouncer->restart();
+    });
+    debouncer->restart();
+    scheduler.advanceBy(5.0);
+    QCOMPARE(runs, 3);
+    QVERIFY(!debouncer->isPending());
+}
+
+QTEST_APPLESS_MAIN(TestQWDebouncer)
+#include "TestQWDebouncer.moc"

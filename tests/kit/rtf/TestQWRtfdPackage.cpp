@@ -1,0 +1,160 @@
+#include "kit/rtf/QWRtfdPackage.h"
+#include "support/QWTestImages.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+using A = QWTextAttributes;
+using Error = QWRtfReadResult::Error;
+
+QByteArray imageBytes(const QColor &color, const char *format)
+{
+    return imageFileBytes(color, QSize(4, 4), format);
+}
+
+A attachment(const QByteArray &bytes, const QString &name)
+{
+    A attributes;
+    attributes.setAttachment(bytes);
+    attributes.setAttachmentFileName(name);
+    return attributes;
+}
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+} // namespace
+
+class TestQWRtfdPackage final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void roundTrip()
+    {
+        const QByteArray red = imageBytes(Qt::red, "PNG");
+        const QByteArray blue = imageBytes(Qt::blue, "JPEG");
+        const QByteArray green = imageBytes(Qt::green, "PNG");
+        // Names are made unique, without regard to case, kept inside the package and away
+        // from the text file.
+        const QList<std::pair<A, QString>> attachments {
+            { attachment(red, u"photo.png"_s), u"photo.png"_s },
+            { attachment(blue, u"Photo.PNG"_s), u"Photo 2.PNG"_s },
+            { attachment(blue, QString()), u"Attachment.jpg"_s },
+            { attachment(green, u"txt.rtf"_s), u"txt 2.rtf"_s },
+            { attachment(green, u"../../escape.png"_s), u"escape.png"_s },
+            { attachment(red, u"photo.png"_s), u"photo 3.png"_s },
+            { attachment(red, u".hidden"_s), u"Attachment.png"_s },
+        };
+        QWMutableAttributedString text;
+        QWMutableAttributedString expected;
+        text.appendString(u"Pictures:\n"_s);
+        expected.appendString(u"Pictures:\n"_s);
+        for (const auto &[attributes, name] : attachments) {
+            text.appendString(u"\uFFFC"_s, attributes);
+            text.appendString(u" and "_s);
+            expected.appendString(u"\uFFFC"_s, attachment(attributes.attachment(), name));
+            expected.appendString(u" and "_s);
+        }
+
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"Note.rtfd"_s);
+        QString error;
+        QVERIFY(QWRtfdPackage::write(text.attributedString(), path, &error));
+        QVERIFY(error.isEmpty());
+
+        QStringList files { QWRtfdPackage::textFileName() };
+        for (const auto &[attributes, name] : attachments) {
+            files.append(name);
+            QCOMPARE(fileBytes(QDir(path).filePath(name)), attributes.attachment());
+        }
+        files.sort();
+        QCOMPARE(QDir(path).entryList(QDir::Files | QDir::Hidden, QDir::Name), files);
+
+        const QWRtfReadResult read = QWRtfdPackage::read(path);
+        QCOMPARE(read.error, Error::None);
+        QCOMPARE(read.text, expected.attributedString());
+
+        // Writing again into the same package gives the same text.
+        QVERIFY(QWRtfdPackage::write(read.text, path));
+        QCOMPARE(QWRtfdPackage::read(path).text, expected.attributedString());
+    }
+
+    void readsPackageWrittenByHand()
+    {
+        const QString path = QStringLiteral(VELLUMO_TEST_DATA_DIR "/rtf/package.rtfd");
+        const QWRtfReadResult read = QWRtfdPackage::read(path);
+        QCOMPARE(read.error, Error::None);
+        QCOMPARE(read.text.string(), u"Before the picture\n\uFFFC\nAfter the picture"_s);
+        const A image = read.text.attributesAtIndex(read.text.string().indexOf(u'\uFFFC'));
+        QCOMPARE(image.attachment(), fileBytes(path + u"/red square.png"_s));
+        QCOMPARE(image.attachmentFileName(), u"red square.png"_s);
+        QCOMPARE(image.fontFamily(), u"Helvetica"_s);
+        QCOMPARE(image.fontSize(), 12.0);
+    }
+
+    // Only image files right inside the package are read; other images become PNG.
+    void readsOnlyImagesInThePackage()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"p.rtfd"_s);
+        QVERIFY(QDir().mkpath(path + u"/sub"_s));
+        const QByteArray png = imageBytes(Qt::red, "PNG");
+        writeFile(folder.filePath(u"outside.png"_s), png);
+        writeFile(path + u"/sub/inside.png"_s, png);
+        writeFile(path + u"/notes.txt"_s, "just text");
+        writeFile(path + u"/empty.png"_s, QByteArray());
+        writeFile(path + u"/green.bmp"_s, imageBytes(Qt::green, "BMP"));
+        QVERIFY(QFile::link(folder.filePath(u"outside.png"_s), path + u"/link.png"_s));
+        const QStringList names { u"../outside.png"_s, u"sub/inside.png"_s, u"missing.png"_s,
+            u"notes.txt"_s, u"empty.png"_s, u"link.png"_s, u"sub"_s, u".."_s, u"green.bmp"_s };
+        QByteArray rtf = "{\\rtf1\\ansi ";
+        for (const QString &name : names)
+            rtf += "[{{\\NeXTGraphic " + name.toLatin1() + " \\width80 \\height80}\\'ac}]";
+        writeFile(path + u"/TXT.rtf"_s, rtf + '}');
+
+        const QWRtfReadResult read = QWRtfdPackage::read(path);
+        QCOMPARE(read.error, Error::None);
+        QCOMPARE(read.text.string(), u"[][][][][][][][][\uFFFC]"_s);
+        const A image = read.text.attributesAtIndex(read.text.length() - 2);
+        QVERIFY(image.attachment().startsWith("\x89PNG"));
+        QCOMPARE(QImage::fromData(image.attachment()).pixelColor(1, 1), QColor(Qt::green));
+        QCOMPARE(image.attachmentFileName(), u"green.bmp"_s);
+    }
+
+    void failures()
+    {
+        const QTemporaryDir folder;
+        QCOMPARE(QWRtfdPackage::read(folder.filePath(u"missing.rtfd"_s)).error, Error::Unreadable);
+        QCOMPARE(QWRtfdPackage::read(folder.path()).error, Error::Unreadable);
+        writeFile(folder.filePath(u"TXT.rtf"_s), "not rtf");
+        QCOMPARE(QWRtfdPackage::read(folder.path()).error, Error::NotRtf);
+
+        // A package cannot be made below a file.
+        writeFile(folder.filePath(u"file"_s), "x");
+        QString error;
+        QVERIFY(!QWRtfdPackage::write(
+            QWAttributedString(u"x"_s), folder.filePath(u"file/p.rtfd"_s), &error));
+        QVERIFY(!error.isEmpty());
+    }
+};
+
+QTEST_MAIN(TestQWRtfdPackage)
+#include "TestQWRtfdPackage.moc"
