@@ -5,6 +5,7 @@
 #include "kit/QWColor.h"
 #include "kit/QWKeyedArchiver.h"
 #include "notes/SNStickyNote.h"
+#include "tags/SNHashtagScanner.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
@@ -14,7 +15,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRandomGenerator>
-#include <QRegularExpression>
 #include <QSaveFile>
 #include <QTemporaryDir>
 #include <QTextDocument>
@@ -27,13 +27,11 @@ namespace {
 QList<std::shared_ptr<SNTag>> markHashtags(
     QWMutableAttributedString &text, QRandomGenerator &random)
 {
-    static const QRegularExpression hashtag(
-        QStringLiteral("#(\\w+)"), QRegularExpression::UseUnicodePropertiesOption);
     QList<std::shared_ptr<SNTag>> tags;
-    QRegularExpressionMatchIterator matches = hashtag.globalMatch(text.string());
-    while (matches.hasNext()) {
-        const QRegularExpressionMatch match = matches.next();
-        const QString name = match.captured(0);
+    const QList<SNHashtagScanner::Occurrence> occurrences
+        = SNHashtagScanner::occurrencesInString(text.string());
+    for (const SNHashtagScanner::Occurrence &occurrence : occurrences) {
+        const QString &name = occurrence.name;
         std::shared_ptr<SNTag> tag = SNTagManager::sharedManager().tagWithName(name);
         if (!tag) {
             tag = SNTag::tagWithNameColor(name, QWColor::qw_randomColor(random));
@@ -42,7 +40,7 @@ QList<std::shared_ptr<SNTag>> markHashtags(
         if (!tags.contains(tag))
             tags.append(tag);
         text.modifyAttributesRange(
-            match.capturedStart(), match.capturedLength(), [&](QWTextAttributes &attributes) {
+            occurrence.start, occurrence.length, [&](QWTextAttributes &attributes) {
                 attributes.setLink(name);
                 attributes.setTagName(name);
             });

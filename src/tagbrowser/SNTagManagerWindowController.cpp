@@ -7,6 +7,7 @@
 #include "notewindow/SNStickyWindow.h"
 #include "tagbrowser/SNTagCloudView.h"
 #include "tagbrowser/SNTagSearchField.h"
+#include "tags/SNHashtagScanner.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 #include "ui_SNTagManagerWindowController.h"
@@ -20,7 +21,6 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QRegion>
-#include <QRegularExpression>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -42,14 +42,6 @@ QList<SNStickyNoteWindowController *> noteWindowControllers()
 {
     return QWWindowManager::sharedManager()
         .windowControllersForClass<SNStickyNoteWindowController>();
-}
-
-// The hashtags of a search text, as the notes write them.
-const QRegularExpression &hashtagExpression()
-{
-    static const QRegularExpression expression(QStringLiteral("#(\\w+)"),
-        QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
-    return expression;
 }
 
 // Sees every key release of the program before its receiver does.
@@ -364,8 +356,10 @@ void SNTagManagerWindowController::tokenizeTags()
         setSelectedTags({});
         return;
     }
-    QRegularExpressionMatchIterator matches = hashtagExpression().globalMatch(text);
-    if (!matches.hasNext()) {
+    // The hashtags of a search text, as the notes write them.
+    const QList<SNHashtagScanner::Occurrence> occurrences
+        = SNHashtagScanner::occurrencesInString(text);
+    if (occurrences.isEmpty()) {
         setSelectedTags({});
         return;
     }
@@ -378,9 +372,8 @@ void SNTagManagerWindowController::tokenizeTags()
     cursor.setCharFormat(QTextCharFormat());
     QList<std::shared_ptr<SNTag>> selection;
     SNTagManager &index = SNTagManager::sharedManager();
-    while (matches.hasNext()) {
-        const QRegularExpressionMatch match = matches.next();
-        const std::shared_ptr<SNTag> tag = index.tagWithName(match.captured(0));
+    for (const SNHashtagScanner::Occurrence &occurrence : occurrences) {
+        const std::shared_ptr<SNTag> tag = index.tagWithName(occurrence.name);
         QTextCharFormat colour;
         if (tag) {
             selection.append(tag);
@@ -388,8 +381,8 @@ void SNTagManagerWindowController::tokenizeTags()
         } else {
             colour.setForeground(QColor(Qt::black));
         }
-        cursor.setPosition(int(match.capturedStart(0)));
-        cursor.setPosition(int(match.capturedEnd(0)), QTextCursor::KeepAnchor);
+        cursor.setPosition(int(occurrence.start));
+        cursor.setPosition(int(occurrence.start + occurrence.length), QTextCursor::KeepAnchor);
         cursor.mergeCharFormat(colour);
     }
     cursor.endEditBlock();
