@@ -37,8 +37,12 @@ QJsonValue colorValue(const std::optional<QWColor> &color)
 {
     if (!color)
         return QJsonValue();
-    return QJsonArray { color->redComponent(), color->greenComponent(), color->blueComponent(),
-        color->alphaComponent() };
+    // One line, red green blue alpha, each as short as reads back exactly.
+    QStringList components;
+    for (const double component : { color->redComponent(), color->greenComponent(),
+             color->blueComponent(), color->alphaComponent() })
+        components.append(QString::number(component, 'g', QLocale::FloatingPointShortest));
+    return components.join(u' ');
 }
 
 QJsonObject attributesObject(const QWTextAttributes &attributes)
