@@ -114,6 +114,11 @@ inline std::unique_ptr<SNStickyNoteWindowController> openNote(
     return controller;
 }
 
+inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
+{
+    return SNStickyNoteManager::sharedManager().notesArray().contains(note);
+}
+
 // What the notes archive holds now, read back by a store of its own.
 inline QList<std::shared_ptr<SNStickyNote>> notesInArchive()
 {

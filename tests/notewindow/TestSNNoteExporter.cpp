@@ -27,10 +27,6 @@ private Q_SLOTS:
 private:
     // First: the shared stores are made on first use, inside these private folders.
     QWTestEnvironment m_environment;
-    static bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
-    {
-        return SNStickyNoteManager::sharedManager().notesArray().contains(note);
-    }
 
     std::unique_ptr<QWManualScheduler> m_scheduler;
     std::shared_ptr<ScriptedPresenter> m_presenter;
