@@ -6,14 +6,17 @@
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
+#include "notewindow/SNTextView.h"
 
 #include <QAbstractButton>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStringList>
 #include <QTest>
+#include <QTextCursor>
 
 #include <memory>
 
@@ -111,6 +114,11 @@ inline std::unique_ptr<SNStickyNoteWindowController> openNote(
     return controller;
 }
 
+inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
+{
+    return SNStickyNoteManager::sharedManager().notesArray().contains(note);
+}
+
 // What the notes archive holds now, read back by a store of its own.
 inline QList<std::shared_ptr<SNStickyNote>> notesInArchive()
 {
@@ -158,4 +166,51 @@ inline QWArchiveValue archivedValueForKey(const QString &text, const QString &ke
         return value ? *value : QWArchiveValue();
     }
     return {};
+}
+
+// The titles of a menu's items, without accelerators or shortcuts; a separator is "-".
+inline QStringList titles(const QMenu *menu)
+{
+    QStringList result;
+    const QList<QAction *> items = menu->actions();
+    for (const QAction *item : items) {
+        QString title = item->isSeparator() ? QStringLiteral("-") : item->text();
+        title = title.left(title.indexOf(QLatin1Char('\t')));
+        result.append(title.remove(QLatin1Char('&')));
+    }
+    return result;
+}
+
+inline QAction *itemTitled(const QMenu *menu, const QString &title)
+{
+    const QList<QAction *> items = menu->actions();
+    for (QAction *item : items) {
+        if (item->text() == title)
+            return item;
+    }
+    return nullptr;
+}
+
+inline void select(SNTextView *view, int start, int end)
+{
+    QTextCursor cursor = view->textCursor();
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    view->setTextCursor(cursor);
+}
+
+// A point of the viewport over the character at the index.
+inline QPoint pointOfCharacter(SNTextView *view, int index)
+{
+    QTextCursor cursor(view->document());
+    cursor.setPosition(index);
+    const QRect before = view->cursorRect(cursor);
+    return before.center() + QPoint(3, 0);
+}
+
+inline QTextCharFormat formatAt(const QTextDocument &document, int index)
+{
+    QTextCursor cursor(const_cast<QTextDocument *>(&document));
+    cursor.setPosition(index + 1);
+    return cursor.charFormat();
 }

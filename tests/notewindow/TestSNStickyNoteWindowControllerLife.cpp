@@ -4,15 +4,12 @@
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 
-#include <QMenu>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTextCursor>
 #include <QToolButton>
 
-// A note window's life: opening, the save delay, closing with and without the export question,
-// exporting, and quitting.
+// A note window's life: opening, the save delay, closing, deleting and quitting.
 class TestSNStickyNoteWindowControllerLife final : public QObject
 {
     Q_OBJECT
@@ -22,13 +19,7 @@ private Q_SLOTS:
     void cleanup();
 
     void emptyNoteClosesWithoutQuestionAndLeavesTheStore();
-    void noteWithTextAsksAndCancelKeepsIt();
-    void questionStaysAboveAFloatingNote();
     void deleteNoteRemovesItFromTheArchive();
-    void exportThenCancelKeepsTheNote();
-    void exportWritesRtfAndRemovesTheNote();
-    void failedExportSaysSoAndKeepsTheNote();
-    void exportCommandKeepsTheNote();
     void editsInABurstSaveOnceAfterTheLast();
     void openingANoteSavesNothing();
     void quitKeepsEveryNoteWithItsLatestTextAndFrame();
@@ -37,14 +28,9 @@ private Q_SLOTS:
 private:
     // First: the shared stores are made on first use, inside these private folders.
     QWTestEnvironment m_environment;
-    static bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
-    {
-        return SNStickyNoteManager::sharedManager().notesArray().contains(note);
-    }
 
     std::unique_ptr<QWManualScheduler> m_scheduler;
     std::shared_ptr<ScriptedPresenter> m_presenter;
-    QTemporaryDir m_exportFolder;
 };
 
 void TestSNStickyNoteWindowControllerLife::init()
@@ -76,66 +62,6 @@ void TestSNStickyNoteWindowControllerLife::emptyNoteClosesWithoutQuestionAndLeav
     QCOMPARE(willClose.count(), 1);
 }
 
-void TestSNStickyNoteWindowControllerLife::noteWithTextAsksAndCancelKeepsIt()
-{
-    auto note = noteWithText(QStringLiteral("Call the plumber"));
-    SNStickyNoteManager::sharedManager().addNote(note);
-    // Not touched in this session: the text alone makes it worth asking.
-    auto controller = openNote(note, m_presenter);
-    QVERIFY(controller->wasEdited());
-
-    m_presenter->alertAnswers = { QStringLiteral("Cancel") };
-    controller->close();
-
-    QCOMPARE(m_presenter->alerts.size(), 1);
-    const ScriptedPresenter::Alert &alert = m_presenter->alerts.first();
-    QCOMPARE(alert.text, QStringLiteral("Would you like to export this note?"));
-    QCOMPARE(alert.informativeText,
-        QStringLiteral("If you do not export this note, its contents will be permanently lost."));
-    QCOMPARE(alert.buttons,
-        QStringList(
-            { QStringLiteral("Export"), QStringLiteral("Cancel"), QStringLiteral("Delete Note") }));
-    QCOMPARE(alert.roles,
-        QList<QMessageBox::ButtonRole>(
-            { QMessageBox::AcceptRole, QMessageBox::RejectRole, QMessageBox::DestructiveRole }));
-    QCOMPARE(alert.defaultButton, QStringLiteral("Export"));
-    QCOMPARE(alert.escapeButton, QStringLiteral("Cancel"));
-    QCOMPARE(alert.parent, controller->window());
-    QVERIFY(controller->window()->isVisible());
-    QVERIFY(storeHolds(note));
-
-    // A close asked for by the window manager goes through the same question.
-    m_presenter->alertAnswers = { QStringLiteral("Cancel") };
-    QVERIFY(!controller->window()->close());
-    QCOMPARE(m_presenter->alerts.size(), 2);
-    QVERIFY(controller->window()->isVisible());
-    QVERIFY(storeHolds(note));
-    QCOMPARE(m_scheduler->scheduledCount(), 0);
-}
-
-void TestSNStickyNoteWindowControllerLife::questionStaysAboveAFloatingNote()
-{
-    std::vector<std::unique_ptr<SNStickyNoteWindowController>> controllers;
-    for (const qint64 pinState : { SNStickyNote::PinStateFloating, SNStickyNote::PinStateDesktop,
-             SNStickyNote::PinStateNormal }) {
-        auto note = noteWithText(QStringLiteral("Pinned %1").arg(pinState));
-        note->setPinState(pinState);
-        SNStickyNoteManager::sharedManager().addNote(note);
-        controllers.push_back(openNote(note, m_presenter));
-    }
-
-    m_presenter->alertAnswers
-        = { QStringLiteral("Cancel"), QStringLiteral("Cancel"), QStringLiteral("Cancel") };
-    for (const auto &controller : controllers)
-        controller->close();
-
-    QCOMPARE(m_presenter->alerts.size(), 3);
-    // Above the floating note, and never down on the desktop with a pinned one.
-    QVERIFY(m_presenter->alerts[0].staysOnTop);
-    QVERIFY(m_presenter->alerts[1].staysOnTop);
-    QVERIFY(!m_presenter->alerts[2].staysOnTop);
-}
-
 void TestSNStickyNoteWindowControllerLife::deleteNoteRemovesItFromTheArchive()
 {
     const QString text = QStringLiteral("Old phone numbers");
@@ -154,98 +80,6 @@ void TestSNStickyNoteWindowControllerLife::deleteNoteRemovesItFromTheArchive()
     QVERIFY(!archivedNoteWithText(text));
     QCOMPARE(willClose.count(), 1);
     QVERIFY(!controller->stickyWindow()->delegate());
-}
-
-void TestSNStickyNoteWindowControllerLife::exportThenCancelKeepsTheNote()
-{
-    auto note = noteWithText(QStringLiteral("Groceries"));
-    SNStickyNoteManager::sharedManager().addNote(note);
-    auto controller = openNote(note, m_presenter);
-
-    m_presenter->alertAnswers = { QStringLiteral("Export") };
-    m_presenter->panelAnswers = { QString() };
-    controller->close();
-    QVERIFY(controller->window()->isVisible());
-    // The save panel waits until the question has gone.
-    m_scheduler->advanceBy(SNStickyNoteWindowController::exportDelay - 0.01);
-    QVERIFY(m_presenter->panels.isEmpty());
-    m_scheduler->advanceBy(0.01);
-
-    QCOMPARE(m_presenter->panels.size(), 1);
-    const ScriptedPresenter::Panel &panel = m_presenter->panels.first();
-    QCOMPARE(panel.acceptLabel, QStringLiteral("Choose"));
-    QCOMPARE(panel.acceptMode, QFileDialog::AcceptSave);
-    QCOMPARE(panel.proposedName, controller->window()->windowTitle() + QStringLiteral(".rtf"));
-    QCOMPARE(panel.defaultSuffix, QStringLiteral("rtf"));
-    QCOMPARE(panel.nameFilters.size(), 1);
-    QVERIFY(panel.nameFilters.first().contains(QStringLiteral("*.rtf")));
-    QVERIFY(controller->window()->isVisible());
-    QVERIFY(storeHolds(note));
-    QVERIFY(!controller->isTerminating());
-}
-
-void TestSNStickyNoteWindowControllerLife::exportWritesRtfAndRemovesTheNote()
-{
-    const QString text = QStringLiteral("Recipe: pancakes");
-    auto note = noteWithText(text);
-    SNStickyNoteManager::sharedManager().addNote(note);
-    auto controller = openNote(note, m_presenter);
-    QSignalSpy willClose(controller.get(), &QWWindowController::windowWillClose);
-
-    const QString path = m_exportFolder.filePath(QStringLiteral("pancakes.rtf"));
-    m_presenter->alertAnswers = { QStringLiteral("Export") };
-    m_presenter->panelAnswers = { path };
-    controller->close();
-    m_scheduler->advanceBy(SNStickyNoteWindowController::exportDelay);
-
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray rtf = file.readAll();
-    QVERIFY(rtf.startsWith("{\\rtf1"));
-    QVERIFY(rtf.contains("Recipe: pancakes"));
-    QVERIFY(!storeHolds(note));
-    QVERIFY(!archivedNoteWithText(text));
-    QVERIFY(controller->isTerminating());
-    QVERIFY(!controller->window()->isVisible());
-    QCOMPARE(willClose.count(), 1);
-    // Closed after the export: no second question.
-    QCOMPARE(m_presenter->alerts.size(), 1);
-}
-
-void TestSNStickyNoteWindowControllerLife::failedExportSaysSoAndKeepsTheNote()
-{
-    auto note = noteWithText(QStringLiteral("Unwritable"));
-    SNStickyNoteManager::sharedManager().addNote(note);
-    auto controller = openNote(note, m_presenter);
-
-    m_presenter->alertAnswers = { QStringLiteral("Export"), QStringLiteral("OK") };
-    m_presenter->panelAnswers = { m_exportFolder.filePath(QStringLiteral("missing/folder/x.rtf")) };
-    controller->close();
-    m_scheduler->advanceBy(SNStickyNoteWindowController::exportDelay);
-
-    QCOMPARE(m_presenter->alerts.size(), 2);
-    QCOMPARE(m_presenter->alerts[1].text, QStringLiteral("Could not export note"));
-    QCOMPARE(m_presenter->alerts[1].informativeText,
-        QStringLiteral("An error occured when trying to export this note.\nPlease try again"));
-    QVERIFY(controller->window()->isVisible());
-    QVERIFY(storeHolds(note));
-    QVERIFY(!controller->isTerminating());
-}
-
-void TestSNStickyNoteWindowControllerLife::exportCommandKeepsTheNote()
-{
-    auto note = noteWithText(QStringLiteral("Keep me"));
-    SNStickyNoteManager::sharedManager().addNote(note);
-    auto controller = openNote(note, m_presenter);
-    const QString path = m_exportFolder.filePath(QStringLiteral("keep.rtf"));
-    m_presenter->panelAnswers = { path };
-
-    controller->saveNote(static_cast<QObject *>(controller->settingsMenu()));
-
-    QVERIFY(QFileInfo::exists(path));
-    QVERIFY(storeHolds(note));
-    QVERIFY(controller->window()->isVisible());
-    QVERIFY(m_presenter->alerts.isEmpty());
 }
 
 void TestSNStickyNoteWindowControllerLife::editsInABurstSaveOnceAfterTheLast()

@@ -1,15 +1,14 @@
 #include "SNNoteWindowTestSupport.h"
 #include "kit/QWNotificationCenter.h"
 #include "kit/widgets/QWGradientView.h"
+#include "notewindow/SNNoteMenus.h"
 #include "notewindow/SNTextView.h"
 #include "notewindow/SNToolbarIcon.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 #include "themes/SNDarkTheme.h"
 #include "themes/SNTheme.h"
-#include "themes/SNThemeManager.h"
 #include "themes/SNTimeOfDayTheme.h"
-#include "themes/SNUserTheme.h"
 #include "themes/SNYellowPadTheme.h"
 
 #include <QFontInfo>
@@ -46,27 +45,6 @@ QImage iconImage(const QIcon &icon)
     return icon.pixmap(QSize(SNToolbarIcon::iconSize, SNToolbarIcon::iconSize), 1.0).toImage();
 }
 
-QAction *themeItemNamed(QMenu *menu, const QString &name)
-{
-    const QList<QAction *> items = menu->actions();
-    for (QAction *item : items) {
-        if (item->text() == name)
-            return item;
-    }
-    return nullptr;
-}
-
-QStringList checkedItems(QMenu *menu)
-{
-    QStringList checked;
-    const QList<QAction *> items = menu->actions();
-    for (const QAction *item : items) {
-        if (item->isChecked())
-            checked.append(item->text());
-    }
-    return checked;
-}
-
 } // namespace
 
 // A note drawn in its theme, and what a change of theme does to its text and window.
@@ -83,7 +61,6 @@ private Q_SLOTS:
     void emptyNoteTypesInTheNewTheme();
     void windowTakesTheThemesLook();
     void linksShowInTheThemesLinkStyle();
-    void themeMenuListsThemesWithOneChecked();
     void timeOfDayNoticeRedrawsWithoutTouchingTheText();
 
 private:
@@ -124,7 +101,7 @@ void TestSNStickyNoteWindowControllerTheme::yellowToDarkKeepsChosenColoursAndTra
     // Everything selected while the theme changes, as a user's selection may be.
     QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
 
-    QAction *dark = themeItemNamed(controller->themeMenu(), QStringLiteral("Dark"));
+    QAction *dark = itemTitled(controller->menus()->themeMenu(), QStringLiteral("Dark"));
     QVERIFY(dark);
     dark->trigger();
 
@@ -173,7 +150,7 @@ void TestSNStickyNoteWindowControllerTheme::yellowToDarkKeepsChosenColoursAndTra
     QCOMPARE(stored(19).link(), QString());
 
     // Back to Yellow: white was Dark's default, so it turns black again; red stays red.
-    themeItemNamed(controller->themeMenu(), QStringLiteral("Yellow"))->trigger();
+    itemTitled(controller->menus()->themeMenu(), QStringLiteral("Yellow"))->trigger();
     QCOMPARE(stored(0).foregroundColor(), std::optional<QWColor>(QWColor::black()));
     QCOMPARE(stored(6).foregroundColor(), std::optional<QWColor>(paletteRed));
     QCOMPARE(iconImage(controller->closeButton()->icon()),
@@ -196,7 +173,7 @@ void TestSNStickyNoteWindowControllerTheme::familyChangesWhileEachRunKeepsItsSiz
     // Monospace is drawn in a fixed-pitch look-alike where Menlo itself is missing.
     QVERIFY(QFontInfo(view->font()).fixedPitch());
 
-    themeItemNamed(controller->themeMenu(), QStringLiteral("English"))->trigger();
+    itemTitled(controller->menus()->themeMenu(), QStringLiteral("English"))->trigger();
 
     const QWFont english = note->theme()->defaultFont();
     QCOMPARE(english, QWFont(QStringLiteral("Georgia"), 16));
@@ -220,7 +197,7 @@ void TestSNStickyNoteWindowControllerTheme::emptyNoteTypesInTheNewTheme()
     auto note = SNStickyNote::note();
     auto controller = openNote(note);
 
-    themeItemNamed(controller->themeMenu(), QStringLiteral("Presentation"))->trigger();
+    itemTitled(controller->menus()->themeMenu(), QStringLiteral("Presentation"))->trigger();
     QTest::keyClicks(controller->textView(), QStringLiteral("Slide"));
 
     controller->flushNote();
@@ -294,45 +271,6 @@ void TestSNStickyNoteWindowControllerTheme::linksShowInTheThemesLinkStyle()
     QTest::mouseMove(
         view->viewport(), QPoint(view->viewport()->width() - 5, view->viewport()->height() - 5));
     QCOMPARE(view->viewport()->cursor().shape(), Qt::IBeamCursor);
-}
-
-void TestSNStickyNoteWindowControllerTheme::themeMenuListsThemesWithOneChecked()
-{
-    auto note = noteWithText(QStringLiteral("Menu"));
-    note->setThemeName(QStringLiteral("SNHackerTheme"));
-    auto controller = openNote(note);
-    QMenu *menu = controller->themeMenu();
-
-    QStringList names;
-    for (const QAction *item : menu->actions())
-        names.append(item->text());
-    QCOMPARE(names,
-        QStringList({ QStringLiteral("Yellow"), QStringLiteral("Monospace"),
-            QStringLiteral("Monospace Dark"), QStringLiteral("Dark"), QStringLiteral("English"),
-            QStringLiteral("Hacker"), QStringLiteral("Presentation") }));
-    QCOMPARE(checkedItems(menu), QStringList({ QStringLiteral("Hacker") }));
-    for (const QAction *item : menu->actions()) {
-        QVERIFY(!item->icon().isNull());
-        QCOMPARE(item->icon().availableSizes().first(), QSize(12, 12));
-    }
-
-    // A user theme saved elsewhere comes in after a separator.
-    auto mine = SNUserTheme::theme();
-    mine->setName(QStringLiteral("Mine"));
-    SNThemeManager::sharedManager().addTheme(mine);
-    SNThemeManager::sharedManager().save();
-    const QList<QAction *> items = menu->actions();
-    QCOMPARE(items.size(), 9);
-    QVERIFY(items[7]->isSeparator());
-    QCOMPARE(items[8]->text(), QStringLiteral("Mine"));
-    QCOMPARE(checkedItems(menu), QStringList({ QStringLiteral("Hacker") }));
-
-    items[8]->trigger();
-    QCOMPARE(note->themeName(), mine->saveName());
-    QCOMPARE(checkedItems(menu), QStringList({ QStringLiteral("Mine") }));
-
-    SNThemeManager::sharedManager().removeTheme(mine);
-    SNThemeManager::sharedManager().save();
 }
 
 void TestSNStickyNoteWindowControllerTheme::timeOfDayNoticeRedrawsWithoutTouchingTheText()

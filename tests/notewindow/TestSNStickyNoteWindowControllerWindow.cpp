@@ -1,24 +1,20 @@
 #include "SNNoteWindowTestSupport.h"
 #include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
-#include "notewindow/SNElidingLabel.h"
-#include "notewindow/SNTextView.h"
-#include "notewindow/SNTitleBarView.h"
+#include "notewindow/SNNoteMenus.h"
 #include "notewindow/SNWindowFrameString.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
-#include <QLabel>
 #include <QMenu>
 #include <QScreen>
 #include <QSlider>
 #include <QTest>
 #include <QWidgetAction>
 
-// What a note window does with its window: frames, collapsing, pin states, transparency and the
-// tag filter.
+// What a note window does with its window: frames, pin states, transparency and the tag filter.
 class TestSNStickyNoteWindowControllerWindow final : public QObject
 {
     Q_OBJECT
@@ -29,11 +25,6 @@ private Q_SLOTS:
 
     void opensAtItsStoredFrame();
     void frameBeyondEveryScreenOpensOnOne();
-    void collapseKeepsTheTopEdgeAndLocksTheHeight();
-    void animatedCollapseAndExpand();
-    void animatedExpandStaysAboveTheScreenBottom();
-    void storedCollapsedNoteOpensCollapsed();
-    void titleBarDoubleClickTogglesCollapse();
     void transparencyZeroOpensOpaque();
     void sliderSetsTransparency();
     void unknownPinStateShowsNormalAndIsKept();
@@ -88,148 +79,6 @@ void TestSNStickyNoteWindowControllerWindow::frameBeyondEveryScreenOpensOnOne()
     QVERIFY(screen.contains(frame));
 }
 
-void TestSNStickyNoteWindowControllerWindow::collapseKeepsTheTopEdgeAndLocksTheHeight()
-{
-    auto note = noteWithText(QStringLiteral("Tall note"));
-    note->setWindowFrame(QStringLiteral("{{100, 120}, {260, 300}}"));
-    auto controller = openNote(note);
-    QWidget *window = controller->window();
-    QCOMPARE(controller->collapsedHeight(), 30);
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
-    QCOMPARE(window->minimumHeight(), SNStickyNoteWindowController::minimumExpandedHeight);
-
-    controller->collapseWindowAnimated(false);
-
-    QCOMPARE(window->geometry(), QRect(100, 120, 260, 30));
-    QVERIFY(controller->isCollapsed());
-    QVERIFY(note->isCollapsed());
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
-    QVERIFY(controller->textView()->isReadOnly());
-    QVERIFY(controller->wordCountContainerView()->isHidden());
-    QVERIFY(!controller->collapsedTitleLabel()->isHidden());
-    // Only the width can change while collapsed.
-    QCOMPARE(window->minimumHeight(), 30);
-    QCOMPARE(window->maximumHeight(), 30);
-    QCOMPARE(controller->windowWillResizeToSize(controller->stickyWindow(), QSize(320, 200)),
-        QSize(320, 30));
-    window->resize(300, 200);
-    QCOMPARE(window->size(), QSize(300, 30));
-    window->resize(260, 30);
-
-    // The delayed save files the frame under the collapsed one and keeps the full one.
-    QVERIFY(note->collapsedWindowFrame().isEmpty());
-    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(note->collapsedWindowFrame(), QStringLiteral("{{100, 120}, {260, 30}}"));
-    QCOMPARE(note->windowFrame(), QStringLiteral("{{100, 120}, {260, 300}}"));
-
-    // Back exactly as stored.
-    window->move(140, 150);
-    controller->uncollapseWindowAnimated(false);
-    QCOMPARE(window->geometry(), QRect(100, 120, 260, 300));
-    QVERIFY(!controller->isCollapsed());
-    QVERIFY(!note->isCollapsed());
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
-    QVERIFY(!controller->textView()->isReadOnly());
-    QVERIFY(!controller->wordCountContainerView()->isHidden());
-    QVERIFY(controller->collapsedTitleLabel()->isHidden());
-    QCOMPARE(window->maximumHeight(), QWIDGETSIZE_MAX);
-}
-
-void TestSNStickyNoteWindowControllerWindow::animatedCollapseAndExpand()
-{
-    auto note = noteWithText(QStringLiteral("Animated"));
-    note->setWindowFrame(QStringLiteral("{{80, 100}, {250, 280}}"));
-    auto controller = openNote(note);
-    QWidget *window = controller->window();
-
-    controller->toggleCollapsedWindow();
-    QVERIFY(controller->isCollapsed());
-    QTRY_COMPARE(window->geometry(), QRect(80, 100, 250, 30));
-    // Stored as soon as the animation ends; the save itself follows the delay.
-    QTRY_COMPARE(note->collapsedWindowFrame(), QStringLiteral("{{80, 100}, {250, 30}}"));
-    QCOMPARE(m_scheduler->scheduledCount(), 1);
-    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-
-    // An animated expand grows from where the collapsed note stands now and keeps its width,
-    // and saves at once.
-    window->setGeometry(90, 140, 230, 30);
-    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    controller->toggleCollapsedWindow();
-    QVERIFY(!controller->isCollapsed());
-    QTRY_COMPARE(window->geometry(), QRect(90, 140, 230, 280));
-    QTRY_COMPARE(note->windowFrame(), QStringLiteral("{{90, 140}, {230, 280}}"));
-    QCOMPARE(window->minimumHeight(), SNStickyNoteWindowController::minimumExpandedHeight);
-}
-
-void TestSNStickyNoteWindowControllerWindow::animatedExpandStaysAboveTheScreenBottom()
-{
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    auto note = noteWithText(QStringLiteral("Low"));
-    note->setWindowFrame(QStringLiteral("{{60, 60}, {240, 300}}"));
-    note->setIsCollapsed(true);
-    note->setCollapsedWindowFrame(
-        SNWindowFrameString::stringFromRect(QRect(60, screen.bottom() - 60, 240, 30)));
-    auto controller = openNote(note);
-    QCOMPARE(controller->window()->geometry(), QRect(60, screen.bottom() - 60, 240, 30));
-
-    controller->uncollapseWindowAnimated(true);
-
-    QTRY_COMPARE(controller->window()->geometry().height(), 300);
-    QCOMPARE(controller->window()->geometry().bottom(), screen.bottom());
-    QCOMPARE(controller->window()->geometry().x(), 60);
-}
-
-void TestSNStickyNoteWindowControllerWindow::storedCollapsedNoteOpensCollapsed()
-{
-    auto note = noteWithText(QStringLiteral("Folded"));
-    note->setWindowFrame(QStringLiteral("{{50, 60}, {280, 240}}"));
-    note->setIsCollapsed(true);
-    note->setCollapsedWindowFrame(QStringLiteral("{{70, 80}, {280, 30}}"));
-    auto controller = openNote(note);
-
-    QVERIFY(controller->isCollapsed());
-    QCOMPARE(controller->window()->geometry(), QRect(70, 80, 280, 30));
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
-    QVERIFY(controller->collapsedTitleLabel()->isVisible());
-    QVERIFY(!controller->wordCountContainerView()->isVisible());
-
-    // A long title ends in an ellipsis and leaves the note as wide as it was.
-    auto *title = qobject_cast<SNElidingLabel *>(controller->collapsedTitleLabel());
-    QVERIFY(title);
-    title->setText(
-        QStringLiteral("A very long first line that could never fit into the title bar of a note"));
-    QCoreApplication::processEvents();
-    QCOMPARE(controller->window()->geometry(), QRect(70, 80, 280, 30));
-    QVERIFY(title->shownText().endsWith(QChar(0x2026)));
-    QVERIFY(title->fontMetrics().horizontalAdvance(title->shownText())
-        <= title->contentsRect().width());
-    title->setText(QStringLiteral("Short"));
-    QCOMPARE(title->shownText(), QStringLiteral("Short"));
-
-    controller->uncollapseWindowAnimated(false);
-    QCOMPARE(controller->window()->geometry(), QRect(50, 60, 280, 240));
-}
-
-void TestSNStickyNoteWindowControllerWindow::titleBarDoubleClickTogglesCollapse()
-{
-    auto note = noteWithText(QStringLiteral("Double"));
-    note->setWindowFrame(QStringLiteral("{{30, 40}, {250, 220}}"));
-    auto controller = openNote(note);
-    auto other = openNote(noteWithText(QStringLiteral("Other")));
-
-    // Only this note's own title bar counts.
-    QTest::mouseDClick(other->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
-    QVERIFY(!controller->isCollapsed());
-    QVERIFY(other->isCollapsed());
-
-    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
-    QVERIFY(controller->isCollapsed());
-    QTRY_COMPARE(controller->window()->height(), controller->collapsedHeight());
-    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
-    QVERIFY(!controller->isCollapsed());
-    QTRY_COMPARE(controller->window()->height(), 220);
-}
-
 void TestSNStickyNoteWindowControllerWindow::transparencyZeroOpensOpaque()
 {
     auto note = noteWithText(QStringLiteral("See-through?"));
@@ -240,10 +89,10 @@ void TestSNStickyNoteWindowControllerWindow::transparencyZeroOpensOpaque()
     QCOMPARE(controller->alphaSlider()->value(), controller->alphaSlider()->maximum());
     QCOMPARE(note->windowAlpha(), 1.0);
     // The slider sits inside the settings menu.
-    QCOMPARE(
-        controller->alphaMenuItem()->defaultWidget(), controller->alphaSlider()->parentWidget());
-    QVERIFY(controller->settingsMenu()->actions().contains(controller->alphaMenuItem()));
-    QVERIFY(controller->alphaMenuItem()->isVisible());
+    QCOMPARE(controller->menus()->alphaMenuItem()->defaultWidget(),
+        controller->alphaSlider()->parentWidget());
+    QVERIFY(controller->settingsMenu()->actions().contains(controller->menus()->alphaMenuItem()));
+    QVERIFY(controller->menus()->alphaMenuItem()->isVisible());
 }
 
 void TestSNStickyNoteWindowControllerWindow::sliderSetsTransparency()
@@ -272,7 +121,7 @@ void TestSNStickyNoteWindowControllerWindow::unknownPinStateShowsNormalAndIsKept
     SNStickyNoteManager::sharedManager().addNote(note);
     auto controller = openNote(note);
 
-    const QList<QAction *> items = controller->pinMenu()->actions();
+    const QList<QAction *> items = controller->menus()->pinMenu()->actions();
     QCOMPARE(items.size(), 3);
     QVERIFY(items[0]->isChecked());
     QVERIFY(!items[1]->isChecked());
@@ -294,7 +143,7 @@ void TestSNStickyNoteWindowControllerWindow::pinMenuChoosesTheLevel()
 {
     auto note = noteWithText(QStringLiteral("Pins"));
     auto controller = openNote(note);
-    const QList<QAction *> items = controller->pinMenu()->actions();
+    const QList<QAction *> items = controller->menus()->pinMenu()->actions();
     const auto checkedItems = [&] {
         QList<int> checked;
         for (int i = 0; i < items.size(); ++i) {

@@ -1,4 +1,6 @@
 #include "SNNoteWindowTestSupport.h"
+#include "notewindow/SNNoteCollapser.h"
+#include "notewindow/SNNoteMenus.h"
 #include "notewindow/SNTitleBarView.h"
 #include "notewindow/SNWindowFrameString.h"
 #include "support/QWManualScheduler.h"
@@ -185,7 +187,7 @@ void TestSNStickyNoteWindowIntegration::pinStatesCarryTheWindowManagerStates()
     QVERIFY(desktop(normalController->window()) != everyDesktop);
 
     // Chosen from the pin menu while shown.
-    const QList<QAction *> items = normalController->pinMenu()->actions();
+    const QList<QAction *> items = normalController->menus()->pinMenu()->actions();
     items[2]->trigger();
     QTRY_VERIFY(netWmStates(normalController->window()).contains(below));
     QTRY_COMPARE(desktop(normalController->window()), everyDesktop);
@@ -220,8 +222,8 @@ void TestSNStickyNoteWindowIntegration::draggingTheTitleBarMovesItAndTheArchive(
     m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
 
     // An empty stretch of the title bar, between the close button and the others.
-    const QPoint grab
-        = window->mapToGlobal(QPoint(window->width() / 2, controller->collapsedHeight() / 2));
+    const QPoint grab = window->mapToGlobal(
+        QPoint(window->width() / 2, controller->collapser()->collapsedHeight() / 2));
     QVERIFY(window->childAt(window->mapFromGlobal(grab)) == controller->buttonContainerView()
         || window->childAt(window->mapFromGlobal(grab)) == controller->titleBarView());
     QVERIFY(xdotool(
