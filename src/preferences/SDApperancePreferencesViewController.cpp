@@ -7,85 +7,25 @@
 #include "kit/widgets/QWGradientView.h"
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
+#include "preferences/SDThemeListModel.h"
 #include "preferences/SDThemeNameDelegate.h"
+#include "preferences/SDThemePanels.h"
+#include "preferences/SDThemePreview.h"
 #include "settings/SNUserDefaults.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"
-#include "themeview/SNLinkHighlighter.h"
 #include "themeview/SNThemeSwatch.h"
-#include "themeview/SNThemeTextStyler.h"
 #include "ui_SDApperancePreferencesViewController.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QColorDialog>
-#include <QFontDatabase>
-#include <QFontDialog>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QRegularExpression>
-#include <QScreen>
-#include <QTableWidget>
-#include <QTextBlock>
-#include <QTextBrowser>
-#include <QTextCursor>
-#include <QTimer>
+#include <QTableView>
 
 #include <algorithm>
-
-namespace {
-
-constexpr int nameColumn = 0;
-constexpr int rowHeight = 28;
-
-// Panels open beside the preferences window, so the preview stays in sight while they are used.
-void placeBesideWindow(QWidget *panel, const QWidget *window)
-{
-    if (!window || panel->isVisible())
-        return;
-    const QRect frame = window->frameGeometry();
-    const QScreen *screen = window->screen();
-    const QRect available = screen ? screen->availableGeometry() : frame;
-    const QSize size = panel->sizeHint();
-    QPoint origin(frame.right() + 8, frame.top());
-    if (origin.x() + size.width() > available.right())
-        origin.setX(frame.left() - 8 - size.width());
-    origin.setX(std::clamp(origin.x(), available.left(),
-        std::max(available.left(), available.right() - size.width())));
-    origin.setY(std::clamp(origin.y(), available.top(),
-        std::max(available.top(), available.bottom() - size.height())));
-    panel->move(origin);
-}
-
-// The font panel shows the first style of a family unless told which one the font is; the
-// plainest style with the font's weight and slant is meant.
-QFont fontWithStyleName(QFont font)
-{
-    const QString family = QWFont::substitutedFamily(font.family());
-    QString best;
-    for (const QString &style : QFontDatabase::styles(family)) {
-        if (QFontDatabase::bold(family, style) != font.bold()
-            || QFontDatabase::italic(family, style) != font.italic())
-            continue;
-        if (best.isEmpty() || style.size() < best.size())
-            best = style;
-    }
-    if (!best.isEmpty()) {
-        font.setFamily(family);
-        font.setStyleName(best);
-    }
-    return font;
-}
-
-} // namespace
-
-QString SDApperancePreferencesViewController::groupRowTitle()
-{
-    return tr("Themes");
-}
 
 QString SDApperancePreferencesViewController::cannotDeleteMessage()
 {
@@ -105,12 +45,6 @@ QString SDApperancePreferencesViewController::deleteConfirmationInformativeText(
 QString SDApperancePreferencesViewController::missingNameMessage()
 {
     return tr("Please enter a theme name");
-}
-
-QString SDApperancePreferencesViewController::sampleText()
-{
-    return tr("Saturday market #home\n"
-              "Bread, pears and flowers for the table. Ask about the cake for #family lunch.");
 }
 
 SDApperancePreferencesViewController::SDApperancePreferencesViewController(QObject *parent)
@@ -133,8 +67,7 @@ SDApperancePreferencesViewController::~SDApperancePreferencesViewController()
     // A change still waiting for its save is not lost with the window.
     if (m_delayTimer->isPending())
         save();
-    if (isViewLoaded())
-        resetFontPanel();
+    resetFontPanel();
 }
 
 SNThemeManager &SDApperancePreferencesViewController::themeManager() const
@@ -173,14 +106,21 @@ std::unique_ptr<QWidget> SDApperancePreferencesViewController::loadView()
 
 void SDApperancePreferencesViewController::qw_viewDidLoad()
 {
-    QTableWidget *table = m_ui->tableView;
-    table->setColumnCount(1);
-    table->horizontalHeader()->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
-    table->verticalHeader()->setDefaultSectionSize(rowHeight);
+    m_themeList = std::make_unique<SDThemeListModel>(themeManager(), defaults());
+    m_preview = std::make_unique<SDThemePreview>(m_ui->gradientView, m_ui->textView);
+    m_panels = std::make_unique<SDThemePanels>(view());
+    connect(m_panels.get(), &SDThemePanels::fontChosen, this,
+        &SDApperancePreferencesViewController::didChangeFont);
+
+    QTableView *table = m_ui->tableView;
+    table->setModel(m_themeList.get());
+    table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    // Each row is as high as the list asks: the group row stands taller.
+    table->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     table->setIconSize(QSize(SNThemeSwatch::swatchSize, SNThemeSwatch::swatchSize));
     table->setFocusPolicy(Qt::StrongFocus);
     // Rows are chosen whole: no frame around the cell that has the keyboard.
-    table->setStyleSheet(QStringLiteral("QTableWidget { outline: 0; }"));
+    table->setStyleSheet(QStringLiteral("QTableView { outline: 0; }"));
     auto *delegate = new SDThemeNameDelegate(table);
     table->setItemDelegate(delegate);
     connect(delegate, &SDThemeNameDelegate::editingDidBegin, this,
@@ -188,7 +128,7 @@ void SDApperancePreferencesViewController::qw_viewDidLoad()
     connect(delegate, &SDThemeNameDelegate::editingDidEnd, this,
         &SDApperancePreferencesViewController::nameEditingDidEnd);
     table->installEventFilter(this);
-    connect(table, &QTableWidget::itemSelectionChanged, this,
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
         &SDApperancePreferencesViewController::tableViewSelectionDidChange);
 
     connect(
@@ -206,26 +146,9 @@ void SDApperancePreferencesViewController::qw_viewDidLoad()
             &SDApperancePreferencesViewController::colorDidChange);
     }
 
-    // The preview is a note in miniature: the gradient shows through the text.
-    QTextBrowser *preview = m_ui->textView;
-    preview->setStyleSheet(QStringLiteral("QTextBrowser { background: transparent; }"));
-    preview->viewport()->setAutoFillBackground(false);
-    preview->setFocusPolicy(Qt::NoFocus);
-    preview->setPlainText(sampleText());
-    m_linkHighlighter = new SNLinkHighlighter(preview->document());
-    tokenizeTags();
-
-    reloadThemes();
-    reloadData();
-    int row = 1;
-    const QString defaultName = defaults().defaultThemeName();
-    for (int candidate = 1; candidate < numberOfRows(); ++candidate) {
-        if (themeAtRow(candidate)->saveName() == defaultName) {
-            row = candidate;
-            break;
-        }
-    }
-    selectRow(row);
+    // Opens on the theme new notes get.
+    const int row = m_themeList->rowOfTheme(defaults().defaultThemeName());
+    selectRow(row > 0 ? row : 1);
 }
 
 bool SDApperancePreferencesViewController::eventFilter(QObject *watched, QEvent *event)
@@ -237,110 +160,21 @@ bool SDApperancePreferencesViewController::eventFilter(QObject *watched, QEvent 
     return QWModuleViewController::eventFilter(watched, event);
 }
 
-void SDApperancePreferencesViewController::tokenizeTags()
-{
-    // Links only: the preview's hashtags are not tags of any note.
-    QTextDocument *document = m_ui->textView->document();
-    static const QRegularExpression hashtag(
-        QStringLiteral("#(\\w+)"), QRegularExpression::CaseInsensitiveOption);
-    QTextCursor batch(document);
-    batch.beginEditBlock();
-    const QString text = document->toPlainText();
-    for (QRegularExpressionMatchIterator it = hashtag.globalMatch(text); it.hasNext();) {
-        const QRegularExpressionMatch match = it.next();
-        QTextCursor cursor(document);
-        cursor.setPosition(int(match.capturedStart()));
-        cursor.setPosition(int(match.capturedEnd()), QTextCursor::KeepAnchor);
-        QTextCharFormat link;
-        link.setAnchor(true);
-        link.setAnchorHref(match.captured());
-        cursor.mergeCharFormat(link);
-    }
-    batch.endEditBlock();
-}
-
-void SDApperancePreferencesViewController::reloadThemes()
-{
-    m_themes.clear();
-    m_themes.append(groupRowTitle());
-    for (const std::shared_ptr<SNTheme> &theme : themeManager().themes())
-        m_themes.append(theme);
-}
-
-std::shared_ptr<SNTheme> SDApperancePreferencesViewController::themeAtRow(int row) const
-{
-    if (row < 0 || row >= m_themes.size())
-        return nullptr;
-    const auto *theme = std::get_if<std::shared_ptr<SNTheme>>(&m_themes[row]);
-    return theme ? *theme : nullptr;
-}
-
-bool SDApperancePreferencesViewController::isDefaultMarkerVisibleAtRow(int row) const
-{
-    const QTableWidgetItem *item = m_ui ? m_ui->tableView->item(row, nameColumn) : nullptr;
-    return item && item->data(SDThemeNameDelegate::defaultMarkerRole).toBool();
-}
-
-bool SDApperancePreferencesViewController::isNameEditableAtRow(int row) const
-{
-    const QTableWidgetItem *item = m_ui ? m_ui->tableView->item(row, nameColumn) : nullptr;
-    return item && item->flags().testFlag(Qt::ItemIsEditable);
-}
-
-void SDApperancePreferencesViewController::reloadData()
-{
-    if (!m_ui)
-        return;
-    QTableWidget *table = m_ui->tableView;
-    const QSignalBlocker blocker(table);
-    table->setRowCount(0);
-    table->setRowCount(numberOfRows());
-    const QString defaultName = defaults().defaultThemeName();
-    for (int row = 0; row < numberOfRows(); ++row) {
-        const std::shared_ptr<SNTheme> theme = themeAtRow(row);
-        if (!theme) {
-            auto *group = new QTableWidgetItem(std::get<QString>(m_themes[row]));
-            group->setFlags(Qt::ItemIsEnabled);
-            QFont font = group->font();
-            font.setBold(true);
-            font.setPointSizeF(font.pointSizeF() * 0.85);
-            group->setFont(font);
-            group->setForeground(table->palette().color(QPalette::PlaceholderText));
-            group->setTextAlignment(Qt::AlignLeft | Qt::AlignBottom);
-            table->setItem(row, nameColumn, group);
-            table->setRowHeight(row, groupRowHeight);
-            continue;
-        }
-        auto *name
-            = new QTableWidgetItem(SNThemeSwatch::colorImageWithTheme(*theme), theme->name());
-        Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-        if (theme->isEditable())
-            flags |= Qt::ItemIsEditable;
-        name->setFlags(flags);
-        const bool isDefault = theme->saveName() == defaultName;
-        name->setData(SDThemeNameDelegate::defaultMarkerRole, isDefault);
-        if (isDefault)
-            name->setToolTip(tr("New notes use this theme"));
-        table->setItem(row, nameColumn, name);
-        table->setRowHeight(row, rowHeight);
-    }
-}
-
 int SDApperancePreferencesViewController::selectedRow() const
 {
     if (!m_ui)
         return -1;
-    const QList<QTableWidgetSelectionRange> ranges = m_ui->tableView->selectedRanges();
-    return ranges.isEmpty() ? -1 : ranges.first().topRow();
+    const QModelIndexList rows = m_ui->tableView->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
 }
 
 void SDApperancePreferencesViewController::selectRow(int row)
 {
     view();
-    if (row <= 0 || row >= numberOfRows())
+    if (row <= 0 || row >= m_themeList->numberOfRows())
         return;
     m_ui->tableView->selectRow(row);
-    m_ui->tableView->scrollToItem(m_ui->tableView->item(row, nameColumn));
+    m_ui->tableView->scrollTo(m_themeList->index(row));
     // Selecting the row that is already selected announces nothing; the preview still follows.
     tableViewSelectionDidChange();
 }
@@ -350,14 +184,15 @@ void SDApperancePreferencesViewController::tableViewSelectionDidChange()
     const int row = selectedRow();
     if (row <= 0)
         return;
-    m_currentTheme = themeAtRow(row);
+    m_currentTheme = m_themeList->themeAtRow(row);
     updatePreview();
 }
 
 void SDApperancePreferencesViewController::updatePreview()
 {
-    const std::shared_ptr<SNTheme> theme = themeAtRow(selectedRow());
-    if (!theme || !m_ui)
+    const int row = selectedRow();
+    const std::shared_ptr<SNTheme> theme = m_themeList ? m_themeList->themeAtRow(row) : nullptr;
+    if (!theme)
         return;
     const bool editable = theme->isEditable();
     const QList<QWColorWell *> wells = { m_ui->startColorWell, m_ui->endColorWell,
@@ -373,37 +208,17 @@ void SDApperancePreferencesViewController::updatePreview()
     m_ui->linkColorWell->setColor(theme->linkColor().toQColor());
     m_ui->cursorColorWell->setColor(theme->cursorColor().toQColor());
     // An open colour panel shows the colour of its well in the theme now selected.
-    if (m_colorPanel && m_colorPanelWell && m_colorPanel->isVisible()) {
-        const QSignalBlocker blocker(m_colorPanel);
-        m_colorPanel->setCurrentColor(m_colorPanelWell->color());
-    }
+    if (m_panels->colorPanel() && m_panels->colorPanel()->isVisible())
+        m_panels->colorPanelFollowWell();
 
     const QWFont font = theme->defaultFont();
     m_ui->fontLabel->setText(
         tr("%1pt %2").arg(QString::number(font.pointSize(), 'f', 0), font.family()));
-
-    m_ui->gradientView->setStartColor(theme->startColor().toQColor());
-    m_ui->gradientView->setEndColor(theme->endColor().toQColor());
-    m_ui->gradientView->update();
-
-    QTextBrowser *preview = m_ui->textView;
-    QPalette palette = preview->palette();
-    palette.setColor(QPalette::Text, theme->defaultFontColor().toQColor());
-    // The insertion point is drawn in the text colour of the palette; a preview has none, but
-    // the colour is kept where an editable preview would look for it.
-    palette.setColor(QPalette::WindowText, theme->cursorColor().toQColor());
-    preview->setPalette(palette);
-    preview->document()->setDefaultFont(font.toQFont());
-    QTextCursor all(preview->document());
-    all.select(QTextCursor::Document);
-    all.mergeCharFormat(SNThemeTextStyler::fontFormat(font));
-    m_linkHighlighter->setLinkFormat(SNThemeTextStyler::linkFormat(*theme));
-    m_linkHighlighter->rehighlight();
+    m_preview->showTheme(*theme);
 
     m_ui->defaultThemeButton->setEnabled(theme->saveName() != defaults().defaultThemeName());
     // The row's swatch follows the colours.
-    if (QTableWidgetItem *item = m_ui->tableView->item(selectedRow(), nameColumn))
-        item->setIcon(SNThemeSwatch::colorImageWithTheme(*theme));
+    m_themeList->themeDidChangeAtRow(row);
 }
 
 void SDApperancePreferencesViewController::groupsActionWasClicked(int segment)
@@ -420,22 +235,23 @@ void SDApperancePreferencesViewController::addTheme()
     themeManager().addTheme(SNUserTheme::theme());
     reloadGroupsTableViewAndSelectLastRow();
     // The user types the name at once.
-    const int last = numberOfRows() - 1;
-    if (QTableWidgetItem *item = m_ui->tableView->item(last, nameColumn)) {
+    const int last = m_themeList->numberOfRows() - 1;
+    if (last > 0) {
         m_ui->tableView->setFocus(Qt::OtherFocusReason);
-        m_ui->tableView->editItem(item);
+        m_ui->tableView->edit(m_themeList->index(last));
     }
 }
 
 void SDApperancePreferencesViewController::reloadGroupsTableViewAndSelectLastRow()
 {
-    reloadThemes();
-    reloadData();
-    if (numberOfRows() <= 1) {
+    view();
+    m_themeList->reloadThemes();
+    const int rows = m_themeList->numberOfRows();
+    if (rows <= 1) {
         m_currentTheme.reset();
         return;
     }
-    selectRow(numberOfRows() - 1);
+    selectRow(rows - 1);
 }
 
 void SDApperancePreferencesViewController::nameEditingDidEnd(QLineEdit *field, bool cancelled)
@@ -443,7 +259,7 @@ void SDApperancePreferencesViewController::nameEditingDidEnd(QLineEdit *field, b
     if (!field || field != m_editingTextField)
         return;
     const int row = field->property("row").toInt();
-    const std::shared_ptr<SNTheme> theme = themeAtRow(row);
+    const std::shared_ptr<SNTheme> theme = m_themeList->themeAtRow(row);
     // Escape gives the typed name up: the theme keeps its name, and one that never had a name
     // goes again.
     const QString text = cancelled ? (theme ? theme->name() : QString()) : field->text();
@@ -452,7 +268,7 @@ void SDApperancePreferencesViewController::nameEditingDidEnd(QLineEdit *field, b
     QMetaObject::invokeMethod(
         this,
         [this, row, text, theme = std::weak_ptr<SNTheme>(theme)] {
-            if (theme.lock() != themeAtRow(row))
+            if (theme.lock() != m_themeList->themeAtRow(row))
                 return;
             QLineEdit field;
             field.setProperty("row", row);
@@ -474,7 +290,7 @@ void SDApperancePreferencesViewController::didEditThemeNameShouldReload(
         return;
     const QVariant tag = field->property("row");
     const int row = tag.isValid() ? tag.toInt() : -1;
-    const auto theme = std::dynamic_pointer_cast<SNUserTheme>(themeAtRow(row));
+    const auto theme = std::dynamic_pointer_cast<SNUserTheme>(m_themeList->themeAtRow(row));
     if (row <= 0 || !theme)
         return;
     const QString typed = field->text().trimmed();
@@ -486,9 +302,8 @@ void SDApperancePreferencesViewController::didEditThemeNameShouldReload(
             themeManager().removeTheme(theme);
             themeManager().save();
             if (reload) {
-                reloadThemes();
-                reloadData();
-                selectRow(std::min(row, numberOfRows() - 1));
+                m_themeList->reloadThemes();
+                selectRow(std::min(row, m_themeList->numberOfRows() - 1));
             }
         }
         m_editingTextField = nullptr;
@@ -519,7 +334,7 @@ void SDApperancePreferencesViewController::didEditThemeNameShouldReload(
     themeManager().save();
     m_editingTextField = nullptr;
     if (reload) {
-        reloadData();
+        m_themeList->reloadData();
         selectRow(row);
     }
 }
@@ -532,17 +347,17 @@ void SDApperancePreferencesViewController::deleteSelectedGroups()
         presenter()->beep();
         return;
     }
-    const auto theme = std::dynamic_pointer_cast<SNUserTheme>(themeAtRow(row));
+    const auto theme = std::dynamic_pointer_cast<SNUserTheme>(m_themeList->themeAtRow(row));
     if (!theme || !theme->isEditable()) {
-        QMessageBox sheet(QMessageBox::Warning, groupRowTitle(), cannotDeleteMessage(),
-            QMessageBox::Ok, parentWindow());
+        QMessageBox sheet(QMessageBox::Warning, SDThemeListModel::groupRowTitle(),
+            cannotDeleteMessage(), QMessageBox::Ok, parentWindow());
         sheet.setWindowModality(Qt::WindowModal);
         presenter()->runAlert(sheet);
         return;
     }
     if (!defaults().suppressThemeDeletionAlert()) {
-        QMessageBox sheet(QMessageBox::Warning, groupRowTitle(), deleteConfirmationMessage(),
-            QMessageBox::NoButton, parentWindow());
+        QMessageBox sheet(QMessageBox::Warning, SDThemeListModel::groupRowTitle(),
+            deleteConfirmationMessage(), QMessageBox::NoButton, parentWindow());
         sheet.setWindowModality(Qt::WindowModal);
         sheet.setInformativeText(deleteConfirmationInformativeText());
         QPushButton *remove = sheet.addButton(tr("Delete"), QMessageBox::DestructiveRole);
@@ -567,7 +382,7 @@ void SDApperancePreferencesViewController::makeDefaultTheme()
     defaults().setDefaultThemeName(theme->saveName());
     m_ui->defaultThemeButton->setEnabled(false);
     const int row = selectedRow();
-    reloadData();
+    m_themeList->reloadData();
     selectRow(row);
 }
 
@@ -637,30 +452,8 @@ void SDApperancePreferencesViewController::cursorColorDidChange()
 
 void SDApperancePreferencesViewController::openColorPanel(QWColorWell *well)
 {
-    if (!well || !well->isEnabled())
-        return;
-    if (!m_colorPanel) {
-        m_colorPanel = new QColorDialog(view());
-        m_colorPanel->setWindowFlag(Qt::Dialog);
-        m_colorPanel->setWindowTitle(tr("Colours"));
-        // Every choice applies at once, as in the note itself.
-        m_colorPanel->setOption(QColorDialog::NoButtons);
-        connect(
-            m_colorPanel, &QColorDialog::currentColorChanged, this, [this](const QColor &color) {
-                if (m_colorPanelWell && m_colorPanelWell->isEnabled()
-                    && m_colorPanelWell->color() != color)
-                    m_colorPanelWell->setColor(color, true);
-            });
-    }
-    m_colorPanelWell = well;
-    placeBesideWindow(m_colorPanel, parentWindow());
-    {
-        const QSignalBlocker blocker(m_colorPanel);
-        m_colorPanel->setCurrentColor(well->color());
-    }
-    m_colorPanel->show();
-    m_colorPanel->raise();
-    m_colorPanel->activateWindow();
+    view();
+    m_panels->openColorPanel(well, parentWindow());
 }
 
 void SDApperancePreferencesViewController::openFontPanel()
@@ -668,23 +461,7 @@ void SDApperancePreferencesViewController::openFontPanel()
     const std::shared_ptr<SNTheme> theme = currentTheme();
     if (!theme || !theme->isEditable())
         return;
-    if (!m_fontPanel) {
-        m_fontPanel = new QFontDialog(view());
-        m_fontPanel->setWindowTitle(tr("Fonts"));
-        m_fontPanel->setOption(QFontDialog::NoButtons);
-    }
-    {
-        const QSignalBlocker blocker(m_fontPanel);
-        m_fontPanel->setCurrentFont(fontWithStyleName(theme->defaultFont().toQFont()));
-    }
-    placeBesideWindow(m_fontPanel, parentWindow());
-    connect(m_fontPanel, &QFontDialog::currentFontChanged, this,
-        &SDApperancePreferencesViewController::didChangeFont, Qt::UniqueConnection);
-    connect(m_fontPanel, &QFontDialog::finished, this,
-        &SDApperancePreferencesViewController::fontPanelDidClose, Qt::UniqueConnection);
-    m_fontPanel->show();
-    m_fontPanel->raise();
-    m_fontPanel->activateWindow();
+    m_panels->openFontPanel(theme->defaultFont().toQFont(), parentWindow());
 }
 
 void SDApperancePreferencesViewController::didChangeFont(const QFont &font)
@@ -706,10 +483,8 @@ void SDApperancePreferencesViewController::fontPanelDidClose()
 
 void SDApperancePreferencesViewController::resetFontPanel()
 {
-    if (!m_fontPanel)
-        return;
-    m_fontPanel->disconnect(this);
-    m_fontPanel->hide();
+    if (m_panels)
+        m_panels->resetFontPanel();
 }
 
 void SDApperancePreferencesViewController::saveAfterDelay()
@@ -731,8 +506,8 @@ bool SDApperancePreferencesViewController::windowShouldClose()
         didEditThemeNameShouldReload(m_editingTextField, false);
         return true;
     }
-    QMessageBox sheet(QMessageBox::Warning, groupRowTitle(), missingNameMessage(), QMessageBox::Ok,
-        parentWindow());
+    QMessageBox sheet(QMessageBox::Warning, SDThemeListModel::groupRowTitle(), missingNameMessage(),
+        QMessageBox::Ok, parentWindow());
     sheet.setWindowModality(Qt::WindowModal);
     presenter()->runAlert(sheet);
     return false;
@@ -740,24 +515,28 @@ bool SDApperancePreferencesViewController::windowShouldClose()
 
 void SDApperancePreferencesViewController::windowDidResignKey()
 {
-    // Once the focus has settled: moving to the panels themselves keeps them open.
-    QTimer::singleShot(0, this, [this] {
-        QWidget *active = QApplication::activeWindow();
-        if (m_colorPanel && active != m_colorPanel && active != m_fontPanel
-            && active != parentWindow())
-            m_colorPanel->close();
-    });
+    if (m_panels)
+        m_panels->windowDidResignKey(parentWindow());
 }
 
 void SDApperancePreferencesViewController::qw_viewWillDisappear()
 {
     QWModuleViewController::qw_viewWillDisappear();
-    if (m_colorPanel)
-        m_colorPanel->close();
-    resetFontPanel();
+    if (m_panels)
+        m_panels->closePanels();
 }
 
-QTableWidget *SDApperancePreferencesViewController::tableView() const
+QColorDialog *SDApperancePreferencesViewController::colorPanel() const
+{
+    return m_panels ? m_panels->colorPanel() : nullptr;
+}
+
+QFontDialog *SDApperancePreferencesViewController::fontPanel() const
+{
+    return m_panels ? m_panels->fontPanel() : nullptr;
+}
+
+QTableView *SDApperancePreferencesViewController::tableView() const
 {
     return m_ui ? m_ui->tableView : nullptr;
 }

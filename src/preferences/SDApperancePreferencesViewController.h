@@ -7,18 +7,18 @@
 #include <QFontDialog>
 #include <QLineEdit>
 #include <QPointer>
-#include <QStringList>
 
 #include <memory>
-#include <variant>
 
 class QFont;
 class QPushButton;
-class QTableWidget;
+class QTableView;
 class QTextBrowser;
 class QWGradientView;
 class QWDebouncer;
-class SNLinkHighlighter;
+class SDThemeListModel;
+class SDThemePanels;
+class SDThemePreview;
 class SNModalPresenter;
 class SNTheme;
 class SNThemeManager;
@@ -40,14 +40,11 @@ class SDApperancePreferencesViewController final : public QWModuleViewController
 
 public:
     static constexpr double saveDelay = 0.5;
-    static constexpr int groupRowHeight = 35;
 
-    static QString groupRowTitle(); // "Themes"
     static QString cannotDeleteMessage(); // "This theme can not be deleted."
     static QString deleteConfirmationMessage(); // "Are you sure you want to delete this theme?"
     static QString deleteConfirmationInformativeText(); // "This action can not be undone."
     static QString missingNameMessage(); // "Please enter a theme name"
-    static QString sampleText();
 
     // Null arguments mean the shared registry and settings.
     explicit SDApperancePreferencesViewController(QObject *parent = nullptr);
@@ -63,19 +60,12 @@ public:
 
     void setModalPresenter(const std::shared_ptr<SNModalPresenter> &presenter);
 
-    // The list: the group row's title, then every theme.
-    using Entry = std::variant<QString, std::shared_ptr<SNTheme>>;
-    const QList<Entry> &themes() const { return m_themes; }
-    std::shared_ptr<SNTheme> themeAtRow(int row) const;
-    int numberOfRows() const { return int(m_themes.size()); }
-    bool isDefaultMarkerVisibleAtRow(int row) const;
-    bool isNameEditableAtRow(int row) const;
+    // The list: the group row, then every theme; made with the view.
+    SDThemeListModel *themeList() const { return m_themeList.get(); }
     std::shared_ptr<SNTheme> currentTheme() const { return m_currentTheme.lock(); }
     int selectedRow() const;
     void selectRow(int row);
 
-    void reloadThemes();
-    void reloadData();
     void tableViewSelectionDidChange();
     void updatePreview();
 
@@ -106,7 +96,7 @@ public:
     void save();
 
     QLineEdit *editingTextField() const { return m_editingTextField; }
-    QTableWidget *tableView() const;
+    QTableView *tableView() const;
     QWGradientView *gradientView() const;
     QTextBrowser *textView() const;
     QWColorWell *startColorWell() const;
@@ -117,8 +107,8 @@ public:
     QPushButton *fontButton() const;
     QString fontLabelText() const;
     QPushButton *defaultThemeButton() const;
-    QColorDialog *colorPanel() const { return m_colorPanel; }
-    QFontDialog *fontPanel() const { return m_fontPanel; }
+    QColorDialog *colorPanel() const;
+    QFontDialog *fontPanel() const;
 
 protected:
     std::unique_ptr<QWidget> loadView() override;
@@ -128,7 +118,6 @@ protected:
 private:
     SNThemeManager &themeManager() const;
     SNUserDefaults &defaults() const;
-    void tokenizeTags();
     void colorDidChange(QWColorWell *well);
     void nameEditingDidEnd(QLineEdit *field, bool cancelled);
     std::shared_ptr<SNModalPresenter> presenter() const;
@@ -137,12 +126,10 @@ private:
     SNUserDefaults *m_defaults = nullptr;
     std::shared_ptr<SNModalPresenter> m_presenter;
     std::unique_ptr<Ui::SDApperancePreferencesViewController> m_ui;
-    QList<Entry> m_themes;
+    std::unique_ptr<SDThemeListModel> m_themeList;
+    std::unique_ptr<SDThemePreview> m_preview;
+    std::unique_ptr<SDThemePanels> m_panels;
     std::weak_ptr<SNTheme> m_currentTheme;
     QPointer<QLineEdit> m_editingTextField;
     std::unique_ptr<QWDebouncer> m_delayTimer;
-    SNLinkHighlighter *m_linkHighlighter = nullptr; // owned by the preview's document
-    QPointer<QColorDialog> m_colorPanel;
-    QPointer<QWColorWell> m_colorPanelWell;
-    QPointer<QFontDialog> m_fontPanel;
 };

@@ -1,5 +1,7 @@
 #include "preferences/SDThemeNameDelegate.h"
 
+#include "preferences/SDThemeListModel.h"
+
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
@@ -11,7 +13,7 @@ SDThemeNameDelegate::~SDThemeNameDelegate() = default;
 void SDThemeNameDelegate::paint(
     QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
-    const bool marked = index.data(defaultMarkerRole).toBool();
+    const bool marked = index.data(SDThemeListModel::defaultMarkerRole).toBool();
     constexpr int marker = 16;
     QStyledItemDelegate::paint(painter, option, index);
     if (!marked)

@@ -8,16 +8,13 @@ class QLineEdit;
 // Edits a theme's name in the theme list. The list's model is not written to: the editor's
 // controller names the theme and reloads the list itself, so it hears of every end of editing
 // here, and of Escape apart, since Escape gives the name up. It also draws the marker of the
-// theme new notes get.
+// theme new notes get, on the rows the model marks with SDThemeListModel::defaultMarkerRole.
 class SDThemeNameDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(SDThemeNameDelegate)
 
 public:
-    // Rows whose item holds true under this role show the default marker at their end.
-    static constexpr int defaultMarkerRole = Qt::UserRole + 1;
-
     explicit SDThemeNameDelegate(QObject *parent = nullptr);
     ~SDThemeNameDelegate() override;
 

@@ -1,12 +1,16 @@
 #include "kit/rtf/QWRtfReader.h"
 
+#include "kit/rtf/QWRtfCharacterFormat.h"
 #include "kit/rtf/QWRtfCodePage.h"
+#include "kit/rtf/QWRtfColorTable.h"
 #include "kit/rtf/QWRtfField.h"
+#include "kit/rtf/QWRtfFontTable.h"
 #include "kit/rtf/QWRtfKeyword.h"
 #include "kit/rtf/QWRtfPicture.h"
+#include "kit/rtf/QWRtfPictureData.h"
+#include "kit/rtf/QWRtfTextBuilder.h"
 #include "kit/rtf/QWRtfTokenizer.h"
 
-#include <QHash>
 #include <QList>
 
 #include <algorithm>
@@ -15,15 +19,13 @@
 
 namespace {
 
-using A = QWTextAttributes;
 using Token = QWRtfTokenizer::Token;
 using Keyword = QWRtfKeyword;
 using Action = QWRtfKeyword::Action;
 
-// Names of fonts, shape properties and attachment files are short; anything longer is damage.
+// Names of shape properties and attachment files are short; anything longer is damage.
 constexpr qsizetype maximumNameLength = 1024;
 constexpr qsizetype maximumInstructionLength = 8192;
-constexpr char16_t attachmentCharacter = 0xFFFC;
 
 // Where the text of a group goes.
 enum class Destination {
@@ -54,22 +56,10 @@ bool isBreak(char16_t c)
     return c == u'\n' || c == u'\t' || c == 0x2028;
 }
 
-struct CharacterFormat
-{
-    int font = -1; // none given: the reader's default font shows
-    int halfPoints = 0;
-    bool bold = false;
-    bool italic = false;
-    int underline = A::LineStyleNone;
-    int strikethrough = A::LineStyleNone;
-    int color = -1;
-    bool hidden = false;
-};
-
 struct Group
 {
     Destination destination = Destination::Text;
-    CharacterFormat format;
+    QWRtfCharacterFormat format;
     int unicodeSkip = 1; // "\ucN": fallback characters after each "\uN"
     int field = -1;
     QString link;
@@ -78,17 +68,11 @@ struct Group
     bool dropPlaceholder = false;
 };
 
-struct Font
-{
-    QString name;
-    std::optional<QWRtfCodePage> codePage;
-};
-
 class Parser final
 {
 public:
     Parser(QByteArrayView input, const QWRtfReader::AttachmentLoader &loader)
-        : m_tokenizer(input), m_loader(loader)
+        : m_tokenizer(input), m_loader(loader), m_builder([this] { return currentAttributes(); })
     { }
 
     QWRtfReadResult run();
@@ -103,7 +87,6 @@ private:
     void controlWord(const Token &token);
     bool applyKeyword(const Keyword &keyword, const Token &token);
     bool applyInDestination(const Keyword &keyword, const Token &token);
-    void applyFormat(const Keyword &keyword, const Token &token);
     void controlSymbol(char symbol);
     void text(QByteArrayView bytes);
     void binary(QByteArrayView bytes);
@@ -113,16 +96,9 @@ private:
     QWRtfCodePage codePage();
 
     void output(char16_t c);
-    void outputAttachment(const QByteArray &bytes, const QString &name);
-    void flushTable();
-    void append(char16_t c);
-    void appendPlain(QByteArrayView ascii);
     QWTextAttributes currentAttributes();
 
-    void defineFont(int number);
     void commitFont();
-    void commitColor();
-    void pictureData(QByteArrayView hex);
 
     QWRtfTokenizer m_tokenizer;
     const QWRtfReader::AttachmentLoader &m_loader;
@@ -133,27 +109,15 @@ private:
 
     QWRtfCodePage m_documentPage;
     int m_defaultFont = 0;
-    QHash<int, Font> m_fonts;
-    int m_fontNumber = -1;
-    QString m_fontName;
-    std::optional<QWRtfCodePage> m_fontPage;
-    QList<std::optional<QWColor>> m_colors;
-    int m_components[3] = { -1, -1, -1 };
+    QWRtfFontTable m_fonts;
+    QWRtfColorTable m_colors;
     QList<QString> m_fieldInstructions;
-    QByteArray m_picture;
-    int m_pictureNibble = -1;
+    QWRtfPictureData m_picture;
     QString m_pictureName;
     QString m_shapePropertyName;
     QString m_shapePropertyValue;
     QString m_attachmentName;
-    int m_pendingCells = 0;
-    int m_pendingBreaks = 0;
-
-    QString m_text;
-    QList<QWTextRun> m_runs;
-    QWTextAttributes m_attributes;
-    bool m_attributesStale = true;
-    bool m_lastRunMatches = false;
+    QWRtfTextBuilder m_builder;
 };
 
 QWRtfReadResult Parser::run()
@@ -195,7 +159,7 @@ QWRtfReadResult Parser::run()
     }
     if (error == Error::None && m_tokenizer.binaryWasTruncated())
         error = Error::Truncated;
-    return { QWAttributedString(m_text, std::move(m_runs)), error };
+    return { m_builder.take(), error };
 }
 
 bool Parser::startGroup()
@@ -212,7 +176,7 @@ void Parser::endGroup()
 {
     m_fallbackLeft = 0;
     m_ignorableNext = false;
-    m_attributesStale = true;
+    m_builder.invalidateAttributes();
     const Group ended = m_groups.takeLast();
     if (m_groups.isEmpty())
         return;
@@ -230,9 +194,9 @@ void Parser::finishDestination(const Group &ended)
         commitFont();
         break;
     case Destination::Picture:
-        if (inText && QWRtfPicture::formatOf(m_picture) != QWRtfPicture::Format::Unknown)
-            outputAttachment(m_picture, m_pictureName);
-        m_picture = QByteArray();
+        if (inText && QWRtfPicture::formatOf(m_picture.bytes()) != QWRtfPicture::Format::Unknown)
+            m_builder.appendAttachment(m_picture.bytes(), m_pictureName);
+        m_picture.clear();
         break;
     case Destination::ShapePropertyValue:
         if (m_shapePropertyName == u"wzName")
@@ -243,7 +207,7 @@ void Parser::finishDestination(const Group &ended)
         if (inText && m_loader && !name.isEmpty()) {
             const QByteArray bytes = m_loader(name);
             if (QWRtfPicture::formatOf(bytes) != QWRtfPicture::Format::Unknown)
-                outputAttachment(bytes, name);
+                m_builder.appendAttachment(bytes, name);
         }
         group().dropPlaceholder = true;
         break;
@@ -296,8 +260,7 @@ bool Parser::applyKeyword(const Keyword &keyword, const Token &token)
         return false;
     case Action::FontTable:
         current.destination = Destination::FontTable;
-        m_fontNumber = -1;
-        m_fontName.clear();
+        m_fonts.begin();
         return true;
     case Action::ColorTable:
         current.destination = Destination::ColorTable;
@@ -305,7 +268,6 @@ bool Parser::applyKeyword(const Keyword &keyword, const Token &token)
     case Action::Picture:
         current.destination = Destination::Picture;
         m_picture.clear();
-        m_pictureNibble = -1;
         m_pictureName.clear();
         return true;
     case Action::Field:
@@ -323,7 +285,7 @@ bool Parser::applyKeyword(const Keyword &keyword, const Token &token)
             if (!link.isEmpty())
                 current.link = link;
             m_fieldInstructions[current.field].clear();
-            m_attributesStale = true;
+            m_builder.invalidateAttributes();
         }
         return true;
     case Action::AttachmentName:
@@ -347,20 +309,17 @@ bool Parser::applyKeyword(const Keyword &keyword, const Token &token)
     case Action::Paragraph:
         // The last paragraph of a cell ends with the cell, not with a line of its own.
         if (current.inTable && !current.format.hidden)
-            ++m_pendingBreaks;
+            m_builder.paragraphInCell();
         else
             character(u'\n');
         return false;
     case Action::Cell:
-        if (!current.format.hidden) {
-            m_pendingBreaks = 0;
-            ++m_pendingCells;
-        }
+        if (!current.format.hidden)
+            m_builder.cellDidEnd();
         return false;
     case Action::Row:
         if (!current.format.hidden) {
-            m_pendingCells = 0;
-            m_pendingBreaks = 0;
+            m_builder.rowDidEnd();
             output(u'\n');
         }
         return false;
@@ -376,7 +335,8 @@ bool Parser::applyKeyword(const Keyword &keyword, const Token &token)
         current.unicodeSkip = std::clamp(parameter, 0, 16);
         return false;
     default:
-        applyFormat(keyword, token);
+        if (current.format.apply(keyword, token))
+            m_builder.invalidateAttributes();
         return false;
     }
 }
@@ -389,20 +349,22 @@ bool Parser::applyInDestination(const Keyword &keyword, const Token &token)
     const int parameter = token.parameter;
     switch (current.destination) {
     case Destination::FontTable:
-        if (action == Action::Font)
-            defineFont(token.hasParameter ? parameter : -1);
-        else if (action == Action::FontCharset && !m_fontPage)
-            m_fontPage = QWRtfCodePage::fromCharset(parameter);
-        else if (action == Action::FontCodePage && QWRtfCodePage::fromNumber(parameter))
-            m_fontPage = QWRtfCodePage::fromNumber(parameter);
+        if (action == Action::Font) {
+            commitFont();
+            m_fonts.defineFont(token.hasParameter ? parameter : -1);
+        } else if (action == Action::FontCharset) {
+            m_fonts.setCharset(parameter);
+        } else if (action == Action::FontCodePage) {
+            m_fonts.setCodePage(parameter);
+        }
         return false;
     case Destination::ColorTable:
         if (action == Action::Red)
-            m_components[0] = std::clamp(parameter, 0, 255);
+            m_colors.setComponent(0, parameter);
         else if (action == Action::Green)
-            m_components[1] = std::clamp(parameter, 0, 255);
+            m_colors.setComponent(1, parameter);
         else if (action == Action::Blue)
-            m_components[2] = std::clamp(parameter, 0, 255);
+            m_colors.setComponent(2, parameter);
         return false;
     case Destination::Picture:
         if (action != Action::PictureProperty)
@@ -429,49 +391,6 @@ bool Parser::applyInDestination(const Keyword &keyword, const Token &token)
     default:
         return false;
     }
-}
-
-void Parser::applyFormat(const Keyword &keyword, const Token &token)
-{
-    CharacterFormat &format = group().format;
-    // "\b", "\b1" switch on, "\b0" off.
-    const bool on = !token.hasParameter || token.parameter != 0;
-    switch (keyword.action) {
-    case Action::Font:
-        if (token.hasParameter)
-            format.font = token.parameter;
-        break;
-    case Action::Plain:
-        format = CharacterFormat();
-        break;
-    case Action::Bold:
-        format.bold = on;
-        break;
-    case Action::Italic:
-        format.italic = on;
-        break;
-    case Action::FontSize:
-        if (!token.hasParameter)
-            format.halfPoints = 24;
-        else if (token.parameter > 0)
-            format.halfPoints = std::min(token.parameter, QWRtfReader::maximumHalfPoints);
-        break;
-    case Action::Underline:
-        format.underline = on ? keyword.value : int(A::LineStyleNone);
-        break;
-    case Action::Strikethrough:
-        format.strikethrough = on ? keyword.value : int(A::LineStyleNone);
-        break;
-    case Action::ForegroundColor:
-        format.color = token.hasParameter ? token.parameter : -1;
-        break;
-    case Action::Hidden:
-        format.hidden = on;
-        break;
-    default:
-        return;
-    }
-    m_attributesStale = true;
 }
 
 void Parser::controlSymbol(char symbol)
@@ -511,7 +430,7 @@ void Parser::text(QByteArrayView bytes)
 {
     m_ignorableNext = false;
     if (group().destination == Destination::Picture) {
-        pictureData(bytes);
+        m_picture.appendHexDigits(bytes);
         return;
     }
     // Most text is printable ASCII in the body; it goes in whole.
@@ -524,8 +443,7 @@ void Parser::text(QByteArrayView bytes)
             while (end < bytes.size() && bytes[end] >= 0x20 && bytes[end] < 0x7F)
                 ++end;
             if (end > at) {
-                flushTable();
-                appendPlain(bytes.sliced(at, end - at));
+                m_builder.appendPlain(bytes.sliced(at, end - at));
                 at = end;
                 continue;
             }
@@ -542,8 +460,7 @@ void Parser::binary(QByteArrayView bytes)
         return;
     }
     if (group().destination == Destination::Picture) {
-        m_picture.append(bytes);
-        m_pictureNibble = -1;
+        m_picture.appendBinary(bytes);
     }
 }
 
@@ -563,10 +480,10 @@ QWRtfCodePage Parser::codePage()
 {
     const Group &current = group();
     if (current.destination == Destination::FontTable)
-        return m_fontPage.value_or(m_documentPage);
-    const auto font
-        = m_fonts.constFind(current.format.font >= 0 ? current.format.font : m_defaultFont);
-    if (font != m_fonts.cend() && font->codePage)
+        return m_fonts.pendingCodePage().value_or(m_documentPage);
+    const QWRtfFontTable::Font *font
+        = m_fonts.font(current.format.font >= 0 ? current.format.font : m_defaultFont);
+    if (font && font->codePage)
         return *font->codePage;
     return m_documentPage;
 }
@@ -574,8 +491,9 @@ QWRtfCodePage Parser::codePage()
 void Parser::character(char16_t c, bool isPlainText)
 {
     // Names and link targets are single lines.
-    const auto appendBounded = [c](QString &string, qsizetype limit) {
-        if (string.size() < limit && c >= 0x20 && c != 0x7F)
+    const bool isNameCharacter = c >= 0x20 && c != 0x7F;
+    const auto appendBounded = [c, isNameCharacter](QString &string, qsizetype limit) {
+        if (string.size() < limit && isNameCharacter)
             string.append(QChar(c));
     };
     switch (group().destination) {
@@ -585,12 +503,14 @@ void Parser::character(char16_t c, bool isPlainText)
     case Destination::FontTable:
         if (c == u';' && isPlainText)
             commitFont();
-        else
-            appendBounded(m_fontName, maximumNameLength);
+        else if (isNameCharacter)
+            m_fonts.appendToName(c);
         break;
     case Destination::ColorTable:
-        if (c == u';' && isPlainText)
-            commitColor();
+        if (c == u';' && isPlainText) {
+            m_colors.commitColor();
+            m_builder.invalidateAttributes();
+        }
         break;
     case Destination::FieldInstruction:
         appendBounded(m_fieldInstructions[group().field], maximumInstructionLength);
@@ -625,123 +545,21 @@ void Parser::output(char16_t c)
         if (!isBreak(c))
             return;
     }
-    flushTable();
-    append(c);
-}
-
-void Parser::outputAttachment(const QByteArray &bytes, const QString &name)
-{
-    flushTable();
-    QWTextAttributes attributes = currentAttributes();
-    attributes.setAttachment(bytes);
-    attributes.setAttachmentFileName(name);
-    m_runs.append({ m_text.size(), 1, attributes });
-    m_text.append(QChar(attachmentCharacter));
-    m_lastRunMatches = false;
-}
-
-// The cells of a table row are read as tab-separated text. Tabs and the paragraph ends inside
-// a cell wait for the text that follows them, so that a row's last cell adds no tab and a
-// cell's last paragraph no line.
-void Parser::flushTable()
-{
-    for (; m_pendingCells > 0; --m_pendingCells)
-        append(u'\t');
-    for (; m_pendingBreaks > 0; --m_pendingBreaks)
-        append(u'\n');
-}
-
-void Parser::append(char16_t c)
-{
-    if (m_attributesStale) {
-        m_attributesStale = false;
-        m_attributes = currentAttributes();
-        m_lastRunMatches = !m_runs.isEmpty() && m_runs.last().attributes == m_attributes;
-    }
-    if (!m_lastRunMatches) {
-        m_runs.append({ m_text.size(), 0, m_attributes });
-        m_lastRunMatches = true;
-    }
-    ++m_runs.last().length;
-    m_text.append(QChar(c));
-}
-
-void Parser::appendPlain(QByteArrayView ascii)
-{
-    append(char16_t(ascii.front()));
-    m_runs.last().length += ascii.size() - 1;
-    m_text.append(QLatin1StringView(ascii.sliced(1)));
+    m_builder.appendCharacter(c);
 }
 
 QWTextAttributes Parser::currentAttributes()
 {
     const Group &current = group();
-    const CharacterFormat &format = current.format;
-    QWTextAttributes attributes;
-    if (const auto font = m_fonts.constFind(format.font); font != m_fonts.cend())
-        attributes.setFontFamily(font->name);
-    if (format.halfPoints > 0)
-        attributes.setFontSize(format.halfPoints / 2.0);
-    attributes.setBold(format.bold);
-    attributes.setItalic(format.italic);
-    attributes.setUnderlineStyle(format.underline);
-    attributes.setStrikethroughStyle(format.strikethrough);
-    if (format.color >= 0 && format.color < m_colors.size())
-        attributes.setForegroundColor(m_colors.at(format.color));
+    QWTextAttributes attributes = current.format.attributes(m_fonts, m_colors);
     attributes.setLink(current.link);
     return attributes;
 }
 
-void Parser::defineFont(int number)
-{
-    commitFont();
-    m_fontNumber = number;
-    m_fontPage.reset();
-}
-
 void Parser::commitFont()
 {
-    const QString name = m_fontName.trimmed();
-    m_fontName.clear();
-    if (m_fontNumber < 0 || name.isEmpty())
-        return;
-    m_fonts.insert(m_fontNumber, { name, m_fontPage });
-    m_attributesStale = true;
-}
-
-void Parser::commitColor()
-{
-    const bool isAuto = m_components[0] < 0 && m_components[1] < 0 && m_components[2] < 0;
-    std::optional<QWColor> color;
-    if (!isAuto) {
-        const auto component
-            = [this](int index) { return std::max(m_components[index], 0) / 255.0; };
-        color = QWColor(component(0), component(1), component(2));
-    }
-    m_colors.append(color);
-    std::fill(std::begin(m_components), std::end(m_components), -1);
-    m_attributesStale = true;
-}
-
-void Parser::pictureData(QByteArrayView hex)
-{
-    for (const char c : hex) {
-        int value = -1;
-        if (c >= '0' && c <= '9')
-            value = c - '0';
-        else if (c >= 'a' && c <= 'f')
-            value = c - 'a' + 10;
-        else if (c >= 'A' && c <= 'F')
-            value = c - 'A' + 10;
-        if (value < 0)
-            continue;
-        if (m_pictureNibble < 0) {
-            m_pictureNibble = value;
-        } else {
-            m_picture.append(char(m_pictureNibble * 16 + value));
-            m_pictureNibble = -1;
-        }
-    }
+    if (m_fonts.commitFont())
+        m_builder.invalidateAttributes();
 }
 
 qsizetype documentStart(QByteArrayView bytes)
