@@ -1,11 +1,11 @@
 #include "preferences/SDThemePreview.h"
 
 #include "kit/widgets/QWGradientView.h"
+#include "tags/SNHashtagScanner.h"
 #include "themes/SNTheme.h"
 #include "themeview/SNLinkHighlighter.h"
 #include "themeview/SNThemeTextStyler.h"
 
-#include <QRegularExpression>
 #include <QTextBrowser>
 #include <QTextCursor>
 
@@ -33,19 +33,17 @@ void SDThemePreview::tokenizeTags()
 {
     // Links only: the preview's hashtags are not tags of any note.
     QTextDocument *document = m_textView->document();
-    static const QRegularExpression hashtag(
-        QStringLiteral("#(\\w+)"), QRegularExpression::CaseInsensitiveOption);
     QTextCursor batch(document);
     batch.beginEditBlock();
     const QString text = document->toPlainText();
-    for (QRegularExpressionMatchIterator it = hashtag.globalMatch(text); it.hasNext();) {
-        const QRegularExpressionMatch match = it.next();
+    for (const SNHashtagScanner::Occurrence &occurrence :
+        SNHashtagScanner::occurrencesInString(text)) {
         QTextCursor cursor(document);
-        cursor.setPosition(int(match.capturedStart()));
-        cursor.setPosition(int(match.capturedEnd()), QTextCursor::KeepAnchor);
+        cursor.setPosition(int(occurrence.start));
+        cursor.setPosition(int(occurrence.start + occurrence.length), QTextCursor::KeepAnchor);
         QTextCharFormat link;
         link.setAnchor(true);
-        link.setAnchorHref(match.captured());
+        link.setAnchorHref(occurrence.name);
         cursor.mergeCharFormat(link);
     }
     batch.endEditBlock();

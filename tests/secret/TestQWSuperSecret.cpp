@@ -184,6 +184,14 @@ void TestQWSuperSecret::everyOpenNoteIsColouredAndRecolouredAfterEachEdit()
     auto blankController = openNote(blank);
     const QString blankHtml = blankController->textView()->document()->toHtml();
     const QList<QWColor> &palette = SNTextColorPalette::colorArray();
+    // The application hands the notice to every open note, as here.
+    QObject context;
+    QWNotificationCenter::defaultCenter().addObserverForNameObjectHandler(
+        &context, QWSuperSecret::superSecretNotification, nullptr, [&](const QWNotification &) {
+            for (SNStickyNoteWindowController *controller :
+                { wordsController.get(), paragraphsController.get(), blankController.get() })
+                controller->rainbowize();
+        });
 
     // Typed into the first note: its text gets no trailing space.
     SNTextView *text = wordsController->textView();
