@@ -10,8 +10,8 @@
 #include "app/SNLaunchRequest.h"
 #include "app/SNNoteArrangement.h"
 #include "app/SNNoteFileReader.h"
+#include "kit/QWDebouncer.h"
 #include "kit/QWTextAttributes.h"
-#include "kit/QWTimer.h"
 #include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
 #include "kit/widgets/SNModalPresenter.h"
@@ -103,6 +103,16 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
 {
     if (!m_services.presenter)
         m_services.presenter = SNModalPresenter::defaultPresenter();
+    m_activationTimer = std::make_unique<QWDebouncer>(dockIconActivationDelay, [this] {
+        SNStickyNoteWindowController *key = keyNoteWindowController();
+        if (key && key->window()->isVisible())
+            key->window()->activateWindow();
+    });
+    m_preferencesReleaseTimer = std::make_unique<QWDebouncer>(preferencesReleaseDelay, [this] {
+        // Opened again meanwhile: the window stays.
+        if (m_preferencesWindowController && !m_preferencesWindowController->window()->isVisible())
+            m_preferencesWindowController.reset();
+    });
     m_ui->setupUi(m_statusItemMenu.get());
     connectMenuItems();
     m_arrangement = std::make_unique<SNNoteArrangement>(
@@ -712,19 +722,7 @@ void AppDelegate::preferencesDidClose()
     if (!m_preferencesWindowController)
         return;
     m_preferencesWindowController->disconnect(this);
-    if (m_preferencesReleaseTimer)
-        m_preferencesReleaseTimer->invalidate();
-    m_preferencesReleaseTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
-        preferencesReleaseDelay, false,
-        [delegate = QPointer<AppDelegate>(this),
-            closed = QPointer<QWPreferencesWindowController>(m_preferencesWindowController.get())](
-            QWTimer &) {
-            // Opened again meanwhile: the window stays.
-            if (!delegate || !closed || delegate->m_preferencesWindowController.get() != closed
-                || closed->window()->isVisible())
-                return;
-            delegate->m_preferencesWindowController.reset();
-        });
+    m_preferencesReleaseTimer->restart();
 }
 
 void AppDelegate::openHelp(QObject *)
@@ -917,15 +915,7 @@ void AppDelegate::setDockIconVisible(bool visible)
     if (visible)
         return;
     // Leaving the taskbar can cost a window the focus; give it back to the note in use.
-    if (m_activationTimer)
-        m_activationTimer->invalidate();
-    m_activationTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
-        dockIconActivationDelay, false, [controller = QPointer<AppDelegate>(this)](QWTimer &) {
-            SNStickyNoteWindowController *key
-                = controller ? controller->keyNoteWindowController() : nullptr;
-            if (key && key->window()->isVisible())
-                key->window()->activateWindow();
-        });
+    m_activationTimer->restart();
 }
 
 // The welcome window

@@ -17,7 +17,7 @@ class QMenu;
 class QSessionManager;
 class QWHotKeyHelper;
 class QWPreferencesWindowController;
-class QWTimer;
+class QWDebouncer;
 class QWWelcomeWindowController;
 class QWWindowController;
 class QWWindowManager;
@@ -216,7 +216,7 @@ private:
     // Only while its window is open.
     std::unique_ptr<SNTagManagerWindowController> m_tagManagerWindowController;
     QPointer<SNStickyNoteWindowController> m_keyNoteWindowController;
-    std::shared_ptr<QWTimer> m_activationTimer;
+    std::unique_ptr<QWDebouncer> m_activationTimer;
     std::unique_ptr<QWPreferencesWindowController> m_preferencesWindowController;
-    std::shared_ptr<QWTimer> m_preferencesReleaseTimer;
+    std::unique_ptr<QWDebouncer> m_preferencesReleaseTimer;
 };
