@@ -295,7 +295,7 @@ void TestSDApperancePreferencesViewController::deletingAsksUnlessSuppressed()
 
     addThemeNamed(QStringLiteral("One"));
     addThemeNamed(QStringLiteral("Two"));
-    // The Delete key neither deletes a theme nor writes to the user's log.
+    // The Delete key neither deletes a theme nor writes to the user's journal.
     {
         const QWTestEnvironment log;
         QTest::keyClick(m_controller->tableView(), Qt::Key_Delete);
