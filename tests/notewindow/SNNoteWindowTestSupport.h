@@ -114,6 +114,14 @@ inline std::unique_ptr<SNStickyNoteWindowController> openNote(
     return controller;
 }
 
+// A note of the text (none when empty) that the shared store holds, open in its window.
+inline std::unique_ptr<SNStickyNoteWindowController> openWithText(const QString &text)
+{
+    auto note = text.isEmpty() ? SNStickyNote::note() : noteWithText(text);
+    SNStickyNoteManager::sharedManager().addNote(note);
+    return openNote(note);
+}
+
 inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
 {
     return SNStickyNoteManager::sharedManager().notesArray().contains(note);

@@ -29,8 +29,6 @@ private Q_SLOTS:
     void colourPanelColoursTheSelection();
 
 private:
-    static std::unique_ptr<SNStickyNoteWindowController> openWithText(const QString &text);
-
     // First: the shared stores are made on first use, inside these private folders.
     QWTestEnvironment m_environment;
     std::unique_ptr<QWManualScheduler> m_scheduler;
@@ -48,14 +46,6 @@ void TestSNNoteTextFormatter::cleanup()
 {
     SNStickyNoteManager::sharedManager().waitForBackgroundSaves();
     m_scheduler.reset();
-}
-
-std::unique_ptr<SNStickyNoteWindowController> TestSNNoteTextFormatter::openWithText(
-    const QString &text)
-{
-    auto note = text.isEmpty() ? SNStickyNote::note() : noteWithText(text);
-    SNStickyNoteManager::sharedManager().addNote(note);
-    return openNote(note);
 }
 
 void TestSNNoteTextFormatter::emptiedNoteTypesInTheThemeAgain()

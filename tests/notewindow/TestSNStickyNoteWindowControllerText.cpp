@@ -46,8 +46,6 @@ private Q_SLOTS:
     void autoCorrectionIsOneUndoStep();
 
 private:
-    std::unique_ptr<SNStickyNoteWindowController> openWithText(const QString &text);
-
     QWTestEnvironment m_environment;
     std::unique_ptr<QWManualScheduler> m_scheduler;
 };
@@ -64,14 +62,6 @@ void TestSNStickyNoteWindowControllerText::cleanup()
 {
     SNStickyNoteManager::sharedManager().waitForBackgroundSaves();
     m_scheduler.reset();
-}
-
-std::unique_ptr<SNStickyNoteWindowController> TestSNStickyNoteWindowControllerText::openWithText(
-    const QString &text)
-{
-    auto note = text.isEmpty() ? SNStickyNote::note() : noteWithText(text);
-    SNStickyNoteManager::sharedManager().addNote(note);
-    return openNote(note);
 }
 
 void TestSNStickyNoteWindowControllerText::tagsAreReadHalfASecondAfterTheLastKey()
