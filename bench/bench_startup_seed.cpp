@@ -49,6 +49,7 @@ int main(int argc, char *argv[])
             QStringLiteral("{{%1, %2}, {%3, %4}}").arg(x).arg(y).arg(width).arg(height));
         store.addNote(note);
     }
-    store.waitForBackgroundSaves();
+    if (!store.save())
+        return 1;
     return store.notesArray().size() == count ? 0 : 1;
 }

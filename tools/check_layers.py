@@ -23,14 +23,6 @@ LAYERS = {
 }
 # kit and kit/rtf are one library: the codec and the rest of the kit may use each other.
 SAME_LIBRARY = {frozenset({"kit", "kit/rtf"})}
-# Includes that still cross a layer, each to go with the work named beside it. A new one fails
-# the check; one that no longer occurs must be struck from here.
-PENDING = {
-    ("tagbrowser/SNTagManagerWindowController.cpp", "notewindow/SNStickyNoteWindowController.h"):
-        "the set of note windows, handed to the tag browser",
-    ("tagbrowser/SNTagManagerWindowController.cpp", "notewindow/SNStickyWindow.h"):
-        "the set of note windows, handed to the tag browser",
-}
 INCLUDE = re.compile(r'^\s*#\s*include\s*"(?P<header>[^"]+)"')
 
 
@@ -41,7 +33,6 @@ def folder_of(path: pathlib.PurePosixPath) -> str:
 def main() -> int:
     src = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else "src")
     problems = []
-    pending_seen = set()
     for file in sorted(src.rglob("*")):
         if file.suffix not in (".h", ".cpp"):
             continue
@@ -58,15 +49,9 @@ def main() -> int:
                 continue
             if frozenset({here, there}) in SAME_LIBRARY:
                 continue
-            key = (file.relative_to(src).as_posix(), match["header"])
-            if key in PENDING:
-                pending_seen.add(key)
-                continue
             if LAYERS[there] >= LAYERS[here]:
                 kind = "a sibling" if LAYERS[there] == LAYERS[here] else "a higher"
                 problems.append(f"{file}:{number}: includes {match['header']}, from {kind} layer")
-    for source, header in sorted(set(PENDING) - pending_seen):
-        problems.append(f"{src / source}: no longer includes {header}: strike it from PENDING")
     for problem in problems:
         print(problem)
     return 1 if problems else 0

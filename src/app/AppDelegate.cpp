@@ -17,6 +17,7 @@
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "notewindow/SNNoteWindowSet.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
@@ -104,7 +105,7 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
     if (!m_services.presenter)
         m_services.presenter = SNModalPresenter::defaultPresenter();
     m_activationTimer = std::make_unique<QWDebouncer>(dockIconActivationDelay, [this] {
-        SNStickyNoteWindowController *key = keyNoteWindowController();
+        SNStickyNoteWindowController *key = noteWindows().keyController();
         if (key && key->window()->isVisible())
             key->window()->activateWindow();
     });
@@ -115,8 +116,9 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
     });
     m_ui->setupUi(m_statusItemMenu.get());
     connectMenuItems();
-    m_arrangement = std::make_unique<SNNoteArrangement>(
-        windowManager(), m_ui->arrangeNotesItem, m_ui->putNotesBackItem);
+    m_arrangement
+        = std::make_unique<SNNoteArrangement>([this] { return noteWindows().controllers(); },
+            m_ui->arrangeNotesItem, m_ui->putNotesBackItem);
     m_applicationMenu = std::make_unique<SNApplicationMenu>(
         *m_statusItemMenu, *m_ui->notesMenu, [this](QMenu *menu) { menuNeedsUpdate(menu); });
 
@@ -127,7 +129,6 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
             else
                 applicationDidResignActive();
         });
-    connect(qApp, &QGuiApplication::focusWindowChanged, this, &AppDelegate::rememberKeyNoteWindow);
     // Qt closes every window before it quits, and closing a note window deletes its note
     // unless the note knows the program is ending: it must know first, whoever asked to quit.
     qApp->installEventFilter(this);
@@ -159,6 +160,13 @@ SNStickyNoteManager &AppDelegate::noteManager() const
 QWWindowManager &AppDelegate::windowManager() const
 {
     return m_services.windowManager ? *m_services.windowManager : QWWindowManager::sharedManager();
+}
+
+SNNoteWindowSet &AppDelegate::noteWindows() const
+{
+    if (!m_noteWindows)
+        m_noteWindows = std::make_unique<SNNoteWindowSet>(noteManager(), windowManager());
+    return *m_noteWindows;
 }
 
 QWHotKeyHelper &AppDelegate::hotKeyHelper() const
@@ -272,9 +280,7 @@ void AppDelegate::subscribeToNotifications()
     // The hidden key sequence colours every note; the notes do not know of it themselves.
     center.addObserverForNameObjectHandler(
         this, QWSuperSecret::superSecretNotification, nullptr, [this](const QWNotification &) {
-            const QList<SNStickyNoteWindowController *> controllers
-                = windowManager().windowControllersForClass<SNStickyNoteWindowController>();
-            for (SNStickyNoteWindowController *controller : controllers)
+            for (SNStickyNoteWindowController *controller : noteWindows().controllers())
                 controller->rainbowize();
         });
 }
@@ -335,7 +341,7 @@ void AppDelegate::applicationWillTerminate()
     m_isTerminating = true;
     if (m_preferencesWindowController)
         m_preferencesWindowController->setTerminating(true);
-    flushEveryNote(true);
+    noteWindows().flushEveryNote(true);
     noteManager().save();
     noteManager().waitForBackgroundSaves();
 }
@@ -350,21 +356,9 @@ void AppDelegate::applicationMustTerminate()
 void AppDelegate::commitDataRequest(QSessionManager &)
 {
     // Not terminating yet: the user may cancel the logout and go on closing notes.
-    flushEveryNote(false);
+    noteWindows().flushEveryNote(false);
     noteManager().save();
     noteManager().waitForBackgroundSaves();
-}
-
-void AppDelegate::flushEveryNote(bool terminating)
-{
-    for (SNStickyNoteWindowController *controller :
-        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
-        if (terminating)
-            controller->setIsTerminating(true);
-        // The windows stay open while the program ends, so their last edits are taken here.
-        if (controller->isWindowLoaded())
-            controller->flushNote();
-    }
 }
 
 void AppDelegate::applicationDidBecomeActive()
@@ -404,16 +398,6 @@ bool AppDelegate::shouldShowNotes() const
     return true;
 }
 
-bool AppDelegate::hasManagedController(const std::shared_ptr<SNStickyNote> &note) const
-{
-    QObject *controller = note->windowController();
-    if (!controller)
-        return false;
-    const QList<QWWindowController *> managed = windowManager().windowControllers();
-    return std::any_of(managed.cbegin(), managed.cend(),
-        [controller](const QWWindowController *candidate) { return candidate == controller; });
-}
-
 void AppDelegate::prepareNoteWindow(QWWindowController *controller)
 {
     QWidget *window = controller->window();
@@ -428,45 +412,12 @@ void AppDelegate::prepareNoteWindow(QWWindowController *controller)
         note->setApplicationMenu(m_applicationMenu.get());
 }
 
-void AppDelegate::addNoteWindowController(SNStickyNoteWindowController *controller, bool shouldShow)
-{
-    windowManager().addWindowWithControllerShouldShow(controller, shouldShow);
-}
-
 void AppDelegate::showAllNotes()
 {
-    const QList<std::shared_ptr<SNStickyNote>> notes = noteManager().notesArray();
-    if (notes.isEmpty()) {
+    if (noteManager().notesArray().isEmpty())
         newDocument(nullptr);
-        if (m_preferencesWindowController)
-            m_preferencesWindowController->actuallyShowWindow();
-        return;
-    }
-    const bool shouldShow = shouldShowNotes();
-
-    // Notes that already have a window are only brought forward. A note opened from a file
-    // before the stored notes were first shown must not keep those from getting windows, so
-    // every note without one gets one here.
-    QList<SNStickyNoteWindowController *> created;
-    for (const std::shared_ptr<SNStickyNote> &note : notes) {
-        if (hasManagedController(note))
-            continue;
-        SNStickyNoteWindowController *controller
-            = SNStickyNoteWindowController::controllerWithNote(note);
-        controller->setShouldCascadeWindows(false);
-        created.append(controller);
-    }
-    if (created.isEmpty()) {
-        if (shouldShow)
-            windowManager().bringWindowControllersToTheFront();
-    } else {
-        // Each window is loaded as it is shown (prepareNoteWindow() on the way), so that the
-        // first notes appear while the others are still being built.
-        windowManager().addWindowControllersShouldShow(
-            QList<QWWindowController *>(created.cbegin(), created.cend()), shouldShow);
-        for (SNStickyNoteWindowController *controller : std::as_const(created))
-            controller->setShouldCascadeWindows(true);
-    }
+    else
+        noteWindows().showAllNotes(shouldShowNotes());
     // Open preferences come forward with the notes.
     if (m_preferencesWindowController)
         m_preferencesWindowController->actuallyShowWindow();
@@ -474,7 +425,7 @@ void AppDelegate::showAllNotes()
 
 void AppDelegate::hideAllNotes()
 {
-    windowManager().hideAllWindowControllers();
+    noteWindows().hideAllNotes();
     setIsActive(false);
 }
 
@@ -494,16 +445,7 @@ void AppDelegate::newDocument(QObject *)
         m_services.presenter->beep();
         return;
     }
-    const std::shared_ptr<SNStickyNote> note = SNStickyNote::note();
-    noteManager().addNote(note);
-    addNoteWindowController(
-        SNStickyNoteWindowController::controllerWithNote(note), shouldShowNotes());
-}
-
-void AppDelegate::addNoteWithText(const std::shared_ptr<SNStickyNote> &note)
-{
-    noteManager().addNote(note);
-    addNoteWindowController(SNStickyNoteWindowController::controllerWithNote(note), true);
+    noteWindows().openNote(SNStickyNote::note(), shouldShowNotes());
 }
 
 void AppDelegate::applicationOpenFiles(const QStringList &paths)
@@ -515,7 +457,7 @@ void AppDelegate::applicationOpenFiles(const QStringList &paths)
             continue;
         const std::shared_ptr<SNStickyNote> note = SNStickyNote::note();
         note->setAttributedString(*text);
-        addNoteWithText(note);
+        noteWindows().openNote(note, true);
     }
 }
 
@@ -534,7 +476,7 @@ void AppDelegate::noteFromServiceUserDataError(
         attributes.setFont(theme->defaultFont());
     }
     note->setAttributedString(QWAttributedString(pasteboardText, attributes));
-    addNoteWithText(note);
+    noteWindows().openNote(note, true);
 }
 
 QString AppDelegate::selectedText() const
@@ -603,36 +545,9 @@ QString AppDelegate::handleLaunchRequest(const SNLaunchRequest &request)
 
 // Commands
 
-SNStickyNoteWindowController *AppDelegate::keyNoteWindowController() const
-{
-    const QList<SNStickyNoteWindowController *> controllers
-        = windowManager().windowControllersForClass<SNStickyNoteWindowController>();
-    if (m_keyNoteWindowController && controllers.contains(m_keyNoteWindowController.data()))
-        return m_keyNoteWindowController;
-    for (SNStickyNoteWindowController *controller : controllers) {
-        if (controller->isWindowLoaded() && controller->window()->isActiveWindow())
-            return controller;
-    }
-    return nullptr;
-}
-
-void AppDelegate::rememberKeyNoteWindow()
-{
-    const QWindow *focus = QGuiApplication::focusWindow();
-    if (!focus)
-        return;
-    for (SNStickyNoteWindowController *controller :
-        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
-        if (controller->isWindowLoaded() && controller->window()->windowHandle() == focus) {
-            m_keyNoteWindowController = controller;
-            return;
-        }
-    }
-}
-
 void AppDelegate::saveDocument(QObject *sender)
 {
-    const QPointer<SNStickyNoteWindowController> controller = keyNoteWindowController();
+    const QPointer<SNStickyNoteWindowController> controller = noteWindows().keyController();
     if (!controller)
         return;
     const QPointer<QObject> item = sender;
@@ -644,7 +559,7 @@ void AppDelegate::saveDocument(QObject *sender)
 
 void AppDelegate::toggleStrikethrough(QObject *)
 {
-    SNStickyNoteWindowController *controller = keyNoteWindowController();
+    SNStickyNoteWindowController *controller = noteWindows().keyController();
     if (!controller || !controller->isWindowLoaded())
         return;
     // Whoever has the keyboard in the note window answers first, as the editor does; then its
@@ -756,14 +671,10 @@ void AppDelegate::showWindowControllerFromMenuItem(QAction *sender)
     if (!sender)
         return;
     // The item may outlive its note's window: only a controller still managed is used.
-    const QObject *represented = sender->data().value<QObject *>();
-    for (SNStickyNoteWindowController *controller :
-        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
-        if (controller == represented) {
-            windowManager().showWindow(controller->window());
-            return;
-        }
-    }
+    auto *represented
+        = qobject_cast<SNStickyNoteWindowController *>(sender->data().value<QObject *>());
+    if (represented && noteWindows().contains(represented))
+        windowManager().showWindow(represented->window());
 }
 
 // Tray icon and menus
@@ -791,8 +702,7 @@ void AppDelegate::menuNeedsUpdate(QMenu *menu)
 
 void AppDelegate::generateNotesInMenu(QMenu *menu)
 {
-    QList<SNStickyNoteWindowController *> controllers
-        = windowManager().windowControllersForClass<SNStickyNoteWindowController>();
+    QList<SNStickyNoteWindowController *> controllers = noteWindows().controllers();
     // Newest first.
     std::stable_sort(controllers.begin(), controllers.end(),
         [](const SNStickyNoteWindowController *first, const SNStickyNoteWindowController *second) {
@@ -815,6 +725,15 @@ void AppDelegate::showTagManagerIfNeeded()
     const bool wasActive = QGuiApplication::applicationState() == Qt::ApplicationActive;
     m_tagManagerWindowController = SNTagManagerWindowController::controller();
     m_tagManagerWindowController->setAppWasActive(wasActive);
+    // The browser picks tags; which notes show is the note windows' owner's to decide.
+    SNNoteWindowSet *notes = &noteWindows();
+    SNTagManagerWindowController *browser = m_tagManagerWindowController.get();
+    connect(browser, &SNTagManagerWindowController::notesWillBeBrowsed, notes,
+        &SNNoteWindowSet::beginTagBrowsing);
+    connect(browser, &SNTagManagerWindowController::tagsWerePicked, notes,
+        &SNNoteWindowSet::showOnlyNotesWithTags);
+    connect(browser, &SNTagManagerWindowController::notesShouldBePutBack, notes,
+        &SNNoteWindowSet::endTagBrowsing);
     m_tagManagerWindowController->showWindow();
     connect(m_tagManagerWindowController.get(), &QWWindowController::windowWillClose, this,
         &AppDelegate::tagManagerWindowDidClose);
@@ -901,8 +820,7 @@ bool AppDelegate::showsNotesInTaskbar() const
 void AppDelegate::applyTaskbarPresence()
 {
     const bool skipsTaskbar = !showsNotesInTaskbar();
-    for (SNStickyNoteWindowController *controller :
-        windowManager().windowControllersForClass<SNStickyNoteWindowController>()) {
+    for (SNStickyNoteWindowController *controller : noteWindows().controllers()) {
         if (controller->isWindowLoaded()
             && QWX11WindowState::skipsTaskbar(controller->window()) != skipsTaskbar)
             QWX11WindowState::setSkipsTaskbar(controller->window(), skipsTaskbar);
@@ -922,7 +840,7 @@ void AppDelegate::setDockIconVisible(bool visible)
 
 void AppDelegate::welcomeWindowDidOpen()
 {
-    windowManager().hideAllWindowControllers();
+    noteWindows().hideAllNotes();
 }
 
 void AppDelegate::welcomeWindowDidClose()

@@ -25,6 +25,7 @@ class SNApplicationMenu;
 class SNHelpWindowController;
 class SNModalPresenter;
 class SNNoteArrangement;
+class SNNoteWindowSet;
 class SNStickyNote;
 class SNStickyNoteManager;
 class SNStickyNoteWindowController;
@@ -40,7 +41,8 @@ class AppDelegate;
 // (AppDelegate.ui), answers the application's commands (new note, show and hide all notes,
 // export, help, quit...), takes in files, text and URLs handed to the program, and keeps the
 // tray icon, the taskbar presence, the hot keys and the login item in step with the settings.
-// It holds no note data: notes belong to the note store, their windows to the window manager.
+// It holds no note data: notes belong to the note store, which note windows exist and show to
+// the note window set.
 class AppDelegate final : public QObject, public MTStatusItemDelegate
 {
     Q_OBJECT
@@ -174,22 +176,17 @@ private:
     SNUserDefaults &defaults() const;
     SNStickyNoteManager &noteManager() const;
     QWWindowManager &windowManager() const;
+    SNNoteWindowSet &noteWindows() const;
     QWHotKeyHelper &hotKeyHelper() const;
     // hideWindow hides the notes only on a start at login, and only while launching.
     bool shouldShowNotes() const;
-    void addNoteWindowController(SNStickyNoteWindowController *controller, bool shouldShow);
     // What every note window needs before it first maps; run by the window manager as it
     // takes each one on.
     void prepareNoteWindow(QWWindowController *controller);
-    bool hasManagedController(const std::shared_ptr<SNStickyNote> &note) const;
-    void addNoteWithText(const std::shared_ptr<SNStickyNote> &note);
     void hotKeyWasPressed(qint64 identifier);
     void settingDidChange(const QString &key);
     void connectMenuItems();
     void subscribeToNotifications();
-    void rememberKeyNoteWindow();
-    SNStickyNoteWindowController *keyNoteWindowController() const;
-    void flushEveryNote(bool terminating);
     QString selectedText() const;
     void applyTaskbarPresence();
 
@@ -203,6 +200,8 @@ private:
     qint64 m_noteHotKeyID = -1;
 
     Services m_services;
+    // Made on first use, with the note store.
+    mutable std::unique_ptr<SNNoteWindowSet> m_noteWindows;
 
     std::unique_ptr<QMenu> m_statusItemMenu;
     std::unique_ptr<Ui::AppDelegate> m_ui;
@@ -215,7 +214,6 @@ private:
     std::unique_ptr<SNHelpWindowController> m_helpWindowController;
     // Only while its window is open.
     std::unique_ptr<SNTagManagerWindowController> m_tagManagerWindowController;
-    QPointer<SNStickyNoteWindowController> m_keyNoteWindowController;
     std::unique_ptr<QWDebouncer> m_activationTimer;
     std::unique_ptr<QWPreferencesWindowController> m_preferencesWindowController;
     std::unique_ptr<QWDebouncer> m_preferencesReleaseTimer;

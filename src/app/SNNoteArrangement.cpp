@@ -1,14 +1,13 @@
 #include "app/SNNoteArrangement.h"
 
-#include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWWindowMasonry.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 
 #include <QAction>
 
 SNNoteArrangement::SNNoteArrangement(
-    QWWindowManager &windowManager, QAction *arrangeItem, QAction *putBackItem, QObject *parent)
-    : QObject(parent), m_windowManager(windowManager), m_putBackItem(putBackItem)
+    NoteWindows noteWindows, QAction *arrangeItem, QAction *putBackItem, QObject *parent)
+    : QObject(parent), m_noteWindows(std::move(noteWindows)), m_putBackItem(putBackItem)
 {
     connect(arrangeItem, &QAction::triggered, this, &SNNoteArrangement::arrangeNotes);
     connect(putBackItem, &QAction::triggered, this, &SNNoteArrangement::putNotesBack);
@@ -24,8 +23,7 @@ void SNNoteArrangement::arrangeNotes()
         return;
     }
     QList<QWWindowController *> visible;
-    for (SNStickyNoteWindowController *controller :
-        m_windowManager.windowControllersForClass<SNStickyNoteWindowController>()) {
+    for (SNStickyNoteWindowController *controller : m_noteWindows()) {
         if (controller->isWindowLoaded() && controller->window()->isVisible())
             visible.append(controller);
     }

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 
 class QAction;
-class QWWindowManager;
 class QWWindowMasonry;
+class SNStickyNoteWindowController;
 
 // "Arrange Notes" tiles the visible notes over the screen; "Put Notes Back" returns them to
 // where they were, and is enabled only while an arrangement stands. Arranging again tiles the
@@ -19,8 +21,11 @@ class SNNoteArrangement final : public QObject
     Q_DISABLE_COPY_MOVE(SNNoteArrangement)
 
 public:
-    // The notes are the window manager's; the two items run the two commands.
-    SNNoteArrangement(QWWindowManager &windowManager, QAction *arrangeItem, QAction *putBackItem,
+    // Gives the note windows there are, shown or not.
+    using NoteWindows = std::function<QList<SNStickyNoteWindowController *>()>;
+
+    // The two items run the two commands.
+    SNNoteArrangement(NoteWindows noteWindows, QAction *arrangeItem, QAction *putBackItem,
         QObject *parent = nullptr);
     ~SNNoteArrangement() override;
 
@@ -31,7 +36,7 @@ public:
 private:
     void setArranged(std::unique_ptr<QWWindowMasonry> masonry);
 
-    QWWindowManager &m_windowManager;
+    NoteWindows m_noteWindows;
     QPointer<QAction> m_putBackItem;
     std::unique_ptr<QWWindowMasonry> m_masonry;
 };

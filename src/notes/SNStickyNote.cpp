@@ -3,7 +3,6 @@
 #include "kit/QWClock.h"
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
-#include "notes/SNStickyNoteManager.h"
 #include "settings/SNUserDefaults.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
@@ -200,16 +199,6 @@ void SNStickyNote::updateTheme()
     setLocked(m_theme, SNThemeResolver::themeWithSaveName(name));
 }
 
-QObject *SNStickyNote::windowController() const
-{
-    return m_windowController.data();
-}
-
-void SNStickyNote::setWindowController(QObject *controller)
-{
-    m_windowController = controller;
-}
-
 void SNStickyNote::willDelete() { }
 
 void SNStickyNote::didDelete()
@@ -234,7 +223,6 @@ void SNStickyNote::themeNameDidChange(const QWNotification &notification)
         // The theme object is the registry's own and follows the rename by itself.
         m_themeName = newName.toString();
     }
-    SNStickyNoteManager::sharedManager().save();
 }
 
 bool SNStickyNote::hasContent() const

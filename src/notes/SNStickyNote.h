@@ -5,8 +5,6 @@
 
 #include <QDateTime>
 #include <QList>
-#include <QObject>
-#include <QPointer>
 #include <QString>
 
 #include <memory>
@@ -19,7 +17,8 @@ class SNTag;
 class SNTheme;
 
 // The record of one sticky note: its text, dates, theme, window geometry, pin state,
-// transparency, counter state and tags. The note store owns it; one note window edits it.
+// transparency, counter state and tags. The note store owns it; one note window edits it, and
+// the note does not know that window.
 //
 // Every field is guarded by the note's own lock, so that a background save can read a note
 // while the interface thread changes it. Tags and the theme are set on the interface thread.
@@ -73,10 +72,6 @@ public:
     std::shared_ptr<SNTheme> theme() const;
     void updateTheme();
 
-    // The window controller showing this note, if any (a QObject of the window layer).
-    QObject *windowController() const;
-    void setWindowController(QObject *controller);
-
     // Called by the note store around removal.
     void willDelete();
     void didDelete();
@@ -117,6 +112,5 @@ private:
     double m_windowAlpha = 0.0;
     QList<std::shared_ptr<SNTag>> m_tags;
     std::shared_ptr<SNTheme> m_theme;
-    QPointer<QObject> m_windowController;
     QWNotificationCenter::Observation m_themeRenameObservation;
 };

@@ -1,16 +1,19 @@
 #include "notes/SNStickyNoteManager.h"
 
 #include "kit/QWClock.h"
+#include "kit/QWDebouncer.h"
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
 #include "notes/SNStickyNote.h"
 
+#include <QAbstractEventDispatcher>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <algorithm>
 
@@ -36,13 +39,23 @@ QString withTrailingSlash(const QString &path)
 SNStickyNoteManager::SNStickyNoteManager() : SNStickyNoteManager(standardBaseDatabasePath()) { }
 
 SNStickyNoteManager::SNStickyNoteManager(const QString &baseDatabasePath)
-    : m_baseDatabasePath(withTrailingSlash(baseDatabasePath))
+    : m_baseDatabasePath(withTrailingSlash(baseDatabasePath)),
+      m_ownerThread(QThread::currentThread())
 {
     loadDatabase();
+    // A renamed theme renames it in the notes that wear it (each note sees to its own name).
+    m_themeRenameObservation = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
+        SNStickyNote::themeNameDidChangeNotification, nullptr,
+        [this](const QWNotification &) { scheduleSave(); });
 }
 
 SNStickyNoteManager::~SNStickyNoteManager()
 {
+    m_themeRenameObservation.cancel();
+    // A change told but not yet written is written now.
+    if (hasPendingSave())
+        save();
+    m_saveDebouncer.reset();
     waitForBackgroundSaves();
 }
 
@@ -87,7 +100,7 @@ void SNStickyNoteManager::addNote(const std::shared_ptr<SNStickyNote> &note)
         std::lock_guard lock(m_listMutex);
         m_actualNotesArray.append(note);
     }
-    save();
+    scheduleSave();
 }
 
 void SNStickyNoteManager::removeNote(const std::shared_ptr<SNStickyNote> &note)
@@ -99,8 +112,29 @@ void SNStickyNoteManager::removeNote(const std::shared_ptr<SNStickyNote> &note)
         std::lock_guard lock(m_listMutex);
         m_actualNotesArray.removeAll(note);
     }
-    save();
+    scheduleSave();
     note->didDelete();
+}
+
+void SNStickyNoteManager::noteDidChange(const std::shared_ptr<SNStickyNote> &note)
+{
+    if (note)
+        scheduleSave();
+}
+
+void SNStickyNoteManager::scheduleSave()
+{
+    // A thread without an event loop has nobody to run the save later: it saves itself.
+    if (QThread::currentThread() != m_ownerThread || !QAbstractEventDispatcher::instance())
+        return;
+    if (!m_saveDebouncer)
+        m_saveDebouncer = std::make_unique<QWDebouncer>(0.0, [this] { saveInBackground(); });
+    m_saveDebouncer->restart();
+}
+
+bool SNStickyNoteManager::hasPendingSave() const
+{
+    return m_saveDebouncer && m_saveDebouncer->isPending();
 }
 
 void SNStickyNoteManager::removeUnfinishedSaves() const
@@ -182,6 +216,9 @@ void SNStickyNoteManager::loadDatabase()
 
 bool SNStickyNoteManager::save()
 {
+    // This snapshot holds every change scheduled so far.
+    if (m_saveDebouncer && QThread::currentThread() == m_ownerThread)
+        m_saveDebouncer->cancel();
     QByteArray archive;
     quint64 generation;
     {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kit/QWNotificationCenter.h"
+
 #include <QList>
 #include <QString>
 
@@ -11,10 +13,17 @@
 #include <vector>
 
 class QSaveFile;
+class QThread;
+class QWDebouncer;
 class SNStickyNote;
 
 // The one store of all notes: it loads "stickies.db" once, keeps the notes in order, writes
-// the whole list back on request and copies the file for export. It knows nothing of windows.
+// the whole list back and copies the file for export. It knows nothing of windows.
+//
+// The store decides when to save: whoever changes a note tells it (noteDidChange), and every
+// change made in one turn of the event loop, the list's own included, becomes one save in the
+// background. Only changes made on the thread that made the store are scheduled so; tools and
+// other threads call save() themselves.
 //
 // Saving never loses data: the archive is written beside the old one and renamed over it,
 // an older snapshot never replaces a newer one, and a file that cannot be read is moved
@@ -33,7 +42,7 @@ public:
     SNStickyNoteManager();
     // The store over another folder, for tests and tools; loads at once.
     explicit SNStickyNoteManager(const QString &baseDatabasePath);
-    // Waits for saves still running in the background.
+    // Writes a scheduled save at once and waits for saves still running in the background.
     ~SNStickyNoteManager();
     SNStickyNoteManager(const SNStickyNoteManager &) = delete;
     SNStickyNoteManager &operator=(const SNStickyNoteManager &) = delete;
@@ -47,9 +56,14 @@ public:
     QList<std::shared_ptr<SNStickyNote>> notesArray() const;
     void addNote(const std::shared_ptr<SNStickyNote> &note);
     void removeNote(const std::shared_ptr<SNStickyNote> &note);
+    // The note's fields changed: it is saved with the next save.
+    void noteDidChange(const std::shared_ptr<SNStickyNote> &note);
+    // Whether a save is scheduled and has not run yet.
+    bool hasPendingSave() const;
 
-    // Writes every note that has text to the file, on the calling thread. False when the
-    // file could not be written (or a newer save had already written it: nothing to do).
+    // Writes every note that has text to the file, on the calling thread, taking the place of
+    // a scheduled save. False when the file could not be written (or a newer save had already
+    // written it: nothing to do).
     bool save();
     // The same on a worker of its own; the interface thread does not wait.
     void saveInBackground();
@@ -68,6 +82,7 @@ public:
     void setSaveFileFactory(SaveFileFactory factory);
 
 private:
+    void scheduleSave();
     // Takes away the temporary files of saves that a crash interrupted.
     void removeUnfinishedSaves() const;
     bool writeArchive(const QByteArray &archive, quint64 generation);
@@ -89,6 +104,10 @@ private:
     bool m_writeRefused = false; // the file on disk could not be read nor moved aside
     QString m_movedAsidePath;
     SaveFileFactory m_saveFileFactory;
+
+    QThread *const m_ownerThread;
+    std::unique_ptr<QWDebouncer> m_saveDebouncer; // made on the first change of its thread
+    QWNotificationCenter::Observation m_themeRenameObservation;
 
     struct Worker
     {

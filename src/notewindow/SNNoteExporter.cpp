@@ -32,11 +32,12 @@ QString proposedFileName(const QString &title)
 } // namespace
 
 SNNoteExporter::SNNoteExporter(QWidget *window, const std::shared_ptr<SNStickyNote> &note,
-    const std::shared_ptr<SNModalPresenter> &presenter,
+    SNStickyNoteManager &store, const std::shared_ptr<SNModalPresenter> &presenter,
     std::function<QWAttributedString()> storedText, QObject *parent)
     : QObject(parent),
       m_window(window),
       m_note(note),
+      m_store(store),
       m_presenter(presenter),
       m_storedText(std::move(storedText)),
       m_exportDelayTimer(std::make_unique<QWDebouncer>(exportDelay, [this] { saveNote(); }))
@@ -116,9 +117,7 @@ void SNNoteExporter::saveNoteShouldRemove(bool shouldRemove)
     }
     if (!shouldRemove)
         return;
-    SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
-    store.removeNote(m_note);
-    store.save();
+    m_store.removeNote(m_note);
     if (m_noteWasRemoved)
         m_noteWasRemoved();
 }

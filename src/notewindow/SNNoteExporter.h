@@ -11,6 +11,7 @@ class QWDebouncer;
 class QWidget;
 class SNModalPresenter;
 class SNStickyNote;
+class SNStickyNoteManager;
 
 // Exports a note as RTF: asks whether to export before a note with text is deleted, runs the
 // save panel, writes the file and says so when it could not. An export that replaces the note
@@ -26,7 +27,7 @@ public:
     // The note and presenter are read on each use, as their owner may be handed others;
     // storedText gives the text as the note would store it.
     SNNoteExporter(QWidget *window, const std::shared_ptr<SNStickyNote> &note,
-        const std::shared_ptr<SNModalPresenter> &presenter,
+        SNStickyNoteManager &store, const std::shared_ptr<SNModalPresenter> &presenter,
         std::function<QWAttributedString()> storedText, QObject *parent = nullptr);
     ~SNNoteExporter() override;
 
@@ -52,6 +53,7 @@ private:
 
     QPointer<QWidget> m_window;
     const std::shared_ptr<SNStickyNote> &m_note;
+    SNStickyNoteManager &m_store;
     const std::shared_ptr<SNModalPresenter> &m_presenter;
     std::function<QWAttributedString()> m_storedText;
     std::function<void()> m_noteWasRemoved;

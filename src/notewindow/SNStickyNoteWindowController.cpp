@@ -7,7 +7,6 @@
 #include "kit/QWSpellChecker.h"
 #include "kit/QWTextAttributes.h"
 #include "kit/widgets/QWGradientView.h"
-#include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNNoteTitle.h"
 #include "notes/SNStickyNote.h"
@@ -76,8 +75,10 @@ QPoint nextCascadePoint(const QSize &windowSize)
 
 } // namespace
 
-SNStickyNoteWindowController::SNStickyNoteWindowController(QObject *parent)
+SNStickyNoteWindowController::SNStickyNoteWindowController(
+    SNStickyNoteManager &store, QObject *parent)
     : QWWindowController(parent),
+      m_store(store),
       m_presenter(SNModalPresenter::defaultPresenter()),
       m_saveDelayTimer(std::make_unique<QWDebouncer>(saveDelay, [this] { save(); })),
       m_tokenizeDelayTimer(std::make_unique<QWDebouncer>(tokenizeDelay, [this] {
@@ -96,9 +97,9 @@ SNStickyNoteWindowController::~SNStickyNoteWindowController()
 }
 
 SNStickyNoteWindowController *SNStickyNoteWindowController::controllerWithNote(
-    const std::shared_ptr<SNStickyNote> &note)
+    const std::shared_ptr<SNStickyNote> &note, SNStickyNoteManager &store)
 {
-    auto *controller = new SNStickyNoteWindowController();
+    auto *controller = new SNStickyNoteWindowController(store);
     controller->setNote(note);
     return controller;
 }
@@ -106,8 +107,6 @@ SNStickyNoteWindowController *SNStickyNoteWindowController::controllerWithNote(
 void SNStickyNoteWindowController::setNote(const std::shared_ptr<SNStickyNote> &note)
 {
     m_note = note;
-    if (m_note)
-        m_note->setWindowController(this);
 }
 
 void SNStickyNoteWindowController::setModalPresenter(std::shared_ptr<SNModalPresenter> presenter)
@@ -225,7 +224,7 @@ std::unique_ptr<QWidget> SNStickyNoteWindowController::loadWindow()
     }
     m_textFormatter = std::make_unique<SNNoteTextFormatter>(m_ui->textView, m_note);
     m_exporter = std::make_unique<SNNoteExporter>(
-        m_window, m_note, m_presenter, [this] { return storedString(); });
+        m_window, m_note, m_store, m_presenter, [this] { return storedString(); });
     m_exporter->setNoteWasRemovedHandler([this] {
         // The note has gone already: closing must not remove it again, only flush.
         m_isTerminating = true;
@@ -449,7 +448,7 @@ void SNStickyNoteWindowController::flushNote()
 void SNStickyNoteWindowController::save()
 {
     flushNote();
-    SNStickyNoteManager::sharedManager().saveInBackground();
+    m_store.noteDidChange(m_note);
 }
 
 void SNStickyNoteWindowController::textDidChange()
@@ -653,9 +652,7 @@ void SNStickyNoteWindowController::windowWillClose(SNStickyWindow *)
     m_window->setDelegate(nullptr);
     m_collapser->removeTrackingArea();
     if (!m_isTerminating) {
-        SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
-        store.removeNote(m_note);
-        store.save();
+        m_store.removeNote(m_note);
     } else {
         flushNote();
     }
@@ -749,21 +746,7 @@ void SNStickyNoteWindowController::showTagsWithItem(QAction *item)
         m_presenter->beep();
         return;
     }
-    QWWindowManager &manager = QWWindowManager::sharedManager();
-    const QList<SNStickyNoteWindowController *> controllers
-        = manager.windowControllersForClass<SNStickyNoteWindowController>();
-    for (SNStickyNoteWindowController *controller : controllers) {
-        QWidget *noteWindow = controller->window();
-        if (!noteWindow)
-            continue;
-        if (controller->note() && tag->containsNote(controller->note().get())) {
-            noteWindow->show();
-            noteWindow->raise();
-        } else {
-            noteWindow->hide();
-        }
-    }
-    manager.showWindow(window());
+    Q_EMIT notesWithTagRequested(tag);
 }
 
 // MARK: - Pin state and transparency

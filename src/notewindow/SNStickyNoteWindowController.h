@@ -25,6 +25,7 @@ class SNNoteExporter;
 class SNNoteMenus;
 class SNNoteTextFormatter;
 class SNStickyNote;
+class SNStickyNoteManager;
 class SNStickyWindow;
 class SNTextView;
 class SNTag;
@@ -36,11 +37,12 @@ class SNStickyNoteWindowController;
 }
 
 // Shows one note in its own window and edits it in place: builds the window from
-// SNStickyNoteWindowController.ui, restores the stored frame, saves edits half a second after
-// the last one, pins and fades the window, draws the note in its theme, keeps its tags, title
-// and counter, and decides what closing means. Closing a note deletes it, after offering to
-// export what it holds as RTF; at quit (isTerminating) closing only copies the editor's state
-// into the note. Formatting, export, collapsing and the menus are jobs of their own, wired here.
+// SNStickyNoteWindowController.ui, restores the stored frame, hands edits to the store half a
+// second after the last one, pins and fades the window, draws the note in its theme, keeps its
+// tags, title and counter, and decides what closing means. Closing a note deletes it, after
+// offering to export what it holds as RTF; at quit (isTerminating) closing only copies the editor's
+// state into the note. Formatting, export, collapsing and the menus are jobs of their own, wired
+// here.
 class SNStickyNoteWindowController final : public QWWindowController,
                                            public SNStickyWindowDelegate,
                                            public SNTextViewDelegate
@@ -59,13 +61,14 @@ public:
     static constexpr double saveDelay = 0.5;
     static constexpr double tokenizeDelay = 0.5;
 
-    explicit SNStickyNoteWindowController(QObject *parent = nullptr);
+    // The store is told of every change to the note, and of its deletion.
+    explicit SNStickyNoteWindowController(SNStickyNoteManager &store, QObject *parent = nullptr);
     ~SNStickyNoteWindowController() override;
 
-    // A controller for the note, which learns of it as its window controller. The window loads on
-    // first use. The caller owns the controller until it hands it to the window manager.
+    // A controller for the note; the window loads on first use. The caller owns the controller
+    // until it hands it to the window manager.
     static SNStickyNoteWindowController *controllerWithNote(
-        const std::shared_ptr<SNStickyNote> &note);
+        const std::shared_ptr<SNStickyNote> &note, SNStickyNoteManager &store);
 
     const std::shared_ptr<SNStickyNote> &note() const { return m_note; }
     void setNote(const std::shared_ptr<SNStickyNote> &note);
@@ -137,7 +140,8 @@ public:
     void quit();
     // Export; the note stays.
     void saveNote(QObject *sender);
-    // Shows the notes that carry the tag named by the item's data, hides the others.
+    // Asks for the notes that carry the tag named by the item's data (notesWithTagRequested);
+    // beeps when there is no such tag.
     void showTagsWithItem(QAction *item);
 
     // Pin state and transparency.
@@ -181,6 +185,10 @@ public:
     // The window's frame as a note stores it.
     QString frameString() const;
 
+Q_SIGNALS:
+    // The user asked to see only the notes that carry this tag.
+    void notesWithTagRequested(const std::shared_ptr<SNTag> &tag);
+
 protected:
     std::unique_ptr<QWidget> loadWindow() override;
     void qw_viewDidLoad() override;
@@ -204,6 +212,7 @@ private:
     bool m_secretUnlocked = false;
     bool m_shouldCascadeWindows = true;
 
+    SNStickyNoteManager &m_store;
     std::shared_ptr<SNStickyNote> m_note;
     std::shared_ptr<SNTheme> m_currentTheme;
     std::shared_ptr<SNModalPresenter> m_presenter;

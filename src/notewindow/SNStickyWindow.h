@@ -31,10 +31,6 @@ public:
     SNStickyWindowDelegate *delegate() const { return m_delegate; }
     void setDelegate(SNStickyWindowDelegate *delegate) { m_delegate = delegate; }
 
-    // Kept for callers; the window itself never reads it.
-    bool activationDisabled() const { return m_activationDisabled; }
-    void setActivationDisabled(bool disabled) { m_activationDisabled = disabled; }
-
     // The window's own answer when there is no delegate.
     bool windowShouldClose() const { return true; }
     // Closes the window if the delegate (else the window itself) agrees.
@@ -58,7 +54,6 @@ private:
     void resizeByUser(const QRect &frame);
 
     SNStickyWindowDelegate *m_delegate = nullptr;
-    bool m_activationDisabled = false;
     bool m_closeApproved = false;
     std::array<SNWindowEdgeGrip *, 8> m_grips {};
 

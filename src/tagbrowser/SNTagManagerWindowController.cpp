@@ -2,9 +2,6 @@
 
 #include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
-#include "notes/SNStickyNote.h"
-#include "notewindow/SNStickyNoteWindowController.h"
-#include "notewindow/SNStickyWindow.h"
 #include "tagbrowser/SNTagCloudView.h"
 #include "tagbrowser/SNTagSearchField.h"
 #include "tags/SNHashtagScanner.h"
@@ -20,11 +17,11 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QRegion>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QSet>
 #include <QSignalBlocker>
 #include <QTextCharFormat>
 #include <QTextCursor>
@@ -37,12 +34,6 @@
 namespace {
 
 constexpr double panelCornerRadius = 12.0;
-
-QList<SNStickyNoteWindowController *> noteWindowControllers()
-{
-    return QWWindowManager::sharedManager()
-        .windowControllersForClass<SNStickyNoteWindowController>();
-}
 
 // Sees every key release of the program before its receiver does.
 class KeyUpMonitor final : public QObject
@@ -231,16 +222,6 @@ void SNTagManagerWindowController::setSelectedTags(const QList<std::shared_ptr<S
     reloadData();
 }
 
-QList<SNStickyNoteWindowController *> SNTagManagerWindowController::focusedWindowControllers() const
-{
-    QList<SNStickyNoteWindowController *> controllers;
-    for (const QPointer<SNStickyNoteWindowController> &controller : m_focusedWindowControllers) {
-        if (controller)
-            controllers.append(controller);
-    }
-    return controllers;
-}
-
 // MARK: - Opening and closing
 
 void SNTagManagerWindowController::showWindow()
@@ -250,19 +231,7 @@ void SNTagManagerWindowController::showWindow()
     showOverlayWindow();
     m_ui->searchField->setFocus();
     showMainWindow();
-
-    m_previousWindowStates.clear();
-    for (SNStickyNoteWindowController *controller : noteWindowControllers()) {
-        QWidget *noteWindow = controller->window();
-        if (!noteWindow)
-            continue;
-        m_previousWindowStates.append({ noteWindow, noteWindow->isVisible() });
-        noteWindow->hide();
-        if (SNStickyWindow *sticky = controller->stickyWindow())
-            sticky->setActivationDisabled(true);
-        // What keeps a note from taking the focus when it is shown again here.
-        noteWindow->setAttribute(Qt::WA_ShowWithoutActivating, true);
-    }
+    Q_EMIT notesWillBeBrowsed();
     m_isOpen = true;
 }
 
@@ -288,23 +257,7 @@ void SNTagManagerWindowController::close(QObject *sender)
     if (!m_isOpen || m_isClosing)
         return;
     m_isClosing = true;
-    const bool notesWereFocused = !focusedWindowControllers().isEmpty();
-    for (SNStickyNoteWindowController *controller : noteWindowControllers()) {
-        QWidget *noteWindow = controller->window();
-        if (!noteWindow)
-            continue;
-        controller->updateWindowLevel();
-        noteWindow->setAttribute(Qt::WA_ShowWithoutActivating, false);
-        if (notesWereFocused)
-            continue;
-        // A window the browser never saw (a note made meanwhile) shows.
-        bool visible = true;
-        for (const auto &[recorded, wasVisible] : std::as_const(m_previousWindowStates)) {
-            if (recorded == noteWindow)
-                visible = wasVisible;
-        }
-        noteWindow->setVisible(visible);
-    }
+    Q_EMIT notesShouldBePutBack();
 
     // After the event that asked for it has been handled.
     QTimer::singleShot(0, this, [this] {
@@ -325,9 +278,9 @@ void SNTagManagerWindowController::windowDidResignKey()
 {
     if (!m_isOpen)
         return;
-    // A note shown here may not take the focus from the browser: it takes it back.
-    if (auto *sticky = qobject_cast<SNStickyWindow *>(QApplication::activeWindow());
-        sticky && sticky->activationDisabled()) {
+    // A note shown for a tag may not take the focus from the browser: it takes it back.
+    if (const QWidget *active = QApplication::activeWindow();
+        active && active != window() && active->testAttribute(Qt::WA_ShowWithoutActivating)) {
         QWWindowManager::sharedManager().showWindow(window());
         return;
     }
@@ -391,37 +344,7 @@ void SNTagManagerWindowController::tokenizeTags()
 
 void SNTagManagerWindowController::bringWindowsToFront()
 {
-    const QList<SNStickyNoteWindowController *> controllers = noteWindowControllers();
-    for (SNStickyNoteWindowController *controller : focusedWindowControllers()) {
-        controller->updateWindowLevel();
-        if (QWidget *noteWindow = controller->window())
-            noteWindow->hide();
-    }
-
-    QSet<const SNStickyNote *> notes;
-    for (const std::shared_ptr<SNTag> &tag : std::as_const(m_selectedTags)) {
-        for (const std::shared_ptr<SNStickyNote> &note : tag->notes())
-            notes.insert(note.get());
-    }
-
-    QList<QPointer<SNStickyNoteWindowController>> focused;
-    QWidget *browser = window();
-    for (SNStickyNoteWindowController *controller : controllers) {
-        if (!controller->note() || !notes.contains(controller->note().get()))
-            continue;
-        QWidget *noteWindow = controller->window();
-        if (!noteWindow)
-            continue;
-        // On the browser's level, under it: shown after it, raised, then the browser raised
-        // again over them.
-        QWX11WindowState::setLevel(noteWindow, QWX11WindowState::level(browser));
-        noteWindow->show();
-        noteWindow->raise();
-        focused.append(controller);
-    }
-    if (!focused.isEmpty())
-        browser->raise();
-    m_focusedWindowControllers = focused;
+    Q_EMIT tagsWerePicked(m_selectedTags, window());
 }
 
 // MARK: - The cloud

@@ -6,15 +6,12 @@
 #include "tagbrowser/SNTagCloudViewDelegate.h"
 
 #include <QList>
-#include <QPair>
-#include <QPointer>
 #include <QString>
 
 #include <memory>
 
 class QLabel;
 class QScrollArea;
-class SNStickyNoteWindowController;
 class SNTag;
 class SNTagCloudView;
 class SNTagSearchField;
@@ -24,13 +21,14 @@ class SNTagManagerWindowController;
 }
 
 // The tag browser: a floating, see-through panel with a search field and the cloud of every tag
-// under it. While it is open every note is hidden; the hashtags typed into the field, or the
-// tags clicked in the cloud, pick the notes to show, stacked just under the panel. Closing it
-// with nothing picked gives every note back the visibility it had before; after a pick the
-// notes shown stay and the others stay hidden.
+// under it. The hashtags typed into the field, or the tags clicked in the cloud, pick tags; the
+// browser says so (tagsWerePicked), and whoever owns the note windows shows the notes that
+// carry them, just under the panel. It does not touch a note window itself: it announces when
+// browsing begins and when the notes are to be put back.
 //
 // It closes on the release of Escape anywhere in the program, on Return, and as soon as it
-// stops being the active window. The note windows it shows may not take the focus from it.
+// stops being the active window. A note window shown without taking the keyboard (one shown
+// for a tag) may not take the focus from it.
 class SNTagManagerWindowController final : public QWWindowController,
                                            public SNTagCloudViewDataSource,
                                            public SNTagCloudViewDelegate
@@ -66,11 +64,9 @@ public:
     const QList<std::shared_ptr<SNTag>> &tagsArray() const { return m_tagsArray; }
     const QList<std::shared_ptr<SNTag>> &selectedTags() const { return m_selectedTags; }
     void setSelectedTags(const QList<std::shared_ptr<SNTag>> &tags);
-    // The note windows shown because they carry a picked tag.
-    QList<SNStickyNoteWindowController *> focusedWindowControllers() const;
     bool isOpen() const { return m_isOpen; }
 
-    // Opens the browser over the hidden notes.
+    // Opens the browser; the notes are hidden (notesWillBeBrowsed).
     void showWindow() override;
     void showMainWindow();
     // Puts the notes back and closes the browser on the next turn of the event loop.
@@ -78,7 +74,7 @@ public:
     void reloadData();
     // Picks the tags named by the hashtags of the search text and colours them.
     void tokenizeTags();
-    // Shows exactly the notes that carry a picked tag.
+    // Asks for exactly the notes that carry a picked tag.
     void bringWindowsToFront();
     void controlTextDidChange();
     // True when the command was taken here: the search field's cancel does nothing.
@@ -93,6 +89,14 @@ public:
     // SNTagCloudViewDelegate
     std::shared_ptr<SNTag> tagCloudViewTagForIndex(SNTagCloudView *view, qint64 index) override;
     void tagCloudViewItemWasClickedAtIndex(SNTagCloudView *view, qint64 index) override;
+
+Q_SIGNALS:
+    // The browser opens: every note is to hide until tags are picked.
+    void notesWillBeBrowsed();
+    // Exactly the notes that carry one of these tags are to show, under the browser's window.
+    void tagsWerePicked(const QList<std::shared_ptr<SNTag>> &tags, QWidget *browser);
+    // The browser closes: the notes are to be put back as they were, unless some were picked.
+    void notesShouldBePutBack();
 
 protected:
     std::unique_ptr<QWidget> loadWindow() override;
@@ -117,7 +121,4 @@ private:
 
     QList<std::shared_ptr<SNTag>> m_tagsArray;
     QList<std::shared_ptr<SNTag>> m_selectedTags;
-    QList<QPointer<SNStickyNoteWindowController>> m_focusedWindowControllers;
-    // Each note window's visibility when the browser opened.
-    QList<QPair<QPointer<QWidget>, bool>> m_previousWindowStates;
 };

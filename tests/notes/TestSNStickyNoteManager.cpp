@@ -71,6 +71,7 @@ private Q_SLOTS:
     void firstStartSeedsTheWelcomeNotes();
     void blankNotesAreNotSaved();
     void addRemoveAndSnapshots();
+    void changesOfOneTurnMakeOneSave();
     void exportReplacesAnExistingFileAtomically();
     void damagedFileIsMovedAsideAndReplaced();
     void unfinishedSavesAreRemovedAtLoad();
@@ -79,6 +80,8 @@ private Q_SLOTS:
     void readableByAnotherCborDecoder();
 
 private:
+    // Lets the save the store scheduled run, and waits for it.
+    void settle(SNStickyNoteManager &store);
     QString folder() const { return m_environment->dataHome() + QStringLiteral("/Vellumo/"); }
     std::unique_ptr<QWTestEnvironment> m_environment;
     std::unique_ptr<QWManualScheduler> m_scheduler;
@@ -96,6 +99,12 @@ void TestSNStickyNoteManager::cleanup()
         SNTagManager::sharedManager().removeTag(tag);
     m_scheduler.reset();
     m_environment.reset();
+}
+
+void TestSNStickyNoteManager::settle(SNStickyNoteManager &store)
+{
+    m_scheduler->advanceBy(0);
+    store.waitForBackgroundSaves();
 }
 
 void TestSNStickyNoteManager::firstStartSeedsTheWelcomeNotes()
@@ -125,6 +134,7 @@ void TestSNStickyNoteManager::firstStartSeedsTheWelcomeNotes()
     store.loadDatabase();
     for (const std::shared_ptr<SNStickyNote> &note : store.notesArray())
         store.removeNote(note);
+    settle(store);
     SNStickyNoteManager again(folder());
     QVERIFY(again.notesArray().isEmpty());
 }
@@ -153,7 +163,8 @@ void TestSNStickyNoteManager::addRemoveAndSnapshots()
     store.addNote(nullptr);
     QVERIFY(!before.contains(added)); // a snapshot does not change
     QCOMPARE(store.notesArray().size(), before.size() + 1);
-    QVERIFY(textsInFile(store.databasePath()).contains(QStringLiteral("added"))); // saved at once
+    settle(store);
+    QVERIFY(textsInFile(store.databasePath()).contains(QStringLiteral("added")));
 
     // Removing a note that is not in the list still tells it and saves.
     const std::shared_ptr<SNTag> tag
@@ -163,13 +174,46 @@ void TestSNStickyNoteManager::addRemoveAndSnapshots()
     outsider->setTags({ tag });
     QFile::remove(store.databasePath());
     store.removeNote(outsider);
+    settle(store);
     QVERIFY(QFile::exists(store.databasePath()));
     QVERIFY(
         !SNTagManager::sharedManager().tagWithName(QStringLiteral("#outsider"))); // didDelete ran
 
     store.removeNote(added);
     QVERIFY(!store.notesArray().contains(added));
+    settle(store);
     QVERIFY(!textsInFile(store.databasePath()).contains(QStringLiteral("added")));
+}
+
+void TestSNStickyNoteManager::changesOfOneTurnMakeOneSave()
+{
+    SNStickyNoteManager store(folder());
+    QVERIFY(store.save());
+    const auto note = noteWithText(QStringLiteral("edited"));
+    store.addNote(note);
+    note->setThemeName(QStringLiteral("SNUserTheme-Work"));
+    store.noteDidChange(note);
+    QWNotificationCenter::defaultCenter().postNotificationNameObjectUserInfo(
+        SNStickyNote::themeNameDidChangeNotification, nullptr,
+        { { QStringLiteral("oldName"), QStringLiteral("SNUserTheme-Work") },
+            { QStringLiteral("newName"), QStringLiteral("SNUserTheme-Play") } });
+    QVERIFY(store.hasPendingSave());
+    QVERIFY(!textsInFile(store.databasePath()).contains(QStringLiteral("edited")));
+    settle(store);
+    QVERIFY(!store.hasPendingSave());
+    SNStickyNoteManager reread(folder());
+    QCOMPARE(reread.notesArray().constLast()->themeName(), QStringLiteral("SNUserTheme-Play"));
+
+    // A save on request takes the place of the scheduled one; one still scheduled when the
+    // store goes is written then.
+    store.noteDidChange(note);
+    QVERIFY(store.save());
+    QVERIFY(!store.hasPendingSave());
+    {
+        SNStickyNoteManager leaving(folder());
+        leaving.addNote(noteWithText(QStringLiteral("last words")));
+    }
+    QVERIFY(textsInFile(store.databasePath()).contains(QStringLiteral("last words")));
 }
 
 void TestSNStickyNoteManager::exportReplacesAnExistingFileAtomically()
@@ -181,6 +225,7 @@ void TestSNStickyNoteManager::exportReplacesAnExistingFileAtomically()
 
     // The user has agreed to replace the earlier export.
     store.addNote(noteWithText(QStringLiteral("newer")));
+    settle(store);
     QVERIFY(store.exportDatabaseToPath(exported));
     bool complete = false;
     const QStringList replaced = textsInFile(exported, &complete);
@@ -321,6 +366,7 @@ void TestSNStickyNoteManager::readableByAnotherCborDecoder()
     SNTagManager::sharedManager().addTag(tag);
     note->setTags({ tag });
     store.addNote(note);
+    settle(store);
 
     QProcess python;
     python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),

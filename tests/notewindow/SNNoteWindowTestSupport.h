@@ -104,7 +104,8 @@ inline std::unique_ptr<SNStickyNoteWindowController> openNote(
     const std::shared_ptr<SNModalPresenter> &presenter = nullptr)
 {
     std::unique_ptr<SNStickyNoteWindowController> controller(
-        SNStickyNoteWindowController::controllerWithNote(note));
+        SNStickyNoteWindowController::controllerWithNote(
+            note, SNStickyNoteManager::sharedManager()));
     controller->setShouldCascadeWindows(false);
     if (presenter)
         controller->setModalPresenter(presenter);
@@ -127,11 +128,20 @@ inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
     return SNStickyNoteManager::sharedManager().notesArray().contains(note);
 }
 
-// What the notes archive holds now, read back by a store of its own.
-inline QList<std::shared_ptr<SNStickyNote>> notesInArchive()
+// Runs the save the shared store has scheduled, if any, and waits for every save to end.
+inline SNStickyNoteManager &settledStore()
 {
     SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
+    if (store.hasPendingSave())
+        store.save();
     store.waitForBackgroundSaves();
+    return store;
+}
+
+// What the notes archive holds once the scheduled save has run, read by a store of its own.
+inline QList<std::shared_ptr<SNStickyNote>> notesInArchive()
+{
+    SNStickyNoteManager &store = settledStore();
     SNStickyNoteManager reader(store.baseDatabasePath());
     return reader.notesArray();
 }
@@ -156,9 +166,7 @@ inline std::shared_ptr<SNStickyNote> archivedNoteWithText(const QString &text)
 // the note record, which tidies some values up as it reads them.
 inline QWArchiveValue archivedValueForKey(const QString &text, const QString &key)
 {
-    SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
-    store.waitForBackgroundSaves();
-    QFile file(store.databasePath());
+    QFile file(settledStore().databasePath());
     if (!file.open(QIODevice::ReadOnly))
         return {};
     const QWKeyedUnarchiver::ParseResult archive = QWKeyedUnarchiver::parse(file.readAll());

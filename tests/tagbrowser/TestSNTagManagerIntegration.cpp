@@ -100,7 +100,7 @@ void TestSNTagManagerIntegration::seedNotes()
         note->setTags({ tag });
         store.addNote(note);
     }
-    store.waitForBackgroundSaves();
+    QVERIFY(store.save());
     QCOMPARE(SNStickyNoteManager(folder).notesArray().size(), 3);
     QCOMPARE(SNStickyNoteManager(folder).notesArray().constFirst()->tags().size(), 1);
 }

@@ -1,6 +1,7 @@
 #include "../notewindow/SNNoteWindowTestSupport.h"
 #include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/QWX11WindowState.h"
+#include "notewindow/SNNoteWindowSet.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 #include "tagbrowser/SNTagButton.h"
@@ -87,6 +88,7 @@ private:
     QWTestEnvironment m_environment;
     std::unique_ptr<QWManualScheduler> m_scheduler;
     QList<std::shared_ptr<SNStickyNote>> m_notes;
+    std::unique_ptr<SNNoteWindowSet> m_set;
     QList<SNStickyNoteWindowController *> m_controllers; // owned by the window manager
     std::shared_ptr<SNTag> m_a, m_b, m_c;
     std::unique_ptr<SNTagManagerWindowController> m_browser;
@@ -104,6 +106,8 @@ void TestSNTagManagerWindowController::initTestCase()
 void TestSNTagManagerWindowController::init()
 {
     m_scheduler = std::make_unique<QWManualScheduler>();
+    m_set = std::make_unique<SNNoteWindowSet>(
+        SNStickyNoteManager::sharedManager(), QWWindowManager::sharedManager());
 }
 
 void TestSNTagManagerWindowController::cleanup()
@@ -113,8 +117,11 @@ void TestSNTagManagerWindowController::cleanup()
         controller->window()->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     m_controllers.clear();
-    for (const auto &note : std::as_const(m_notes))
+    m_set.reset();
+    for (const auto &note : std::as_const(m_notes)) {
         note->setTags({});
+        SNStickyNoteManager::sharedManager().removeNote(note);
+    }
     m_notes.clear();
     m_a.reset();
     m_b.reset();
@@ -141,12 +148,10 @@ void TestSNTagManagerWindowController::makeNotes(bool withTags)
     for (int i = 0; i < texts.size(); ++i) {
         auto note = noteWithText(withTags ? texts.at(i) : QStringLiteral("plain"));
         note->setWindowFrame(QStringLiteral("{{%1, 40}, {200, 160}}").arg(20 + 220 * i));
-        SNStickyNoteWindowController *controller
-            = SNStickyNoteWindowController::controllerWithNote(note);
+        SNStickyNoteWindowController *controller = m_set->openNote(note, true);
         controller->setModalPresenter(presenter);
         // Closing at the end of a test only flushes the note.
         controller->setIsTerminating(true);
-        QWWindowManager::sharedManager().addWindowWithControllerShouldShow(controller, true);
         QVERIFY(QTest::qWaitForWindowExposed(controller->window()));
         m_notes.append(note);
         m_controllers.append(controller);
@@ -161,6 +166,13 @@ void TestSNTagManagerWindowController::makeNotes(bool withTags)
 void TestSNTagManagerWindowController::open()
 {
     m_browser = SNTagManagerWindowController::controller();
+    // As the application wires them.
+    connect(m_browser.get(), &SNTagManagerWindowController::notesWillBeBrowsed, m_set.get(),
+        &SNNoteWindowSet::beginTagBrowsing);
+    connect(m_browser.get(), &SNTagManagerWindowController::tagsWerePicked, m_set.get(),
+        &SNNoteWindowSet::showOnlyNotesWithTags);
+    connect(m_browser.get(), &SNTagManagerWindowController::notesShouldBePutBack, m_set.get(),
+        &SNNoteWindowSet::endTagBrowsing);
     m_browser->showWindow();
     QVERIFY(QTest::qWaitForWindowExposed(m_browser->window()));
     QVERIFY(QTest::qWaitForWindowActive(m_browser->window()));
@@ -188,7 +200,7 @@ void TestSNTagManagerWindowController::closingWithoutTypingRestoresVisibility()
     open();
     QCOMPARE(visibility(), (QList<bool> { false, false, false }));
     for (SNStickyNoteWindowController *controller : std::as_const(m_controllers))
-        QVERIFY(controller->stickyWindow()->activationDisabled());
+        QVERIFY(controller->window()->testAttribute(Qt::WA_ShowWithoutActivating));
     // The cloud lists every tag, sorted.
     QCOMPARE(buttonTitles(m_browser->tagCloudView()),
         (QStringList { QStringLiteral("#a"), QStringLiteral("#b"), QStringLiteral("#c") }));
@@ -217,7 +229,7 @@ void TestSNTagManagerWindowController::typedTagsShowTheirNotesUnderTheBrowser()
 
     QCOMPARE(visibility(), (QList<bool> { true, true, false }));
     QCOMPARE(m_browser->selectedTags(), (QList<std::shared_ptr<SNTag>> { m_a, m_b }));
-    QCOMPARE(m_browser->focusedWindowControllers(),
+    QCOMPARE(m_set->notesShownForTags(),
         (QList<SNStickyNoteWindowController *> { m_controllers[0], m_controllers[1] }));
     // On the browser's level, and the browser is still the active window.
     QCOMPARE(QWX11WindowState::level(m_controllers[0]->window()),
@@ -242,7 +254,7 @@ void TestSNTagManagerWindowController::typedTagsShowTheirNotesUnderTheBrowser()
     // The same tag twice is picked twice, and still shows its notes once.
     QTest::keyClicks(field(), QStringLiteral(" #a"));
     QCOMPARE(m_browser->selectedTags(), (QList<std::shared_ptr<SNTag>> { m_a, m_b, m_a }));
-    QCOMPARE(m_browser->focusedWindowControllers().size(), 2);
+    QCOMPARE(m_set->notesShownForTags().size(), 2);
 }
 
 void TestSNTagManagerWindowController::unknownHashtagIsBlackAndSelectsNothing()
@@ -280,7 +292,7 @@ void TestSNTagManagerWindowController::clearingTheSearchHidesTheShownNotesAgain(
     QVERIFY(field()->text().isEmpty());
     QVERIFY(m_browser->selectedTags().isEmpty());
     QCOMPARE(visibility(), (QList<bool> { false, false, false }));
-    QVERIFY(m_browser->focusedWindowControllers().isEmpty());
+    QVERIFY(m_set->notesShownForTags().isEmpty());
     QCOMPARE(buttonTitles(m_browser->tagCloudView()),
         (QStringList { QStringLiteral("#a"), QStringLiteral("#b"), QStringLiteral("#c") }));
     // Hidden again at their own levels.

@@ -1,0 +1,153 @@
+#include "SNNoteWindowTestSupport.h"
+#include "kit/QWColor.h"
+#include "kit/widgets/QWWindowManager.h"
+#include "notewindow/SNNoteWindowSet.h"
+#include "support/QWTestEnvironment.h"
+#include "tags/SNTag.h"
+#include "tags/SNTagManager.h"
+
+#include <QTest>
+
+// Which note windows there are and which show: one window per stored note, the tag filter of
+// a note's menu, and tag browsing put back as it was.
+class TestSNNoteWindowSet final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void showAllNotesGivesEachNoteOneWindow();
+    void noteMenuShowsOnlyTheNotesOfItsTag();
+    void tagBrowsingPutsBackWhatItHid();
+
+private:
+    QList<bool> visibility() const;
+
+    QWTestEnvironment m_environment;
+    std::unique_ptr<SNStickyNoteManager> m_store;
+    std::unique_ptr<QWWindowManager> m_windows;
+    std::unique_ptr<SNNoteWindowSet> m_set;
+    std::shared_ptr<SNTag> m_tag;
+};
+
+void TestSNNoteWindowSet::init()
+{
+    m_store
+        = std::make_unique<SNStickyNoteManager>(m_environment.dataHome() + QStringLiteral("/set"));
+    for (const auto &note : m_store->notesArray())
+        m_store->removeNote(note);
+    m_windows = std::make_unique<QWWindowManager>();
+    m_set = std::make_unique<SNNoteWindowSet>(*m_store, *m_windows);
+    m_tag = SNTag::tagWithNameColor(QStringLiteral("#work"), QWColor::black());
+    SNTagManager::sharedManager().addTag(m_tag);
+    for (const QString &text : { QStringLiteral("#work report"), QStringLiteral("#work meeting"),
+             QStringLiteral("home") }) {
+        auto note = noteWithText(text);
+        if (text.startsWith(QLatin1Char('#')))
+            note->setTags({ m_tag });
+        m_store->addNote(note);
+    }
+}
+
+void TestSNNoteWindowSet::cleanup()
+{
+    for (SNStickyNoteWindowController *controller : m_set->controllers()) {
+        // Closing at the end of a test only flushes the note.
+        controller->setIsTerminating(true);
+        controller->window()->close();
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (const auto &note : m_store->notesArray())
+        note->setTags({});
+    SNTagManager::sharedManager().removeTag(m_tag);
+    m_set.reset();
+    m_windows.reset();
+    m_store.reset();
+}
+
+QList<bool> TestSNNoteWindowSet::visibility() const
+{
+    QList<bool> visible;
+    for (const auto &note : m_store->notesArray())
+        visible.append(m_set->controllerForNote(note.get())->window()->isVisible());
+    return visible;
+}
+
+void TestSNNoteWindowSet::showAllNotesGivesEachNoteOneWindow()
+{
+    m_set->showAllNotes(true);
+    QCOMPARE(m_set->controllers().size(), 3);
+    for (const auto &note : m_store->notesArray())
+        QCOMPARE(m_set->controllerForNote(note.get())->note(), note);
+    QCOMPARE(visibility(), (QList<bool> { true, true, true }));
+
+    // Hidden, then shown again: the same windows come back; a note stored meanwhile (opened
+    // from a file) gets a window of its own.
+    m_set->hideAllNotes();
+    QCOMPARE(visibility(), (QList<bool> { false, false, false }));
+    m_store->addNote(noteWithText(QStringLiteral("from a file")));
+    m_set->showAllNotes(true);
+    QCOMPARE(m_set->controllers().size(), 4);
+    QCOMPARE(visibility(), (QList<bool> { true, true, true, true }));
+
+    // A new note is stored and opened in one step.
+    auto fresh = SNStickyNote::note();
+    SNStickyNoteWindowController *opened = m_set->openNote(fresh, false);
+    QVERIFY(m_store->notesArray().contains(fresh));
+    QCOMPARE(m_set->controllerForNote(fresh.get()), opened);
+    QVERIFY(m_set->contains(opened));
+    QVERIFY(!m_set->contains(this));
+}
+
+void TestSNNoteWindowSet::noteMenuShowsOnlyTheNotesOfItsTag()
+{
+    m_set->showAllNotes(true);
+    const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
+    auto presenter = std::make_shared<ScriptedPresenter>();
+    for (SNStickyNoteWindowController *controller : controllers)
+        controller->setModalPresenter(presenter);
+
+    QAction item;
+    item.setData(QStringLiteral("#work"));
+    controllers[2]->showTagsWithItem(&item);
+    // The note asking stays in front even without the tag.
+    QCOMPARE(visibility(), (QList<bool> { true, true, true }));
+    controllers[0]->showTagsWithItem(&item);
+    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
+    QCOMPARE(presenter->beeps, 0);
+
+    item.setData(QStringLiteral("#nosuchtag"));
+    controllers[0]->showTagsWithItem(&item);
+    QCOMPARE(presenter->beeps, 1);
+    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
+}
+
+void TestSNNoteWindowSet::tagBrowsingPutsBackWhatItHid()
+{
+    m_set->showAllNotes(true);
+    QWidget browser;
+    const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
+    controllers[1]->window()->hide();
+
+    // Nothing picked: every note as it was.
+    m_set->beginTagBrowsing();
+    QCOMPARE(visibility(), (QList<bool> { false, false, false }));
+    m_set->showOnlyNotesWithTags({}, &browser);
+    QVERIFY(m_set->notesShownForTags().isEmpty());
+    m_set->endTagBrowsing();
+    QCOMPARE(visibility(), (QList<bool> { true, false, true }));
+    QVERIFY(!controllers[0]->window()->testAttribute(Qt::WA_ShowWithoutActivating));
+
+    // A pick: the notes of the tag stay, the others stay hidden.
+    m_set->beginTagBrowsing();
+    m_set->showOnlyNotesWithTags({ m_tag }, &browser);
+    QCOMPARE(m_set->notesShownForTags(), controllers.mid(0, 2));
+    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
+    m_set->endTagBrowsing();
+    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
+}
+
+QTEST_MAIN(TestSNNoteWindowSet)
+#include "TestSNNoteWindowSet.moc"
