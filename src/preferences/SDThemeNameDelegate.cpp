@@ -2,6 +2,7 @@
 
 #include "preferences/SDThemeListModel.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
@@ -64,6 +65,11 @@ void SDThemeNameDelegate::setModelData(
 
 bool SDThemeNameDelegate::eventFilter(QObject *object, QEvent *event)
 {
+    // An alert over the window (the one asking for a name) takes the focus from the field
+    // without ending the naming: the base class would take the name as it stands, empty too.
+    if (event->type() == QEvent::FocusOut && QApplication::activeWindow()
+        && QApplication::activeWindow()->isModal())
+        return false;
     if (event->type() == QEvent::KeyPress
         && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
         if (auto *field = qobject_cast<QLineEdit *>(object))

@@ -1,25 +1,16 @@
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWKeyComboRecorder.h"
-#include "settings/GVUserDefaults.h"
-#include "settings/SNUserDefaults.h"
-#include "support/QWManualScheduler.h"
+#include "preferences/SNPreferencesTestSupport.h"
 
-#include <QCheckBox>
 #include <QSettings>
 #include <QSignalSpy>
-#include <QSlider>
-#include <QTest>
 
-#include <memory>
+#include <optional>
 
-namespace {
-
-QWKeyCombo combo(quint64 flags, qint64 code)
-{
-    return { flags, code };
-}
-
-} // namespace
+using namespace Qt::StringLiterals;
+using Settings = SNUserDefaults;
+using Getter = bool (Settings::*)() const;
+using Setter = void (Settings::*)(bool);
 
 class TestGeneralPreferencesViewController final : public QObject
 {
@@ -29,41 +20,35 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void controlsShowTheSettings();
-    void loginItemSwitchedElsewhereShowsHere();
-    void menuIconOffKeepsTheTaskbar();
-    void taskbarOffKeepsTheMenuIcon();
+    void boxesShowAndWriteTheirSetting_data();
+    void boxesShowAndWriteTheirSetting();
+    void oneWayToTheNotesAlwaysStays_data();
+    void oneWayToTheNotesAlwaysStays();
     void taskbarCheckBoxRestsForAMoment();
     void spellingOffGreysAutoCorrection();
-    void recordedCombinationsAreStored();
-    void emptyCombinationIsStoredAsZeros();
-    void recorderRefusesAPlainLetterAndEscapeKeepsTheOld();
-    void opacitySliderWritesTheTransparency();
+    void recorderStoresWhatItRecords_data();
+    void recorderStoresWhatItRecords();
 
 private:
-    SNUserDefaults &defaults() const { return SNUserDefaults::standardUserDefaults(); }
-    QVariant storedValue(const QString &key) const
+    Settings &settings() const { return Settings::standardUserDefaults(); }
+    // Read from the file, as the next start of the program reads it.
+    QVariant stored(const QString &key) const
     {
         return QSettings(GVUserDefaults::standardStorePath(), QSettings::IniFormat).value(key);
     }
 
-    std::unique_ptr<QWManualScheduler> m_scheduler;
+    std::optional<PreferencesFixture> m_fixture;
     std::unique_ptr<GeneralPreferencesViewController> m_controller;
 };
 
 void TestGeneralPreferencesViewController::init()
 {
-    m_scheduler = std::make_unique<QWManualScheduler>();
-    QWScheduler::setCurrent(m_scheduler.get());
-    SNUserDefaults &settings = defaults();
-    settings.setShowMenuIcon(true);
-    settings.setShowIconInDock(true);
-    settings.setCheckSpelling(true);
-    settings.setAutoCorrectSpelling(true);
-    settings.setHotKeyEnabled(true);
-    settings.setHideWindow(false);
-    settings.setDefaultWindowAlpha(double(0.95f));
-    settings.setHotKeyCombo({ QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 });
+    m_fixture.emplace();
+    settings().setShowMenuIcon(true);
+    settings().setShowIconInDock(true);
+    settings().setCheckSpelling(true);
+    settings().setHotKeyCombo({ QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 });
+    settings().setNoteHotKeyCombo({ QWKeyCombo::CommandKeyMask, 40 });
     m_controller = std::make_unique<GeneralPreferencesViewController>();
     m_controller->view()->show();
 }
@@ -71,169 +56,126 @@ void TestGeneralPreferencesViewController::init()
 void TestGeneralPreferencesViewController::cleanup()
 {
     m_controller.reset();
-    QWScheduler::setCurrent(nullptr);
-    m_scheduler.reset();
+    m_fixture.reset();
 }
 
-void TestGeneralPreferencesViewController::controlsShowTheSettings()
+void TestGeneralPreferencesViewController::boxesShowAndWriteTheirSetting_data()
 {
-    QCOMPARE(m_controller->moduleTitle(), QStringLiteral("Preferences"));
-    QVERIFY(!m_controller->moduleIsResizable());
-    defaults().setHideWindow(true);
-    defaults().setHotKeyEnabled(false);
-    defaults().setNoteHotKeyCombo({ QWKeyCombo::CommandKeyMask, 40 });
-    // Settings changed while the page was away show when it comes back.
-    m_controller->qw_viewWillAppear();
-    QVERIFY(m_controller->hideWindowCheckbox()->isChecked());
-    QVERIFY(!m_controller->hotKeyEnabledCheckbox()->isChecked());
-    QVERIFY(m_controller->showMenuIconCheckbox()->isChecked());
-    QCOMPARE(
-        m_controller->noteShortcutRecorder()->keyCombo(), combo(QWKeyCombo::CommandKeyMask, 40));
-    QCOMPARE(m_controller->noteShortcutRecorder()->displayedText(), QStringLiteral("Super+K"));
-
-    m_controller->hideWindowCheckbox()->click();
-    m_controller->hotKeyEnabledCheckbox()->click();
-    QVERIFY(!defaults().hideWindow());
-    QVERIFY(defaults().hotKeyEnabled());
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<Getter>("get");
+    QTest::addColumn<Setter>("set");
+    // The login item is also switched from the welcome window: it shows here at once.
+    QTest::addColumn<bool>("atOnce");
+    QTest::newRow("everywhere") << u"hotKeyEnabledCheckbox"_s << &Settings::hotKeyEnabled
+                                << &Settings::setHotKeyEnabled << false;
+    QTest::newRow("hidden") << u"hideWindowCheckbox"_s << &Settings::hideWindow
+                            << &Settings::setHideWindow << false;
+    QTest::newRow("login") << u"startCheckbox"_s << &Settings::startAtLogin
+                           << &Settings::setStartAtLogin << true;
+    QTest::newRow("correction") << u"correctSpellingCheckbox"_s << &Settings::autoCorrectSpelling
+                                << &Settings::setAutoCorrectSpelling << false;
 }
 
-void TestGeneralPreferencesViewController::loginItemSwitchedElsewhereShowsHere()
+void TestGeneralPreferencesViewController::boxesShowAndWriteTheirSetting()
 {
-    QVERIFY(!m_controller->startCheckbox()->isChecked());
-    defaults().setStartAtLogin(true);
-    QVERIFY(m_controller->startCheckbox()->isChecked());
-    m_controller->startCheckbox()->click();
-    QVERIFY(!defaults().startAtLogin());
-    QVERIFY(!m_controller->startCheckbox()->isChecked());
+    QFETCH(QString, box);
+    QFETCH(Getter, get);
+    QFETCH(Setter, set);
+    QFETCH(bool, atOnce);
+    auto *checkbox = m_controller->view()->findChild<QCheckBox *>(box);
+    const bool before = (settings().*get)();
+    QCOMPARE(checkbox->isChecked(), before);
+    // Changed while the page was away: shown when it comes back, if not at once.
+    (settings().*set)(!before);
+    if (!atOnce)
+        m_controller->qw_viewWillAppear();
+    QCOMPARE(checkbox->isChecked(), !before);
+    checkbox->click();
+    QCOMPARE((settings().*get)(), before);
 }
 
-void TestGeneralPreferencesViewController::menuIconOffKeepsTheTaskbar()
+void TestGeneralPreferencesViewController::oneWayToTheNotesAlwaysStays_data()
 {
-    m_controller->showDockIconCheckbox()->click();
-    m_scheduler->advanceBy(0.2);
-    QVERIFY(!defaults().showIconInDock());
-    QVERIFY(defaults().showMenuIcon());
-
-    QStringList written;
-    connect(&defaults(), &GVUserDefaults::didChangeValueForKey, this,
-        [&written](const QString &key) { written.append(key); });
-    m_controller->showMenuIconCheckbox()->click();
-    QVERIFY(!defaults().showMenuIcon());
-    QVERIFY(defaults().showIconInDock());
-    QVERIFY(m_controller->showDockIconCheckbox()->isChecked());
-    QVERIFY(!m_controller->showMenuIconCheckbox()->isChecked());
-    // The taskbar comes back before the tray icon goes.
-    QCOMPARE(written,
-        QStringList({ SNUserDefaults::showIconInDockKey(), SNUserDefaults::showMenuIconKey() }));
-    disconnect(&defaults(), nullptr, this, nullptr);
+    QTest::addColumn<QString>("first"); // turned off first, then comes back
+    QTest::addColumn<QString>("second");
+    QTest::newRow("tray icon last") << Settings::showIconInDockKey() << Settings::showMenuIconKey();
+    QTest::newRow("taskbar last") << Settings::showMenuIconKey() << Settings::showIconInDockKey();
 }
 
-void TestGeneralPreferencesViewController::taskbarOffKeepsTheMenuIcon()
+void TestGeneralPreferencesViewController::oneWayToTheNotesAlwaysStays()
 {
-    m_controller->showMenuIconCheckbox()->click();
-    QVERIFY(!defaults().showMenuIcon());
-
-    m_controller->showDockIconCheckbox()->click();
-    QVERIFY(!defaults().showIconInDock());
-    QVERIFY(defaults().showMenuIcon());
-    QVERIFY(m_controller->showMenuIconCheckbox()->isChecked());
+    QFETCH(QString, first);
+    QFETCH(QString, second);
+    const auto box = [this](const QString &key) {
+        return key == Settings::showMenuIconKey() ? m_controller->showMenuIconCheckbox()
+                                                  : m_controller->showDockIconCheckbox();
+    };
+    box(first)->click();
+    m_fixture->time.advanceBy(1.0);
+    QSignalSpy written(&settings(), &GVUserDefaults::didChangeValueForKey);
+    box(second)->click();
+    QVERIFY(box(first)->isChecked() && stored(first).toBool());
+    QVERIFY(!box(second)->isChecked() && !stored(second).toBool());
+    // The one coming back is written before the other goes.
+    QCOMPARE(written.count(), 2);
+    QCOMPARE(written.at(0).at(0).toString(), first);
+    QCOMPARE(written.at(1).at(0).toString(), second);
 }
 
 void TestGeneralPreferencesViewController::taskbarCheckBoxRestsForAMoment()
 {
     QCheckBox *checkbox = m_controller->showDockIconCheckbox();
     checkbox->click();
-    QVERIFY(!checkbox->isEnabled());
-    m_scheduler->advanceBy(0.15);
-    QVERIFY(!checkbox->isEnabled());
-    // A click meanwhile does nothing.
+    m_fixture->time.advanceBy(0.15);
+    checkbox->click(); // does nothing yet
+    QVERIFY(!settings().showIconInDock());
+    m_fixture->time.advanceBy(0.05);
     checkbox->click();
-    QVERIFY(!defaults().showIconInDock());
-    m_scheduler->advanceBy(0.05);
-    QVERIFY(checkbox->isEnabled());
-    checkbox->click();
-    QVERIFY(defaults().showIconInDock());
+    QVERIFY(settings().showIconInDock());
 }
 
 void TestGeneralPreferencesViewController::spellingOffGreysAutoCorrection()
 {
-    QVERIFY(m_controller->correctSpellingCheckbox()->isEnabled());
     m_controller->checkSpellingCheckbox()->click();
-    QVERIFY(!defaults().checkSpelling());
+    QVERIFY(!settings().checkSpelling());
     QVERIFY(!m_controller->correctSpellingCheckbox()->isEnabled());
-    QVERIFY(m_controller->correctSpellingCheckbox()->isChecked());
-    QVERIFY(defaults().autoCorrectSpelling());
-
     m_controller->checkSpellingCheckbox()->click();
     QVERIFY(m_controller->correctSpellingCheckbox()->isEnabled());
-    m_controller->correctSpellingCheckbox()->click();
-    QVERIFY(!defaults().autoCorrectSpelling());
 }
 
-void TestGeneralPreferencesViewController::recordedCombinationsAreStored()
+void TestGeneralPreferencesViewController::recorderStoresWhatItRecords_data()
 {
+    QTest::addColumn<QKeyCombination>("keys");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("stored");
+    const QKeyCombination controlAltK(Qt::ControlModifier | Qt::AltModifier, Qt::Key_K);
+    QTest::newRow("with modifiers") << controlAltK << u"Ctrl+Alt+K"_s << u"Ctrl+Alt+K"_s;
+    QTest::newRow("function key alone") << QKeyCombination(Qt::Key_F11) << u"F11"_s << u"F11"_s;
+    QTest::newRow("plain letter refused")
+        << QKeyCombination(Qt::Key_K) << u"Type a shortcut"_s << u"Super+K"_s;
+    QTest::newRow("Escape keeps the old")
+        << QKeyCombination(Qt::Key_Escape) << u"Super+K"_s << u"Super+K"_s;
+    QTest::newRow("Backspace clears")
+        << QKeyCombination(Qt::Key_Backspace) << u"None"_s << QString();
+}
+
+void TestGeneralPreferencesViewController::recorderStoresWhatItRecords()
+{
+    QFETCH(QKeyCombination, keys);
+    QFETCH(QString, shown);
+    QFETCH(QString, stored);
+    const QWKeyCombo otherHotKey = settings().hotKeyCombo();
     QWKeyComboRecorder *recorder = m_controller->noteShortcutRecorder();
-    QSignalSpy changes(&defaults(), &GVUserDefaults::didChangeValueForKey);
-    QTest::mouseClick(recorder, Qt::LeftButton);
-    QVERIFY(recorder->isRecording());
-    QTest::keyClick(recorder, Qt::Key_K, Qt::ControlModifier | Qt::AltModifier);
-    QVERIFY(!recorder->isRecording());
-
-    const QWKeyCombo expected { QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask, 40 };
-    QCOMPARE(defaults().noteHotKeyCombo(), expected);
-    QCOMPARE(changes.count(), 1);
-    QCOMPARE(changes.first().first().toString(), SNUserDefaults::noteHotKeyComboKey());
-    QCOMPARE(storedValue(SNUserDefaults::noteHotKeyCodeKey()).toLongLong(), 40);
-    QCOMPARE(storedValue(SNUserDefaults::noteHotKeyModifierKey()).toULongLong(),
-        QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask);
-    // The other hot key is untouched.
-    QCOMPARE(defaults().hotKeyCombo().code, 45);
-}
-
-void TestGeneralPreferencesViewController::emptyCombinationIsStoredAsZeros()
-{
-    QWKeyComboRecorder *recorder = m_controller->shortcutRecorder();
-    recorder->beginRecording();
-    QTest::keyClick(recorder, Qt::Key_Backspace);
-    QCOMPARE(defaults().hotKeyCombo(), combo(0, 0));
-    QCOMPARE(storedValue(SNUserDefaults::hotKeyCodeKey()).toLongLong(), 0);
-    QCOMPARE(storedValue(SNUserDefaults::hotKeyModifierKey()).toULongLong(), 0u);
-    QCOMPARE(recorder->displayedText(), QStringLiteral("None"));
-
-    // Recorded over again, and cleared once more with the field's own button.
-    recorder->beginRecording();
-    QTest::keyClick(recorder, Qt::Key_T, Qt::ControlModifier);
-    QCOMPARE(defaults().hotKeyCombo(), combo(QWKeyCombo::ControlKeyMask, 17));
-    recorder->clearKeyCombo();
-    QCOMPARE(defaults().hotKeyCombo(), combo(0, 0));
-}
-
-void TestGeneralPreferencesViewController::recorderRefusesAPlainLetterAndEscapeKeepsTheOld()
-{
-    QWKeyComboRecorder *recorder = m_controller->shortcutRecorder();
-    const QWKeyCombo before = defaults().hotKeyCombo();
-    QSignalSpy recorded(recorder, &QWKeyComboRecorder::keyComboDidChange);
-    recorder->beginRecording();
-    QTest::keyClick(recorder, Qt::Key_K);
-    QVERIFY(recorder->isRecording());
-    QTest::keyClick(recorder, Qt::Key_Escape);
-    QVERIFY(!recorder->isRecording());
-    QCOMPARE(recorded.count(), 0);
-    QCOMPARE(defaults().hotKeyCombo(), before);
-
-    // A function key needs no modifier.
-    recorder->beginRecording();
-    QTest::keyClick(recorder, Qt::Key_F11);
-    QCOMPARE(recorded.count(), 1);
-    QCOMPARE(defaults().hotKeyCombo(), combo(0, 103));
-}
-
-void TestGeneralPreferencesViewController::opacitySliderWritesTheTransparency()
-{
-    QSlider *slider = m_controller->opacitySlider();
-    QCOMPARE(slider->value(), 95);
-    slider->setValue(60);
-    QCOMPARE(defaults().defaultWindowAlpha(), 0.6);
+    QTest::mouseClick(recorder, Qt::LeftButton); // starts recording
+    QTest::keyClick(recorder, keys.key(), keys.keyboardModifiers());
+    QCOMPARE(recorder->displayedText(), shown);
+    const QWKeyCombo inFile { this->stored(Settings::noteHotKeyModifierKey()).toULongLong(),
+        this->stored(Settings::noteHotKeyCodeKey()).toLongLong() };
+    QCOMPARE(inFile, settings().noteHotKeyCombo());
+    QCOMPARE(inFile.description(), stored);
+    // A cleared one too is stored as no modifiers and code 0, not as the code no key has.
+    QVERIFY(inFile.code >= 0);
+    QCOMPARE(settings().hotKeyCombo(), otherHotKey);
 }
 
 QTEST_MAIN(TestGeneralPreferencesViewController)

@@ -5,8 +5,6 @@
 #include "preferences/SDApperancePreferencesViewController.h"
 #include "preferences/SDThemeListModel.h"
 #include "preferences/SNPreferencesTestSupport.h"
-#include "settings/SNUserDefaults.h"
-#include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"
@@ -16,8 +14,13 @@
 #include <QTableView>
 #include <QTest>
 
-#include <memory>
+#include <optional>
 
+using namespace Qt::StringLiterals;
+using Editor = SDApperancePreferencesViewController;
+
+// The theme editor as the user works it: naming, changing and deleting themes through its list,
+// wells and panels. What the list, the preview and the panels do alone is tested with them.
 class TestSDApperancePreferencesViewController final : public QObject
 {
     Q_OBJECT
@@ -26,316 +29,232 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void listsEveryThemeUnderItsGroupRow();
-    void namesAreTrimmedAndMadeUnique();
-    void escapeRemovesAThemeThatNeverHadAName();
+    void namingATheme_data();
+    void namingATheme();
     void builtInThemesArePreviewedAndMadeDefaultOnly();
     void renamingAThemeKeepsItsNotesInIt();
-    void rapidChangesSaveOnceAfterTheLast();
-    void wellsAndFontButtonOpenTheirPanels();
+    void changesInThePanelsSaveOnceAfterTheLast();
     void deletingAsksUnlessSuppressed();
     void closingWhileNamingNeedsAName();
 
 private:
     SNThemeManager &registry() const { return SNThemeManager::sharedManager(); }
-    SDThemeListModel &list() const { return *m_controller->themeList(); }
+    SDThemeListModel &list() const { return *m_editor->themeList(); }
     int rowOf(const QString &saveName) const { return list().rowOfTheme(saveName); }
-    void editRow(int row) { m_controller->tableView()->edit(list().index(row)); }
-    // Adds a theme through the editor and types its name, as a person would.
-    void addThemeNamed(const QString &typed);
     std::shared_ptr<SNUserTheme> userTheme(const QString &name) const
     {
         return registry().userThemeWithName(name);
     }
+    // Types a name into the field of the row (of a new theme for 0) and ends with the key.
+    void typeName(const QString &name, int row = 0, Qt::Key end = Qt::Key_Return);
 
-    std::unique_ptr<QWManualScheduler> m_scheduler;
-    std::shared_ptr<AnsweringPresenter> m_presenter;
-    std::unique_ptr<SDApperancePreferencesViewController> m_controller;
+    std::optional<PreferencesFixture> m_fixture;
+    std::unique_ptr<Editor> m_editor;
 };
 
 void TestSDApperancePreferencesViewController::init()
 {
-    m_scheduler = std::make_unique<QWManualScheduler>();
-    QWScheduler::setCurrent(m_scheduler.get());
+    m_fixture.emplace();
     registry().updateThemes({});
     registry().save();
-    SNUserDefaults::standardUserDefaults().setDefaultThemeName(QStringLiteral("SNYellowPadTheme"));
-    SNUserDefaults::standardUserDefaults().setSuppressThemeDeletionAlert(false);
-    m_presenter = std::make_shared<AnsweringPresenter>();
-    m_controller = std::make_unique<SDApperancePreferencesViewController>();
-    m_controller->setModalPresenter(m_presenter);
-    m_controller->view()->show();
+    SNUserDefaults::standardUserDefaults().setDefaultThemeName(u"SNYellowPadTheme"_s);
+    m_editor = std::make_unique<Editor>();
+    m_editor->setModalPresenter(m_fixture->presenter);
+    m_editor->view()->show();
 }
 
 void TestSDApperancePreferencesViewController::cleanup()
 {
-    m_controller.reset();
-    QWScheduler::setCurrent(nullptr);
-    m_scheduler.reset();
+    m_editor.reset();
+    m_fixture.reset();
 }
 
-void TestSDApperancePreferencesViewController::addThemeNamed(const QString &typed)
+void TestSDApperancePreferencesViewController::typeName(const QString &name, int row, Qt::Key end)
 {
-    m_controller->groupsActionWasClicked(0);
-    QLineEdit *field = m_controller->editingTextField();
+    if (row > 0)
+        m_editor->tableView()->edit(list().index(row));
+    else
+        m_editor->groupsActionWasClicked(0);
+    QLineEdit *field = m_editor->editingTextField();
     QVERIFY(field);
-    QTest::keyClicks(field, typed);
-    QTest::keyClick(field, Qt::Key_Return);
+    field->setText(name);
+    QTest::keyClick(field, end);
     settle();
 }
 
-void TestSDApperancePreferencesViewController::listsEveryThemeUnderItsGroupRow()
+void TestSDApperancePreferencesViewController::namingATheme_data()
 {
-    QCOMPARE(m_controller->moduleTitle(), QStringLiteral("Themes"));
-    QCOMPARE(list().numberOfRows(), 8);
-    QCOMPARE(m_controller->tableView()->rowHeight(0), 35);
-    QCOMPARE(m_controller->tableView()->rowHeight(1), 28);
-    // Opens on the default theme.
-    QCOMPARE(m_controller->selectedRow(), rowOf(QStringLiteral("SNYellowPadTheme")));
-    QCOMPARE(m_controller->fontLabelText(), QStringLiteral("14pt Helvetica Neue"));
-    QCOMPARE(
-        m_controller->gradientView()->startColor(), list().themeAtRow(1)->startColor().toQColor());
-    QVERIFY(registry().userThemes().isEmpty());
+    // Names typed for new themes in turn, split by "|"; one after ">" is typed over the first
+    // theme's name. Then the user's themes, as listed and as saved.
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<bool>("escape"); // ends the last name typed
+    QTest::addColumn<QString>("names");
+    QTest::newRow("trimmed") << u"  Work  "_s << false << u"Work"_s;
+    QTest::newRow("taken: numbered") << u"Work|Work|Work"_s << false << u"Work|Work 1|Work 2"_s;
+    QTest::newRow("built-in names free") << u"Yellow"_s << false << u"Yellow"_s;
+    QTest::newRow("blank: dropped") << u"   "_s << false << QString();
+    QTest::newRow("Escape: dropped") << u"Work"_s << true << QString();
+    QTest::newRow("own name kept") << u"Work|Work|>Work"_s << false << u"Work|Work 1"_s;
+    QTest::newRow("another's: numbered")
+        << u"Work|Work 1|>Work 1"_s << false << u"Work 1 1|Work 1"_s;
+    QTest::newRow("blank rename") << u"Work|> "_s << false << u"Work"_s;
+    QTest::newRow("Escape: old name") << u"Work|>Office"_s << true << u"Work"_s;
 }
 
-void TestSDApperancePreferencesViewController::namesAreTrimmedAndMadeUnique()
+void TestSDApperancePreferencesViewController::namingATheme()
 {
-    addThemeNamed(QStringLiteral("  Work  "));
-    addThemeNamed(QStringLiteral("Work"));
-    addThemeNamed(QStringLiteral("Work"));
-    // Built-in names are free for the user's own themes.
-    addThemeNamed(QStringLiteral("Yellow"));
-
-    QStringList names;
-    for (const std::shared_ptr<SNUserTheme> &theme : registry().userThemes())
-        names.append(theme->name());
-    QCOMPARE(names,
-        QStringList({ QStringLiteral("Work"), QStringLiteral("Work 1"), QStringLiteral("Work 2"),
-            QStringLiteral("Yellow") }));
-    QCOMPARE(list().numberOfRows(), 12);
-    QCOMPARE(list().index(10).data().toString(), QStringLiteral("Work 2"));
-    QVERIFY(list().isNameEditableAtRow(10));
-    QCOMPARE(m_controller->currentTheme(), registry().userThemes().constLast());
-
-    // A theme keeps a name that is its own; a name another theme has gets a number.
-    const auto rename = [this](int row, const QString &name) {
-        editRow(row);
-        QLineEdit *field = m_controller->editingTextField();
-        QVERIFY(field);
-        field->setText(name);
-        QTest::keyClick(field, Qt::Key_Return);
-        settle();
-    };
-    rename(8, QStringLiteral("Work"));
-    QCOMPARE(list().themeAtRow(8)->name(), QStringLiteral("Work"));
-    rename(11, QStringLiteral("Work 1"));
-    QCOMPARE(list().themeAtRow(11)->name(), QStringLiteral("Work 1 1"));
-
-    // What was named is in the file.
-    SNThemeManager reader(registry().userThemeDirectory());
-    QCOMPARE(reader.userThemes().count(), 4);
-    QCOMPARE(reader.userThemes().at(2)->name(), QStringLiteral("Work 2"));
-}
-
-void TestSDApperancePreferencesViewController::escapeRemovesAThemeThatNeverHadAName()
-{
-    m_controller->groupsActionWasClicked(0);
-    QCOMPARE(registry().userThemes().count(), 1);
-    QTest::keyClick(m_controller->editingTextField(), Qt::Key_Escape);
-    settle();
-    QVERIFY(registry().userThemes().isEmpty());
-    QCOMPARE(list().numberOfRows(), 8);
-    QVERIFY(!m_controller->editingTextField());
-
-    // A blank name does the same.
-    addThemeNamed(QStringLiteral("   "));
-    QVERIFY(registry().userThemes().isEmpty());
-
-    // Escape while renaming keeps the name the theme had.
-    addThemeNamed(QStringLiteral("Work"));
-    const int row = rowOf(QStringLiteral("SNUserTheme-Work"));
-    editRow(row);
-    QTest::keyClicks(m_controller->editingTextField(), QStringLiteral(" and more"));
-    QTest::keyClick(m_controller->editingTextField(), Qt::Key_Escape);
-    settle();
-    QCOMPARE(registry().userThemes().count(), 1);
-    QCOMPARE(registry().userThemes().first()->name(), QStringLiteral("Work"));
+    QFETCH(QString, typed);
+    QFETCH(bool, escape);
+    QFETCH(QString, names);
+    const QStringList steps = typed.split(u'|');
+    for (qsizetype i = 0; i < steps.size(); ++i) {
+        const Qt::Key end = escape && i == steps.size() - 1 ? Qt::Key_Escape : Qt::Key_Return;
+        if (steps.at(i).startsWith(u'>'))
+            typeName(steps.at(i).mid(1), rowOf(registry().userThemes().first()->saveName()), end);
+        else
+            typeName(steps.at(i), 0, end);
+    }
+    QStringList listed;
+    for (int row = 1; row < list().numberOfRows(); ++row) {
+        if (list().isNameEditableAtRow(row))
+            listed.append(list().index(row).data().toString());
+    }
+    QStringList saved;
+    for (const auto &theme : SNThemeManager(registry().userThemeDirectory()).userThemes())
+        saved.append(theme->name());
+    QCOMPARE(listed, names.split(u'|', Qt::SkipEmptyParts));
+    QCOMPARE(saved, listed);
 }
 
 void TestSDApperancePreferencesViewController::builtInThemesArePreviewedAndMadeDefaultOnly()
 {
-    const int dark = rowOf(QStringLiteral("SNDarkTheme"));
-    m_controller->selectRow(dark);
-    const std::shared_ptr<SNTheme> theme = m_controller->currentTheme();
-    QCOMPARE(theme->name(), QStringLiteral("Dark"));
-    for (QWColorWell *well : { m_controller->startColorWell(), m_controller->endColorWell(),
-             m_controller->textColorWell(), m_controller->linkColorWell(),
-             m_controller->cursorColorWell() })
+    QCOMPARE(m_editor->selectedRow(), rowOf(u"SNYellowPadTheme"_s)); // new notes' theme
+    const int dark = rowOf(u"SNDarkTheme"_s);
+    m_editor->selectRow(dark);
+    const std::shared_ptr<SNTheme> theme = m_editor->currentTheme();
+    QCOMPARE(theme, list().themeAtRow(dark));
+    QCOMPARE(m_editor->gradientView()->endColor(), theme->endColor().toQColor());
+    for (QWColorWell *well : { m_editor->startColorWell(), m_editor->endColorWell(),
+             m_editor->textColorWell(), m_editor->linkColorWell(), m_editor->cursorColorWell() })
         QVERIFY(!well->isEnabled());
-    QVERIFY(!m_controller->fontButton()->isEnabled());
-    QCOMPARE(m_controller->startColorWell()->color(), theme->startColor().toQColor());
-    QCOMPARE(m_controller->gradientView()->endColor(), theme->endColor().toQColor());
+    QVERIFY(!m_editor->fontButton()->isEnabled());
 
-    // Changes cannot reach a built-in theme.
-    const QWColor before = theme->startColor();
-    m_controller->startColorWell()->setColor(Qt::red, true);
-    QCOMPARE(theme->startColor(), before);
-    m_controller->didChangeFont(QFont(QStringLiteral("DejaVu Serif"), 30));
-    QCOMPARE(theme->defaultFont().pointSize(), 14.0);
-    m_controller->deleteSelectedGroups();
-    QCOMPARE(m_presenter->asked.count(), 1);
-    QCOMPARE(m_presenter->asked.first().text, QStringLiteral("This theme can not be deleted."));
-    QCOMPARE(list().numberOfRows(), 8);
+    // A font chosen in a panel still open cannot reach it, nor can it be deleted.
+    const QWFont font = theme->defaultFont();
+    m_editor->didChangeFont(QFont(u"DejaVu Serif"_s, 30));
+    m_editor->deleteSelectedGroups();
+    QCOMPARE(theme->defaultFont(), font);
+    QCOMPARE(m_fixture->presenter->asked, QStringList { Editor::cannotDeleteMessage() });
 
-    QVERIFY(m_controller->defaultThemeButton()->isEnabled());
-    m_controller->defaultThemeButton()->click();
-    QCOMPARE(
-        SNUserDefaults::standardUserDefaults().defaultThemeName(), QStringLiteral("SNDarkTheme"));
-    QVERIFY(!m_controller->defaultThemeButton()->isEnabled());
+    m_editor->defaultThemeButton()->click();
+    QCOMPARE(SNUserDefaults::standardUserDefaults().defaultThemeName(), theme->saveName());
+    QVERIFY(!m_editor->defaultThemeButton()->isEnabled());
     QVERIFY(list().isDefaultMarkerVisibleAtRow(dark));
-    QVERIFY(!list().isDefaultMarkerVisibleAtRow(1));
-    QCOMPARE(m_controller->selectedRow(), dark);
-
-    m_controller->selectRow(1);
-    QVERIFY(m_controller->defaultThemeButton()->isEnabled());
+    QCOMPARE(m_editor->selectedRow(), dark);
+    m_editor->selectRow(1);
+    QVERIFY(m_editor->defaultThemeButton()->isEnabled());
 }
 
 void TestSDApperancePreferencesViewController::renamingAThemeKeepsItsNotesInIt()
 {
-    addThemeNamed(QStringLiteral("Work"));
-    const std::shared_ptr<SNUserTheme> work = userTheme(QStringLiteral("Work"));
-    QVERIFY(work);
-    const std::shared_ptr<SNStickyNote> note = noteWithText(QStringLiteral("Quarterly plan"));
+    typeName(u"Work"_s);
+    const std::shared_ptr<SNUserTheme> work = userTheme(u"Work"_s);
+    const std::shared_ptr<SNStickyNote> note = noteWithText(u"Quarterly plan"_s);
     note->setThemeName(work->saveName());
     SNStickyNoteManager::sharedManager().addNote(note);
     const std::unique_ptr<SNStickyNoteWindowController> window = openNote(note);
     QCOMPARE(note->theme(), work);
 
-    const int row = rowOf(work->saveName());
-    editRow(row);
-    m_controller->editingTextField()->setText(QStringLiteral("Office"));
-    QTest::keyClick(m_controller->editingTextField(), Qt::Key_Return);
-    settle();
-
-    QCOMPARE(work->name(), QStringLiteral("Office"));
-    QCOMPARE(note->themeName(), QStringLiteral("SNUserTheme-Office"));
+    typeName(u"Office"_s, rowOf(work->saveName()));
+    QCOMPARE(work->name(), u"Office"_s);
+    QCOMPARE(note->themeName(), work->saveName());
     QCOMPARE(note->theme(), work);
     SNStickyNoteManager::sharedManager().removeNote(note);
 }
 
-void TestSDApperancePreferencesViewController::rapidChangesSaveOnceAfterTheLast()
+void TestSDApperancePreferencesViewController::changesInThePanelsSaveOnceAfterTheLast()
 {
-    addThemeNamed(QStringLiteral("Sunset"));
-    const std::shared_ptr<SNUserTheme> sunset = userTheme(QStringLiteral("Sunset"));
-    QCOMPARE(m_controller->currentTheme(), sunset);
-    QVERIFY(m_controller->startColorWell()->isEnabled());
-
+    typeName(u"Sunset"_s);
     int saves = 0;
-    QWNotificationCenter::defaultCenter().addObserverForNameObjectHandler(this,
-        SNThemeManager::styleDidChangeNotificationName(), nullptr,
-        [&saves](const QWNotification &) { ++saves; });
-    const QList<QColor> colours
-        = { QColor(200, 40, 40), QColor(210, 60, 40), QColor(220, 80, 40), QColor(230, 100, 40) };
-    for (const QColor &colour : colours) {
-        m_controller->startColorWell()->setColor(colour, true);
-        m_scheduler->advanceBy(0.3);
+    const QWNotificationCenter::Observation observation
+        = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
+            SNThemeManager::styleDidChangeNotificationName(), nullptr,
+            [&saves](const QWNotification &) { ++saves; });
+    m_editor->startColorWell()->click();
+    const QColor last(230, 100, 40);
+    for (const QColor &colour : { QColor(200, 40, 40), QColor(220, 80, 40), last }) {
+        m_editor->colorPanel()->setCurrentColor(colour);
+        m_fixture->time.advanceBy(0.3);
     }
-    m_controller->didChangeFont(QFont(QStringLiteral("DejaVu Serif"), 18));
-    QCOMPARE(m_controller->fontLabelText(), QStringLiteral("18pt DejaVu Serif"));
-    m_scheduler->advanceBy(0.49);
+    m_editor->fontButton()->click();
+    m_editor->fontPanel()->setCurrentFont(QFont(u"DejaVu Serif"_s, 18));
+    QCOMPARE(m_editor->gradientView()->startColor(), last);
+    m_fixture->time.advanceBy(0.49);
     QCOMPARE(saves, 0);
-    m_scheduler->advanceBy(0.01);
+    m_fixture->time.advanceBy(0.01);
     QCOMPARE(saves, 1);
-    m_scheduler->advanceBy(5.0);
+    m_fixture->time.advanceBy(5.0);
     QCOMPARE(saves, 1);
-    QWNotificationCenter::defaultCenter().removeObserver(this);
+    const SNThemeManager reader(registry().userThemeDirectory());
+    QCOMPARE(reader.userThemes().first()->startColor().toQColor(), last);
+    QCOMPARE(reader.userThemes().first()->defaultFont().pointSize(), 18.0);
 
-    QCOMPARE(m_controller->gradientView()->startColor(), colours.constLast());
-    SNThemeManager reader(registry().userThemeDirectory());
-    QCOMPARE(reader.userThemes().first()->startColor().toQColor(), colours.constLast());
-    QCOMPARE(reader.userThemes().first()->defaultFont().family(), QStringLiteral("DejaVu Serif"));
-}
-
-void TestSDApperancePreferencesViewController::wellsAndFontButtonOpenTheirPanels()
-{
-    addThemeNamed(QStringLiteral("Moss"));
-    const std::shared_ptr<SNUserTheme> moss = userTheme(QStringLiteral("Moss"));
-    m_controller->linkColorWell()->click();
-    QColorDialog *panel = m_controller->colorPanel();
-    QVERIFY(panel && panel->isVisible());
-    panel->setCurrentColor(QColor(30, 120, 60));
-    QCOMPARE(moss->linkColor().toQColor().rgb(), qRgb(30, 120, 60));
-
-    // On a built-in theme the panel follows the selection but changes nothing.
-    m_controller->selectRow(rowOf(QStringLiteral("SNDarkTheme")));
-    const QRgb darkLinks = m_controller->currentTheme()->linkColor().toQColor().rgb();
-    QCOMPARE(panel->currentColor().rgb(), darkLinks);
-    panel->setCurrentColor(Qt::yellow);
-    QCOMPARE(m_controller->currentTheme()->linkColor().toQColor().rgb(), darkLinks);
-    m_controller->fontButton()->click();
-    QVERIFY(!m_controller->fontPanel());
-
-    m_controller->selectRow(rowOf(moss->saveName()));
-    m_controller->fontButton()->click();
-    QVERIFY(m_controller->fontPanel() && m_controller->fontPanel()->isVisible());
-    m_controller->fontPanel()->setCurrentFont(QFont(QStringLiteral("DejaVu Sans Mono"), 11));
-    QCOMPARE(moss->defaultFont().pointSize(), 11.0);
+    // On a built-in theme the open colour panel shows its colour, and changes nothing.
+    m_editor->selectRow(rowOf(u"SNDarkTheme"_s));
+    const QRgb dark = m_editor->currentTheme()->startColor().toQColor().rgb();
+    QCOMPARE(m_editor->colorPanel()->currentColor().rgb(), dark);
+    m_editor->colorPanel()->setCurrentColor(Qt::yellow);
+    QCOMPARE(m_editor->currentTheme()->startColor().toQColor().rgb(), dark);
     // Hiding the page puts the panels away.
-    m_controller->qw_viewWillDisappear();
-    QVERIFY(!panel->isVisible());
-    QVERIFY(!m_controller->fontPanel()->isVisible());
+    m_editor->qw_viewWillDisappear();
+    QVERIFY(!m_editor->colorPanel()->isVisible() && !m_editor->fontPanel()->isVisible());
 }
 
 void TestSDApperancePreferencesViewController::deletingAsksUnlessSuppressed()
 {
-    // Nothing chosen: a beep.
-    m_controller->tableView()->clearSelection();
-    m_controller->deleteSelectedGroups();
-    QCOMPARE(m_presenter->beeps, 1);
+    AnsweringPresenter &person = *m_fixture->presenter;
+    m_editor->tableView()->clearSelection(); // nothing chosen: a beep
+    m_editor->deleteSelectedGroups();
+    QCOMPARE(person.beeps, 1);
 
-    addThemeNamed(QStringLiteral("One"));
-    addThemeNamed(QStringLiteral("Two"));
+    typeName(u"One"_s);
+    typeName(u"Two"_s);
     // The Delete key neither deletes a theme nor writes to the user's journal.
     {
         const QWTestEnvironment log;
-        QTest::keyClick(m_controller->tableView(), Qt::Key_Delete);
+        QTest::keyClick(m_editor->tableView(), Qt::Key_Delete);
         QVERIFY2(log.messages().isEmpty(), qPrintable(log.messages().join(u'\n')));
     }
     QCOMPARE(registry().userThemes().count(), 2);
-    m_presenter->answers = { { QStringLiteral("Cancel"), true } };
-    m_controller->groupsActionWasClicked(1);
+
+    person.answers = { { u"Cancel"_s, true }, { u"Delete"_s, true } };
+    m_editor->groupsActionWasClicked(1);
     QCOMPARE(registry().userThemes().count(), 2);
-    QCOMPARE(m_presenter->asked.constLast().text,
-        QStringLiteral("Are you sure you want to delete this theme?"));
-    QCOMPARE(m_presenter->asked.constLast().informativeText,
-        QStringLiteral("This action can not be undone."));
     QVERIFY(!SNUserDefaults::standardUserDefaults().suppressThemeDeletionAlert());
-
-    m_presenter->answers = { { QStringLiteral("Delete"), true } };
-    m_controller->groupsActionWasClicked(1);
-    QCOMPARE(registry().userThemes().count(), 1);
-    QVERIFY(!userTheme(QStringLiteral("Two")));
+    m_editor->groupsActionWasClicked(1);
+    QVERIFY(!userTheme(u"Two"_s));
     QVERIFY(SNUserDefaults::standardUserDefaults().suppressThemeDeletionAlert());
-    QCOMPARE(m_controller->selectedRow(), list().numberOfRows() - 1);
-
-    const int asked = int(m_presenter->asked.count());
-    m_controller->groupsActionWasClicked(1);
+    QCOMPARE(m_editor->selectedRow(), list().numberOfRows() - 1);
+    // Not asked again.
+    m_editor->groupsActionWasClicked(1);
     QVERIFY(registry().userThemes().isEmpty());
-    QCOMPARE(m_presenter->asked.count(), asked);
+    QCOMPARE(person.asked, QStringList(2, Editor::deleteConfirmationMessage()));
 }
 
 void TestSDApperancePreferencesViewController::closingWhileNamingNeedsAName()
 {
-    m_controller->setModuleIsVisible(true);
-    m_controller->groupsActionWasClicked(0);
-    QVERIFY(!m_controller->windowShouldClose());
-    QCOMPARE(m_presenter->asked.constLast().text, QStringLiteral("Please enter a theme name"));
-
-    m_controller->editingTextField()->setText(QStringLiteral(" Draft "));
-    QVERIFY(m_controller->windowShouldClose());
-    QVERIFY(userTheme(QStringLiteral("Draft")));
-    QVERIFY(!m_controller->editingTextField());
-    QVERIFY(m_controller->windowShouldClose());
+    m_editor->setModuleIsVisible(true);
+    m_editor->groupsActionWasClicked(0);
+    QVERIFY(!m_editor->windowShouldClose());
+    QCOMPARE(m_fixture->presenter->asked, QStringList { Editor::missingNameMessage() });
+    // The alert took the focus, yet the theme is still being named.
+    settle();
+    QCOMPARE(registry().userThemes().count(), 1);
+    QVERIFY(m_editor->editingTextField());
+    m_editor->editingTextField()->setText(u" Draft "_s);
+    QVERIFY(m_editor->windowShouldClose());
+    QVERIFY(userTheme(u"Draft"_s));
+    QVERIFY(!m_editor->editingTextField());
 }
 
 QTEST_MAIN(TestSDApperancePreferencesViewController)

@@ -11,16 +11,17 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 class TestSDThemeListModel final : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init();
-    void cleanup();
+    void cleanup() { m_list.reset(); }
 
-    void groupRowComesFirstThenEveryTheme();
-    void onlyUserThemesCanBeRenamed();
+    void groupRowThenEveryThemeOnlyTheUsersRenamable();
     void theDefaultThemeIsMarked();
 
 private:
@@ -34,71 +35,49 @@ private:
 
 void TestSDThemeListModel::init()
 {
-    defaults().setDefaultThemeName(QStringLiteral("SNYellowPadTheme"));
+    defaults().setDefaultThemeName(u"SNYellowPadTheme"_s);
     m_registry = std::make_unique<SNThemeManager>(m_directory.path());
     m_list = std::make_unique<SDThemeListModel>(*m_registry, defaults());
     m_tester = std::make_unique<QAbstractItemModelTester>(
         m_list.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
 }
 
-void TestSDThemeListModel::cleanup()
-{
-    m_tester.reset();
-    m_list.reset();
-    m_registry.reset();
-}
-
-void TestSDThemeListModel::groupRowComesFirstThenEveryTheme()
-{
-    QCOMPARE(m_list->numberOfRows(), 8);
-    const QModelIndex group = m_list->index(0);
-    QCOMPARE(group.data().toString(), QStringLiteral("Themes"));
-    QCOMPARE(m_list->flags(group), Qt::ItemIsEnabled);
-    QCOMPARE(group.data(Qt::SizeHintRole).toSize().height(), 35);
-    QVERIFY(!m_list->themeAtRow(0));
-
-    const QModelIndex yellow = m_list->index(1);
-    QCOMPARE(m_list->themeAtRow(1), m_registry->themes().first());
-    QCOMPARE(yellow.data().toString(), m_registry->themes().first()->name());
-    QVERIFY(!yellow.data(Qt::DecorationRole).value<QIcon>().isNull());
-    QCOMPARE(yellow.data(Qt::SizeHintRole).toSize().height(), 28);
-    const int dark = m_list->rowOfTheme(QStringLiteral("SNDarkTheme"));
-    QVERIFY(dark > 1);
-    QCOMPARE(m_list->themeAtRow(dark)->saveName(), QStringLiteral("SNDarkTheme"));
-    QVERIFY(!m_list->themeAtRow(8));
-}
-
-void TestSDThemeListModel::onlyUserThemesCanBeRenamed()
+void TestSDThemeListModel::groupRowThenEveryThemeOnlyTheUsersRenamable()
 {
     const std::shared_ptr<SNUserTheme> work = SNUserTheme::theme();
-    work->setName(QStringLiteral("Work"));
+    work->setName(u"Work"_s);
     m_registry->addTheme(work);
-    QCOMPARE(m_list->numberOfRows(), 8);
     m_list->reloadThemes();
-    QCOMPARE(m_list->numberOfRows(), 9);
-    QCOMPARE(m_list->themeAtRow(8), work);
-    QCOMPARE(m_list->index(8).data(Qt::EditRole).toString(), QStringLiteral("Work"));
-    QVERIFY(m_list->isNameEditableAtRow(8));
-    QVERIFY(m_list->flags(m_list->index(8)).testFlag(Qt::ItemIsSelectable));
-    for (int row = 0; row < 8; ++row)
-        QVERIFY(!m_list->isNameEditableAtRow(row));
+    const int rows = m_list->numberOfRows();
+    QCOMPARE(rows, m_registry->themes().size() + 1);
+    // The group row: a title as written, nothing to select.
+    QCOMPARE(m_list->index(0).data().toString(), u"Themes"_s);
+    QCOMPARE(m_list->flags(m_list->index(0)), Qt::ItemIsEnabled);
+    QVERIFY(!m_list->themeAtRow(0) && !m_list->themeAtRow(rows));
+    for (int row = 1; row < rows; ++row) {
+        const std::shared_ptr<SNTheme> theme = m_list->themeAtRow(row);
+        QCOMPARE(theme, m_registry->themes().at(row - 1));
+        QCOMPARE(m_list->rowOfTheme(theme->saveName()), row);
+        QCOMPARE(m_list->index(row).data().toString(), theme->name());
+        QVERIFY(!m_list->index(row).data(Qt::DecorationRole).value<QIcon>().isNull());
+        QCOMPARE(m_list->isNameEditableAtRow(row), theme == work);
+    }
 }
 
 void TestSDThemeListModel::theDefaultThemeIsMarked()
 {
-    QVERIFY(m_list->isDefaultMarkerVisibleAtRow(1));
-    QVERIFY(!m_list->isDefaultMarkerVisibleAtRow(0));
-    QVERIFY(!m_list->isDefaultMarkerVisibleAtRow(2));
-    QVERIFY(!m_list->index(1).data(Qt::ToolTipRole).toString().isEmpty());
+    const int yellow = m_list->rowOfTheme(u"SNYellowPadTheme"_s);
+    const int dark = m_list->rowOfTheme(u"SNDarkTheme"_s);
+    QVERIFY(m_list->isDefaultMarkerVisibleAtRow(yellow));
+    QVERIFY(!m_list->index(yellow).data(Qt::ToolTipRole).toString().isEmpty());
 
-    const int dark = m_list->rowOfTheme(QStringLiteral("SNDarkTheme"));
-    defaults().setDefaultThemeName(QStringLiteral("SNDarkTheme"));
+    defaults().setDefaultThemeName(u"SNDarkTheme"_s);
     QSignalSpy changed(m_list.get(), &SDThemeListModel::dataChanged);
     m_list->reloadData();
     QVERIFY(!changed.isEmpty());
-    QVERIFY(m_list->isDefaultMarkerVisibleAtRow(dark));
-    QVERIFY(!m_list->isDefaultMarkerVisibleAtRow(1));
-    QVERIFY(m_list->index(1).data(Qt::ToolTipRole).toString().isEmpty());
+    for (int row = 0; row < m_list->numberOfRows(); ++row)
+        QCOMPARE(m_list->isDefaultMarkerVisibleAtRow(row), row == dark);
+    QVERIFY(m_list->index(yellow).data(Qt::ToolTipRole).toString().isEmpty());
 }
 
 QTEST_MAIN(TestSDThemeListModel)

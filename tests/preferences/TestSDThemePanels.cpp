@@ -25,18 +25,14 @@ void TestSDThemePanels::colourPanelChoicesGoIntoItsEnabledWell()
     QColorDialog *panel = panels.colorPanel();
     QVERIFY(panel && panel->isVisible());
     QCOMPARE(panel->currentColor().rgb(), qRgb(10, 20, 30));
-
     QSignalSpy changed(&links, &QWColorWell::colorChanged);
     panel->setCurrentColor(QColor(30, 120, 60));
     QCOMPARE(links.color().rgb(), qRgb(30, 120, 60));
-    QCOMPARE(changed.count(), 1);
-
     // The well's colour changes under the panel (another theme): the panel follows it.
     links.setColor(QColor(1, 2, 3));
     panels.colorPanelFollowWell();
     QCOMPARE(panel->currentColor().rgb(), qRgb(1, 2, 3));
     QCOMPARE(changed.count(), 1);
-
     // A disabled well takes nothing, nor opens the panel.
     links.setEnabled(false);
     panel->setCurrentColor(Qt::yellow);
@@ -44,7 +40,6 @@ void TestSDThemePanels::colourPanelChoicesGoIntoItsEnabledWell()
     text.setEnabled(false);
     panels.openColorPanel(&text, &owner);
     QCOMPARE(panel->currentColor().rgb(), QColor(Qt::yellow).rgb());
-
     panels.closePanels();
     QVERIFY(!panel->isVisible());
 }
@@ -61,7 +56,6 @@ void TestSDThemePanels::fontPanelTellsItsChoicesUntilClosed()
     panel->setCurrentFont(QFont(QStringLiteral("DejaVu Sans Mono"), 11));
     QCOMPARE(chosen.count(), 1);
     QCOMPARE(chosen.constLast().first().value<QFont>().pointSize(), 11);
-
     panels.closePanels();
     QVERIFY(!panel->isVisible());
     panel->setCurrentFont(QFont(QStringLiteral("DejaVu Serif"), 20));
