@@ -51,6 +51,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("folder");
         const QDir cases(dataFolder + u"cases"_s);
+        QVERIFY(cases.exists());
         for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
             QTest::newRow(qPrintable(name)) << cases.filePath(name);
     }
