@@ -4,8 +4,6 @@
 #include "kit/QWKeyedUnarchiver.h"
 
 #include <QCborStreamWriter>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
@@ -137,31 +135,6 @@ private Q_SLOTS:
         const V unknown = V::fromObject(u"NSObject"_s, {});
         QVERIFY(!QWKeyedUnarchiver::decodeObject(unknown).has_value());
         QVERIFY(!QWKeyedUnarchiver::decodeObjectOfClass<QWColor>(unknown));
-    }
-
-    // What cbor2, a CBOR decoder that is not ours, finds in an archive: the header, the keys in
-    // the order written, text, the float widened, the date, bytes and nested objects.
-    void readableByAnotherCborDecoder()
-    {
-        QTemporaryDir folder;
-        const QString path = folder.filePath(u"sample.db"_s);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QWKeyedArchiver::archivedDataWithRootObject(QList<Sample> { fullSample() }));
-        file.close();
-
-        QProcess python;
-        python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),
-            { QStringLiteral(VELLUMO_TEST_DATA_DIR "/read_archive.py"), path });
-        QVERIFY(python.waitForFinished(60000));
-        QVERIFY2(python.exitStatus() == QProcess::NormalExit && python.exitCode() == 0,
-            python.readAllStandardError().constData());
-        QCOMPARE(QString::fromUtf8(python.readAllStandardOutput()),
-            u"archiver QWKeyedArchiver 1\n"
-            "keys $class flag count alpha ratio title payload created colors font\n"
-            "class Sample\ntitle Grüße, #work ✓ 🗒\nalpha 0.8500000238418579\n"
-            "created 2023-11-14T22:13:20.123000+00:00\npayload 0001ff2062696e617279\n"
-            "colors QWColor QWColor\n"_s);
     }
 
     void damagedInputReadsAsMissingValues()

@@ -234,12 +234,14 @@ private Q_SLOTS:
         QCOMPARE(textsInFile(store.databasePath()), QStringList { u"v50"_s });
     }
 
-    // What cbor2, a CBOR decoder that is not ours, finds in the notes file.
+    // What cbor2, a CBOR decoder that is not ours, finds in the notes file: the header, the keys
+    // in the order written, text, a date, the float widened, the text's own archive and tags.
     void readableByAnotherCborDecoder()
     {
         SNStickyNoteManager store(folder());
         removeAll(store);
         auto note = noteWithText(u"Grüße #cbor"_s);
+        note->setDateCreated(QDateTime::fromMSecsSinceEpoch(1700000000123LL, Qt::UTC));
         note->setWindowFrame(u"{{10, 20}, {300, 200}}"_s);
         note->setWindowAlpha(0.85);
         note->setPinState(1);
@@ -255,9 +257,10 @@ private Q_SLOTS:
         QVERIFY(python.waitForFinished(60000));
         QVERIFY2(python.exitCode() == 0, python.readAllStandardError().constData());
         QCOMPARE(QString::fromUtf8(python.readAllStandardOutput()),
-            u"notes 1\nkeys data dateCreated dateModified windowFrame isCollapsed "
-            "collapsedWindowFrame pinState windowAlpha tags themeName countState\n"
-            "text Grüße #cbor\nframe {{10, 20}, {300, 200}} pin 1 alpha 0.8500000238418579\n"
+            u"archiver QWKeyedArchiver 1\nnotes 1\nkeys data dateCreated dateModified "
+            "windowFrame isCollapsed collapsedWindowFrame pinState windowAlpha tags themeName "
+            "countState\ntext Grüße #cbor\ncreated 2023-11-14T22:13:20.123000+00:00\nframe {{10, "
+            "20}, {300, 200}} pin 1 alpha 0.8500000238418579\n"
             "tag #cbor 0.5 0.25 1.0\ntheme SNYellowPadTheme\n"_s);
     }
 
