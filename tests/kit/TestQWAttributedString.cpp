@@ -100,7 +100,9 @@ private Q_SLOTS:
     void realDocumentsRoundTrip_data()
     {
         QTest::addColumn<QString>("path");
-        const QDir cases(QStringLiteral(VELLUMO_TEST_DATA_DIR "/../rtf/data/cases"));
+        const QDir cases(
+            QDir::cleanPath(QStringLiteral(VELLUMO_TEST_DATA_DIR "/../rtf/data/cases")));
+        QVERIFY(cases.exists());
         for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
             QTest::newRow(qPrintable(name)) << cases.filePath(name + u"/input.rtf"_s);
     }

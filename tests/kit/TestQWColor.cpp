@@ -36,15 +36,6 @@ private Q_SLOTS:
         QVERIFY(hsb.saturation == 0 || qAbs(qt.hsvHueF() - hsb.hue) < 1e-3);
     }
 
-    void luminosityUsesSinglePrecisionWeights()
-    {
-        // Hour 16 of the time-of-day table sits just under the dark threshold, hour 15 above it.
-        QVERIFY(QWColor(0.9412, 0.4196, 0.4941).qw_luminosity() < 0.6);
-        QVERIFY(QWColor(0.9451, 0.5176, 0.2824).qw_luminosity() > 0.6);
-        QCOMPARE(QWColor(0.5, 0.25, 1.0).qw_luminosity(),
-            double(0.299f) * 0.5 + double(0.587f) * 0.25 + double(0.114f));
-    }
-
     void randomColorsStayInTheirRanges()
     {
         QRandomGenerator generator(42);
