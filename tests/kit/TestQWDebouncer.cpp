@@ -11,59 +11,54 @@ class TestQWDebouncer final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void burstRunsOnceAfterTheLastRestart();
-    void cancelAndDestructionDropThePendingRun();
-    void actionMayRestartItself();
-};
-
-void TestQWDebouncer::burstRunsOnceAfterTheLastRestart()
-{
-    QWManualScheduler scheduler;
-    QList<double> ranAt;
-    QWDebouncer debouncer(0.5, [&] { ranAt.append(scheduler.now()); });
-    for (int edit = 0; edit < 10; ++edit) {
-        debouncer.restart();
-        scheduler.advanceBy(0.3);
+    void burstRunsOnceAfterTheLastRestart()
+    {
+        QWManualScheduler scheduler;
+        QList<double> ranAt;
+        QWDebouncer debouncer(0.5, [&] { ranAt.append(scheduler.now()); });
+        for (int edit = 0; edit < 10; ++edit) {
+            debouncer.restart();
+            scheduler.advanceBy(0.3);
+        }
+        QVERIFY(ranAt.isEmpty());
+        QVERIFY(debouncer.isPending());
+        scheduler.advanceBy(1.0);
+        QCOMPARE(ranAt.size(), 1);
+        QVERIFY(qFuzzyCompare(ranAt.first(), 3.2));
+        QVERIFY(!debouncer.isPending());
+        QCOMPARE(scheduler.scheduledCount(), 0);
     }
-    QVERIFY(ranAt.isEmpty());
-    QVERIFY(debouncer.isPending());
-    scheduler.advanceBy(1.0);
-    QCOMPARE(ranAt.size(), 1);
-    QVERIFY(qFuzzyCompare(ranAt.first(), 3.2));
-    QVERIFY(!debouncer.isPending());
-    QCOMPARE(scheduler.scheduledCount(), 0);
-}
 
-void TestQWDebouncer::cancelAndDestructionDropThePendingRun()
-{
-    QWManualScheduler scheduler;
-    int runs = 0;
-    QWDebouncer cancelled(0.5, [&] { ++runs; });
-    cancelled.restart();
-    cancelled.cancel();
-    QVERIFY(!cancelled.isPending());
+    void cancelAndDestructionDropThePendingRun()
+    {
+        QWManualScheduler scheduler;
+        int runs = 0;
+        QWDebouncer cancelled(0.5, [&] { ++runs; });
+        cancelled.restart();
+        cancelled.cancel();
+        QVERIFY(!cancelled.isPending());
+        auto owner = std::make_unique<QWDebouncer>(0.5, [&] { ++runs; });
+        owner->restart();
+        owner.reset();
+        scheduler.advanceBy(1.0);
+        QCOMPARE(runs, 0);
+    }
 
-    auto owner = std::make_unique<QWDebouncer>(0.5, [&] { ++runs; });
-    owner->restart();
-    owner.reset();
-    scheduler.advanceBy(1.0);
-    QCOMPARE(runs, 0);
-}
-
-void TestQWDebouncer::actionMayRestartItself()
-{
-    QWManualScheduler scheduler;
-    int runs = 0;
-    std::unique_ptr<QWDebouncer> debouncer;
-    debouncer = std::make_unique<QWDebouncer>(0.5, [&] {
-        if (++runs < 3)
-            debouncer->restart();
-    });
-    debouncer->restart();
-    scheduler.advanceBy(5.0);
-    QCOMPARE(runs, 3);
-    QVERIFY(!debouncer->isPending());
-}
+    void actionMayRestartItself()
+    {
+        QWManualScheduler scheduler;
+        int runs = 0;
+        std::unique_ptr<QWDebouncer> debouncer;
+        debouncer = std::make_unique<QWDebouncer>(0.5, [&] {
+            if (++runs < 3)
+                debouncer->restart();
+        });
+        debouncer->restart();
+        scheduler.advanceBy(5.0);
+        QCOMPARE(runs, 3);
+        QVERIFY(!debouncer->isPending());
+    }
+};
 
 QTEST_APPLESS_MAIN(TestQWDebouncer)
 #include "TestQWDebouncer.moc"

@@ -11,123 +11,97 @@ class TestQWSpellChecker final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void marksOnlyMisspeltWords();
-    void suggestsAndCorrects();
-    void correctsOnlyOneEditAway_data();
-    void correctsOnlyOneEditAway();
-    void oneEditAway_data();
-    void oneEditAway();
-    void ignoredAndLearntWordsPass();
-    void missingDictionaryMarksNothing();
+    void marksOnlyMisspeltWords()
+    {
+        QWSpellChecker checker(u"en_US"_s);
+        QVERIFY(checker.isAvailable());
+        QCOMPARE(checker.language(), u"en_US"_s);
+        // Quotes are not part of the word; digits and single letters are never marked.
+        const QList<QWSpellChecker::Range> expected = { { 0, 3 }, { 8, 4 } };
+        QCOMPARE(
+            checker.misspelledRangesInString(u"Ths is \"wrld\", don't 2nd x qqq7 cafe."), expected);
+        QVERIFY(!checker.isWordMisspelled(u"world"));
+        // The program's own name and the keys its notes talk about.
+        QVERIFY(!checker.isWordMisspelled(u"Vellumo"));
+        QVERIFY(!checker.isWordMisspelled(u"Ctrl"));
+        QVERIFY(checker.guessesForWord(u"wrld").contains(u"world"_s));
+    }
+
+    void correctsOnlyOneEditAway_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("corrected"); // empty: only marked
+        QTest::newRow("swapped") << u"teh"_s << u"the"_s;
+        QTest::newRow("dropped") << u"untill"_s << u"until"_s;
+        QTest::newRow("added") << u"goverment"_s << u"government"_s;
+        QTest::newRow("changed") << u"seperate"_s << u"separate"_s;
+        QTest::newRow("first guess two letters changed") << u"wich"_s << u""_s; // "wite"
+        QTest::newRow("first guess two letters added") << u"acomodate"_s << u""_s;
+        QTest::newRow("first guess four letters shorter") << u"qwertyuiop"_s << u""_s;
+    }
+
+    void correctsOnlyOneEditAway()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, corrected);
+        QWSpellChecker checker(u"en_US"_s);
+        QVERIFY(checker.isWordMisspelled(typed));
+        QCOMPARE(checker.correctionForWord(typed).value_or(QString()), corrected);
+        // A correct word is never replaced.
+        QCOMPARE(checker.correctionForWord(u"the"), std::nullopt);
+    }
+
+    void oneEditAway_data()
+    {
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<QString>("other");
+        QTest::addColumn<bool>("oneEdit");
+        QTest::newRow("changed") << u"note"_s << u"nose"_s << true;
+        QTest::newRow("added at the end") << u"note"_s << u"notes"_s << true;
+        QTest::newRow("last two swapped") << u"notr"_s << u"nort"_s << true;
+        QTest::newRow("first two swapped") << u"tset"_s << u"stet"_s << true;
+        QTest::newRow("two changed") << u"wich"_s << u"wite"_s << false;
+        QTest::newRow("apart swapped") << u"note"_s << u"eotn"_s << false;
+        QTest::newRow("case") << u"Note"_s << u"note"_s << true;
+    }
+
+    void oneEditAway()
+    {
+        QFETCH(QString, word);
+        QFETCH(QString, other);
+        QFETCH(bool, oneEdit);
+        QCOMPARE(QWSpellChecker::isOneEditAway(word, other), oneEdit);
+        QCOMPARE(QWSpellChecker::isOneEditAway(other, word), oneEdit);
+    }
+
+    void ignoredAndLearntWordsPass()
+    {
+        QWSpellChecker checker(u"en_US"_s);
+        QVERIFY(checker.isWordMisspelled(u"vellumoish"));
+        checker.ignoreWord(u"vellumoish"_s);
+        QVERIFY(!checker.isWordMisspelled(u"vellumoish"));
+        QVERIFY(checker.isWordMisspelled(u"notewise"));
+        checker.learnWord(u"notewise"_s);
+        QVERIFY(!checker.isWordMisspelled(u"notewise"));
+        QVERIFY(!QWSpellChecker(u"en_US"_s).isWordMisspelled(u"notewise"));
+        QVERIFY(QWSpellChecker(u"en_US"_s).isWordMisspelled(u"vellumoish"));
+    }
+
+    void missingDictionaryMarksNothing()
+    {
+        QWSpellChecker checker(u"xx_XX"_s);
+        QVERIFY(!checker.isAvailable());
+        QVERIFY(checker.language().isEmpty());
+        QVERIFY(checker.misspelledRangesInString(u"Ths wrld").isEmpty());
+        QVERIFY(checker.guessesForWord(u"wrld").isEmpty());
+        QCOMPARE(checker.correctionForWord(u"teh"), std::nullopt);
+        checker.learnWord(u"wrld"_s);
+    }
 
 private:
     // Before any checker: the personal word list lives in a fresh folder each run.
     QWTestEnvironment m_environment;
 };
-
-void TestQWSpellChecker::marksOnlyMisspeltWords()
-{
-    QWSpellChecker checker(QStringLiteral("en_US"));
-    QVERIFY(checker.isAvailable());
-    QCOMPARE(checker.language(), QStringLiteral("en_US"));
-
-    const QString text = QStringLiteral("Ths is \"wrld\", don't 2nd x qqq7 cafe.");
-    const QList<QWSpellChecker::Range> ranges = checker.misspelledRangesInString(text);
-    // Quotes are not part of the word; digits and single letters are never marked.
-    const QList<QWSpellChecker::Range> expected = { { 0, 3 }, { 8, 4 } };
-    QCOMPARE(ranges, expected);
-    QVERIFY(checker.isWordMisspelled(u"wrld"));
-    QVERIFY(!checker.isWordMisspelled(u"world"));
-    // The program's own name and the keys its notes talk about.
-    QVERIFY(!checker.isWordMisspelled(u"Vellumo"));
-    QVERIFY(!checker.isWordMisspelled(u"Ctrl"));
-    QVERIFY(checker.misspelledRangesInString(u"").isEmpty());
-}
-
-void TestQWSpellChecker::suggestsAndCorrects()
-{
-    QWSpellChecker checker(QStringLiteral("en_US"));
-    QVERIFY(checker.guessesForWord(u"wrld").contains(QStringLiteral("world")));
-    QCOMPARE(checker.correctionForWord(u"teh"), std::optional<QString>(QStringLiteral("the")));
-    // A correct word is never replaced.
-    QCOMPARE(checker.correctionForWord(u"the"), std::nullopt);
-}
-
-void TestQWSpellChecker::correctsOnlyOneEditAway_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("corrected"); // empty: only marked
-    QTest::newRow("swapped") << u"recieve"_s << u"receive"_s;
-    QTest::newRow("dropped") << u"untill"_s << u"until"_s;
-    QTest::newRow("added") << u"goverment"_s << u"government"_s;
-    QTest::newRow("changed") << u"seperate"_s << u"separate"_s;
-    QTest::newRow("first guess two letters changed") << u"wich"_s << u""_s; // "wite"
-    QTest::newRow("first guess two letters added") << u"acomodate"_s << u""_s;
-    QTest::newRow("first guess four letters shorter") << u"qwertyuiop"_s << u""_s;
-}
-
-void TestQWSpellChecker::correctsOnlyOneEditAway()
-{
-    QFETCH(QString, typed);
-    QFETCH(QString, corrected);
-    QWSpellChecker checker(QStringLiteral("en_US"));
-    QVERIFY(checker.isWordMisspelled(typed));
-    QCOMPARE(checker.correctionForWord(typed).value_or(QString()), corrected);
-}
-
-void TestQWSpellChecker::oneEditAway_data()
-{
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<QString>("other");
-    QTest::addColumn<bool>("oneEdit");
-    QTest::newRow("same") << u"note"_s << u"note"_s << false;
-    QTest::newRow("changed") << u"note"_s << u"nose"_s << true;
-    QTest::newRow("added at the end") << u"note"_s << u"notes"_s << true;
-    QTest::newRow("dropped first") << u"note"_s << u"ote"_s << true;
-    QTest::newRow("neighbours swapped") << u"tset"_s << u"test"_s << true;
-    QTest::newRow("last two swapped") << u"notr"_s << u"nort"_s << true;
-    QTest::newRow("first two swapped") << u"tset"_s << u"stet"_s << true;
-    QTest::newRow("two changed") << u"wich"_s << u"wite"_s << false;
-    QTest::newRow("apart swapped") << u"note"_s << u"eotn"_s << false;
-    QTest::newRow("two dropped") << u"notes"_s << u"not"_s << false;
-    QTest::newRow("case") << u"Note"_s << u"note"_s << true;
-}
-
-void TestQWSpellChecker::oneEditAway()
-{
-    QFETCH(QString, word);
-    QFETCH(QString, other);
-    QFETCH(bool, oneEdit);
-    QCOMPARE(QWSpellChecker::isOneEditAway(word, other), oneEdit);
-    QCOMPARE(QWSpellChecker::isOneEditAway(other, word), oneEdit);
-}
-
-void TestQWSpellChecker::ignoredAndLearntWordsPass()
-{
-    QWSpellChecker checker(QStringLiteral("en_US"));
-    QVERIFY(checker.isWordMisspelled(u"vellumoish"));
-    checker.ignoreWord(QStringLiteral("vellumoish"));
-    QVERIFY(!checker.isWordMisspelled(u"vellumoish"));
-
-    // Learnt words go to the personal list in this test's own configuration folder.
-    QVERIFY(checker.isWordMisspelled(u"notewise"));
-    checker.learnWord(QStringLiteral("notewise"));
-    QVERIFY(!checker.isWordMisspelled(u"notewise"));
-    QWSpellChecker another(QStringLiteral("en_US"));
-    QVERIFY(!another.isWordMisspelled(u"notewise"));
-}
-
-void TestQWSpellChecker::missingDictionaryMarksNothing()
-{
-    QWSpellChecker checker(QStringLiteral("xx_XX"));
-    QVERIFY(!checker.isAvailable());
-    QVERIFY(checker.language().isEmpty());
-    QVERIFY(!checker.isWordMisspelled(u"wrld"));
-    QVERIFY(checker.misspelledRangesInString(u"Ths wrld").isEmpty());
-    QVERIFY(checker.guessesForWord(u"wrld").isEmpty());
-    QCOMPARE(checker.correctionForWord(u"teh"), std::nullopt);
-    checker.learnWord(QStringLiteral("wrld"));
-}
 
 QTEST_APPLESS_MAIN(TestQWSpellChecker)
 #include "TestQWSpellChecker.moc"

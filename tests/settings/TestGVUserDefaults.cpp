@@ -1,64 +1,28 @@
 #include "settings/GVUserDefaults.h"
+#include "settings/SNUserDefaults.h"
 #include "support/QWTestEnvironment.h"
 
 #include <QFile>
 #include <QSettings>
-#include <QSignalSpy>
 #include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-using Type = GVUserDefaults::PropertyType;
-
-// One property of every type, in a suite of its own.
-class TypedDefaults final : public GVUserDefaults
+// Settings in a suite of their own, with two defaults.
+class SuiteDefaults final : public GVUserDefaults
 {
     Q_OBJECT
 public:
     using GVUserDefaults::GVUserDefaults;
 
 protected:
-    QString suiteName() const override { return QStringLiteral("TypedSuite"); }
-    QList<Property> declaredProperties() const override
-    {
-        return {
-            { QStringLiteral("flag"), Type::Bool },
-            { QStringLiteral("count"), Type::Int32 },
-            { QStringLiteral("total"), Type::Int64 },
-            { QStringLiteral("mask"), Type::UInt64 },
-            { QStringLiteral("ratio"), Type::Float },
-            { QStringLiteral("alpha"), Type::Double },
-            { QStringLiteral("title"), Type::String },
-            { QStringLiteral("list"), Type::Object },
-            { QStringLiteral("shown"), Type::Bool, QStringLiteral("isShown"),
-                QStringLiteral("setShownFlag:") },
-            { QStringLiteral("frame"), Type::Unsupported },
-            { QStringLiteral("custom"), Type::Bool, {}, {}, true },
-        };
-    }
+    QString suiteName() const override { return u"Suite"_s; }
     QVariantMap setupDefaults() const override
     {
-        return { { QStringLiteral("flag"), true },
-            { QStringLiteral("title"), QStringLiteral("Plain") } };
+        return { { u"flag"_s, true }, { u"title"_s, u"Plain"_s } };
     }
-};
-
-class MisspeltSuiteDefaults final : public GVUserDefaults
-{
-    Q_OBJECT
-public:
-    using GVUserDefaults::GVUserDefaults;
-
-protected:
-    QString suitName() const override { return QStringLiteral("Misspelt"); }
-    QString suiteName() const override { return QStringLiteral("Correct"); }
-};
-
-class PlainDefaults final : public GVUserDefaults
-{
-    Q_OBJECT
-public:
-    using GVUserDefaults::GVUserDefaults;
 };
 
 QByteArray fileText(const QString &path)
@@ -74,181 +38,96 @@ class TestGVUserDefaults final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void suiteGivesPrefixAndFile();
-    void accessorMapping();
-    void typeRules();
-    void registeredDefaultsStayInMemory();
-    void everyWriteIsAnnounced();
-    void oneSharedInstancePerClass();
-};
+    void init() { m_environment = std::make_unique<QWTestEnvironment>(); }
+    void cleanup() { m_environment.reset(); }
 
-void TestGVUserDefaults::suiteGivesPrefixAndFile()
-{
-    QWTestEnvironment environment;
-    auto typed = GVUserDefaults::make<TypedDefaults>();
-    QCOMPARE(typed->prefix(), QStringLiteral("TypedSuite"));
-    QCOMPARE(typed->transformKey(QStringLiteral("flag")), QStringLiteral("TypedSuite.flag"));
-    typed->setBoolForKey(false, QStringLiteral("flag"));
-    typed->userDefaults().sync();
-    const QString suitePath = environment.configHome() + QStringLiteral("/Vellumo/TypedSuite.conf");
-    QCOMPARE(GVUserDefaults::storePathForSuite(QStringLiteral("TypedSuite")), suitePath);
-    QVERIFY(fileText(suitePath).contains("TypedSuite.flag=false"));
-    QVERIFY(!QFile::exists(GVUserDefaults::standardStorePath()));
-
-    QCOMPARE(GVUserDefaults::make<MisspeltSuiteDefaults>()->prefix(), QStringLiteral("Misspelt"));
-    auto plain = GVUserDefaults::make<PlainDefaults>();
-    QCOMPARE(plain->prefix(), QString());
-    QCOMPARE(plain->transformKey(QStringLiteral("flag")), QStringLiteral("flag"));
-    QCOMPARE(plain->userDefaults().fileName(),
-        environment.configHome() + QStringLiteral("/Vellumo/Vellumo.conf"));
-}
-
-void TestGVUserDefaults::accessorMapping()
-{
-    QWTestEnvironment environment;
-    auto typed = GVUserDefaults::make<TypedDefaults>();
-    QCOMPARE(typed->mapping().size(), 22);
-    QCOMPARE(
-        typed->defaultsKeyForSelector(QStringLiteral("count")), QStringLiteral("TypedSuite.count"));
-    QCOMPARE(typed->defaultsKeyForSelector(QStringLiteral("setCount:")),
-        QStringLiteral("TypedSuite.count"));
-    QCOMPARE(typed->defaultsKeyForSelector(QStringLiteral("setCount")),
-        QStringLiteral("TypedSuite.count"));
-    QCOMPARE(typed->defaultsKeyForSelector(QStringLiteral("isShown")),
-        QStringLiteral("TypedSuite.shown"));
-    QCOMPARE(typed->defaultsKeyForSelector(QStringLiteral("setShownFlag:")),
-        QStringLiteral("TypedSuite.shown"));
-    QCOMPARE(typed->defaultsKeyForSelector(QStringLiteral("shown")), QString());
-    QCOMPARE(typed->defaultsKeyForSelector(QStringLiteral("setShown:")), QString());
-    // Unsupported and hand-written properties are mapped, never served.
-    QCOMPARE(typed->defaultsKeyForSelector(QStringLiteral("setFrame:")),
-        QStringLiteral("TypedSuite.frame"));
-    QSignalSpy did(typed.get(), &GVUserDefaults::didChangeValueForKey);
-    QVERIFY(!typed->setValueForProperty(QStringLiteral("frame"), 1));
-    QVERIFY(!typed->setValueForProperty(QStringLiteral("custom"), true));
-    QVERIFY(!typed->setValueForProperty(QStringLiteral("missing"), true));
-    QVERIFY(!typed->valueForProperty(QStringLiteral("custom")).isValid());
-    QCOMPARE(did.count(), 0);
-}
-
-void TestGVUserDefaults::typeRules()
-{
-    QWTestEnvironment environment;
+    // A suite has a file of its own and its keys a prefix; the defaults stay in memory.
+    void suiteFileAndDefaults()
     {
-        QSettings store(
-            GVUserDefaults::storePathForSuite(QStringLiteral("TypedSuite")), QSettings::IniFormat);
-        store.setValue(QStringLiteral("TypedSuite.count"), QStringLiteral("4294967301"));
-        store.setValue(QStringLiteral("TypedSuite.total"), QStringLiteral("9000000000"));
-        store.setValue(QStringLiteral("TypedSuite.mask"), QStringLiteral("18446744073709551615"));
-        store.setValue(QStringLiteral("TypedSuite.flag"), QStringLiteral("no"));
+        auto suite = GVUserDefaults::make<SuiteDefaults>();
+        QCOMPARE(suite->boolForKey(u"flag"_s), true);
+        QCOMPARE(suite->stringForKey(u"title"_s), u"Plain"_s);
+        suite->setIntegerForKey(3, u"count"_s);
+        suite->userDefaults().sync();
+        const QString path = m_environment->configHome() + u"/Vellumo/Suite.conf"_s;
+        QCOMPARE(suite->userDefaults().fileName(), path);
+        QCOMPARE(fileText(path), "[General]\nSuite.count=3\n");
+        QVERIFY(!QFile::exists(GVUserDefaults::standardStorePath()));
+
+        // A written value wins over the default, also when it is the empty value.
+        suite->setBoolForKey(false, u"flag"_s);
+        suite->setStringForKey(QString(), u"title"_s);
+        QCOMPARE(suite->boolForKey(u"flag"_s), false);
+        QCOMPARE(suite->stringForKey(u"title"_s), QString());
     }
-    auto typed = GVUserDefaults::make<TypedDefaults>();
-    QCOMPARE(typed->integerForKey(QStringLiteral("count")), 5);
-    QCOMPARE(typed->valueForProperty(QStringLiteral("count")), QVariant(qint32(5)));
-    QCOMPARE(typed->longLongForKey(QStringLiteral("total")), Q_INT64_C(9000000000));
-    QCOMPARE(typed->valueForProperty(QStringLiteral("mask")), QVariant(qint64(-1)));
-    QCOMPARE(typed->boolForKey(QStringLiteral("flag")), false);
 
-    QVERIFY(typed->setValueForProperty(QStringLiteral("count"), Q_INT64_C(0x100000007)));
-    QVERIFY(typed->setValueForProperty(QStringLiteral("flag"), QStringLiteral("true")));
-    QVERIFY(typed->setValueForProperty(QStringLiteral("ratio"), 0.95));
-    QVERIFY(typed->setValueForProperty(QStringLiteral("alpha"), 0.1));
-    QVERIFY(typed->setValueForProperty(QStringLiteral("title"), QStringLiteral("Ünïcode, = ;")));
-    const QStringList list { QStringLiteral("a"), QStringLiteral("b") };
-    QVERIFY(typed->setValueForProperty(QStringLiteral("list"), list));
-    typed->userDefaults().sync();
-    const QByteArray text = fileText(typed->userDefaults().fileName());
-    QVERIFY2(text.contains("TypedSuite.ratio=0.949999988079071\n"), text.constData());
-    QVERIFY(text.contains("TypedSuite.count=7\n"));
-    typed.reset();
+    // The file holds text: each type reads its textual form, and whatever cannot be read is
+    // false, zero or empty.
+    void typeRules()
+    {
+        {
+            QSettings store(GVUserDefaults::storePathForSuite(u"Suite"_s), QSettings::IniFormat);
+            store.setValue(u"Suite.count"_s, u"4294967301"_s);
+            store.setValue(u"Suite.total"_s, u"9000000000"_s);
+            store.setValue(u"Suite.flag"_s, u"no"_s);
+        }
+        auto suite = GVUserDefaults::make<SuiteDefaults>();
+        QCOMPARE(suite->integerForKey(u"count"_s), 5); // cut to 32 bits
+        QCOMPARE(suite->longLongForKey(u"total"_s), Q_INT64_C(9000000000));
+        QCOMPARE(suite->boolForKey(u"flag"_s), false);
 
-    // A fresh instance reads what the file holds as text.
-    typed = GVUserDefaults::make<TypedDefaults>();
-    QCOMPARE(typed->integerForKey(QStringLiteral("count")), 7);
-    QCOMPARE(typed->boolForKey(QStringLiteral("flag")), true);
-    QCOMPARE(typed->floatForKey(QStringLiteral("ratio")), 0.95f);
-    QCOMPARE(typed->doubleForKey(QStringLiteral("ratio")), double(0.95f));
-    QCOMPARE(typed->valueForProperty(QStringLiteral("ratio")).typeId(), int(QMetaType::Float));
-    QCOMPARE(typed->doubleForKey(QStringLiteral("alpha")), 0.1);
-    QCOMPARE(typed->stringForKey(QStringLiteral("title")), QStringLiteral("Ünïcode, = ;"));
-    QCOMPARE(typed->objectForKey(QStringLiteral("list")).toStringList(), list);
+        suite->setFloatForKey(0.95f, u"ratio"_s);
+        suite->setDoubleForKey(0.1, u"alpha"_s);
+        suite->setStringForKey(u"Ünïcode, = ;"_s, u"title"_s);
+        const QStringList list { u"a"_s, u"b"_s };
+        suite->setObjectForKey(list, u"list"_s);
+        suite->userDefaults().sync();
+        QVERIFY(
+            fileText(suite->userDefaults().fileName()).contains("Suite.ratio=0.949999988079071\n"));
+        suite = GVUserDefaults::make<SuiteDefaults>();
+        QCOMPARE(suite->floatForKey(u"ratio"_s), 0.95f);
+        QCOMPARE(suite->doubleForKey(u"alpha"_s), 0.1);
+        QCOMPARE(suite->stringForKey(u"title"_s), u"Ünïcode, = ;"_s);
+        QCOMPARE(suite->objectForKey(u"list"_s).toStringList(), list);
 
-    // Whatever cannot be read is false, zero or empty.
-    QCOMPARE(GVUserDefaults::toLongLong(QStringLiteral("many")), 0);
-    QCOMPARE(GVUserDefaults::toLongLong(1e300), std::numeric_limits<qint64>::max());
-    QCOMPARE(GVUserDefaults::toLongLong(QStringLiteral("-3.9")), -3);
-    QCOMPARE(GVUserDefaults::toBool(QVariant()), false);
-    QCOMPARE(GVUserDefaults::toBool(QStringLiteral("2")), true);
-    QCOMPARE(GVUserDefaults::toDouble(QVariant(list)), 0.0);
-    QCOMPARE(GVUserDefaults::toString(QVariant(QVariantMap())), QString());
-}
+        QCOMPARE(GVUserDefaults::toLongLong(u"many"_s), 0);
+        QCOMPARE(GVUserDefaults::toLongLong(1e300), std::numeric_limits<qint64>::max());
+        QCOMPARE(GVUserDefaults::toLongLong(u"-3.9"_s), -3);
+        QCOMPARE(GVUserDefaults::toBool(QVariant()), false);
+        QCOMPARE(GVUserDefaults::toBool(u"2"_s), true);
+        QCOMPARE(GVUserDefaults::toDouble(QVariant(list)), 0.0);
+        QCOMPARE(GVUserDefaults::toString(QVariant(QVariantMap())), QString());
+    }
 
-void TestGVUserDefaults::registeredDefaultsStayInMemory()
-{
-    QWTestEnvironment environment;
-    auto typed = GVUserDefaults::make<TypedDefaults>();
-    const QVariantMap expected { { QStringLiteral("TypedSuite.flag"), true },
-        { QStringLiteral("TypedSuite.title"), QStringLiteral("Plain") } };
-    QCOMPARE(typed->registeredDefaults(), expected);
-    QCOMPARE(typed->boolForKey(QStringLiteral("flag")), true);
-    QCOMPARE(typed->stringForKey(QStringLiteral("title")), QStringLiteral("Plain"));
-    QCOMPARE(typed->integerForKey(QStringLiteral("count")), 0);
+    // Observers hear of every write, unchanged values too, and read the old value before it.
+    void everyWriteIsAnnounced()
+    {
+        auto suite = GVUserDefaults::make<SuiteDefaults>();
+        QStringList events;
+        connect(suite.get(), &GVUserDefaults::willChangeValueForKey, this, [&](const QString &key) {
+            events.append(key + u" was "_s + suite->stringForKey(key));
+        });
+        connect(suite.get(), &GVUserDefaults::didChangeValueForKey, this,
+            [&](const QString &key) { events.append(key + u" is "_s + suite->stringForKey(key)); });
+        suite->setStringForKey(u"One"_s, u"title"_s);
+        suite->setStringForKey(u"One"_s, u"title"_s);
+        QCOMPARE(events,
+            (QStringList {
+                u"title was Plain"_s, u"title is One"_s, u"title was One"_s, u"title is One"_s }));
+    }
 
-    typed->setIntegerForKey(3, QStringLiteral("count"));
-    typed->userDefaults().sync();
-    const QByteArray text = fileText(typed->userDefaults().fileName());
-    QVERIFY(text.contains("count=3"));
-    QVERIFY(!text.contains("flag"));
-    QVERIFY(!text.contains("Plain"));
+    void oneSharedInstancePerClass()
+    {
+        SuiteDefaults &suite = GVUserDefaults::standardUserDefaults<SuiteDefaults>();
+        QCOMPARE(&GVUserDefaults::standardUserDefaults<SuiteDefaults>(), &suite);
+        QVERIFY(static_cast<GVUserDefaults *>(&SNUserDefaults::standardUserDefaults()) != &suite);
+        QVERIFY(GVUserDefaults::make<SuiteDefaults>().get() != &suite);
+        QCOMPARE(suite.boolForKey(u"flag"_s), true); // built like any other
+    }
 
-    // A written value wins over the default, also when it is the empty value.
-    typed->setBoolForKey(false, QStringLiteral("flag"));
-    typed->setStringForKey(QString(), QStringLiteral("title"));
-    QCOMPARE(typed->boolForKey(QStringLiteral("flag")), false);
-    QCOMPARE(typed->stringForKey(QStringLiteral("title")), QString());
-}
-
-void TestGVUserDefaults::everyWriteIsAnnounced()
-{
-    QWTestEnvironment environment;
-    auto typed = GVUserDefaults::make<TypedDefaults>();
-    QStringList events;
-    connect(typed.get(), &GVUserDefaults::willChangeValueForKey, this, [&](const QString &key) {
-        events.append(
-            QStringLiteral("will %1 %2").arg(key, typed->valueForProperty(key).toString()));
-    });
-    connect(typed.get(), &GVUserDefaults::didChangeValueForKey, this, [&](const QString &key) {
-        events.append(
-            QStringLiteral("did %1 %2").arg(key, typed->valueForProperty(key).toString()));
-    });
-    typed->setStringForKey(QStringLiteral("One"), QStringLiteral("title"));
-    typed->setStringForKey(QStringLiteral("One"), QStringLiteral("title"));
-    typed->setValueForProperty(QStringLiteral("count"), 4);
-    const QStringList expected {
-        QStringLiteral("will title Plain"),
-        QStringLiteral("did title One"),
-        QStringLiteral("will title One"),
-        QStringLiteral("did title One"),
-        QStringLiteral("will count 0"),
-        QStringLiteral("did count 4"),
-    };
-    QCOMPARE(events, expected);
-}
-
-void TestGVUserDefaults::oneSharedInstancePerClass()
-{
-    QWTestEnvironment environment;
-    TypedDefaults &typed = GVUserDefaults::standardUserDefaults<TypedDefaults>();
-    PlainDefaults &plain = GVUserDefaults::standardUserDefaults<PlainDefaults>();
-    QCOMPARE(&GVUserDefaults::standardUserDefaults<TypedDefaults>(), &typed);
-    QCOMPARE(&GVUserDefaults::standardUserDefaults<PlainDefaults>(), &plain);
-    QVERIFY(static_cast<QObject *>(&typed) != static_cast<QObject *>(&plain));
-    // The shared instance is built like any other.
-    QCOMPARE(typed.prefix(), QStringLiteral("TypedSuite"));
-    QCOMPARE(typed.boolForKey(QStringLiteral("flag")), true);
-    auto fresh = GVUserDefaults::make<TypedDefaults>();
-    QVERIFY(fresh.get() != &typed);
-}
+private:
+    std::unique_ptr<QWTestEnvironment> m_environment;
+};
 
 QTEST_GUILESS_MAIN(TestGVUserDefaults)
 #include "TestGVUserDefaults.moc"

@@ -1,6 +1,5 @@
 #include "kit/widgets/QWWindowController.h"
 #include "kit/widgets/QWWindowMasonry.h"
-#include "support/QWTestEnvironment.h"
 
 #include <QSet>
 #include <QTest>
@@ -45,12 +44,97 @@ class TestQWWindowMasonry final : public QObject
 private Q_SLOTS:
     void cleanup() { m_controllers.clear(); }
 
-    void oneWindowFillsTheFreeAreaLessTheMargins();
-    void gridShapes_data();
-    void gridShapes();
-    void rowsFillFromTheTopLeftAndReachUnderLeftAndBottomPanels();
-    void screenAwayFromTheOriginWithUnevenCells();
-    void recordsAndRestoresTheFramesAtCreation();
+    void oneWindowFillsTheFreeAreaLessTheMargins()
+    {
+        QWWindowMasonry masonry(makeControllers(1));
+        const QList<QRect> before = frames();
+        masonry.setScreenGeometry(laptop, laptopFree);
+        masonry.layout();
+        QCOMPARE(frames(), before); // animated: it starts where it was
+        // 10 from the screen's left and bottom edges, 20 from the panel and the right edge.
+        QTRY_COMPARE(frames(), QList<QRect> { QRect(10, 43, 1410, 847) });
+        QWWindowMasonry empty({});
+        empty.layout();
+        empty.restore();
+        QVERIFY(empty.originalWindowRects().isEmpty());
+    }
+
+    void gridShapes_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("columns");
+        QTest::addColumn<int>("inLastRow");
+        QTest::newRow("2: side by side") << 2 << 1 << 2 << 2;
+        QTest::newRow("3: one row") << 3 << 1 << 3 << 3;
+        QTest::newRow("4: two by two") << 4 << 2 << 2 << 2;
+        QTest::newRow("5: three over two") << 5 << 2 << 3 << 2;
+        QTest::newRow("10: three rows of four") << 10 << 3 << 4 << 2;
+    }
+
+    void gridShapes()
+    {
+        QFETCH(int, count);
+        QFETCH(int, rows);
+        QFETCH(int, columns);
+        QFETCH(int, inLastRow);
+        QWWindowMasonry masonry(makeControllers(count));
+        masonry.setScreenGeometry(plain, plain);
+        masonry.layout();
+        QTRY_COMPARE(frames().first().topLeft(), QPoint(10, 20));
+        QTRY_COMPARE(frames().last().bottom() + 1, 790);
+        QSet<int> lefts, tops;
+        int lastRow = 0;
+        for (const QRect &frame : frames()) {
+            lefts.insert(frame.left());
+            tops.insert(frame.top());
+            lastRow += frame.top() == frames().last().top();
+            QCOMPARE(frame.size(), QSize(1260 / columns - 10, 780 / rows - 10));
+        }
+        QCOMPARE(lefts.size(), columns);
+        QCOMPARE(tops.size(), rows);
+        QCOMPARE(lastRow, inLastRow);
+    }
+
+    // A dock at the left and a panel at the bottom: only the free area's top and right edges
+    // count. Away from the origin, with cells 1004 / 3 wide: edges rounded, gaps kept.
+    void panelsAndUnevenCells()
+    {
+        QWWindowMasonry masonry(makeControllers(5));
+        masonry.setScreenGeometry(plain, QRect(48, 0, 1232, 770));
+        masonry.layout();
+        QTRY_COMPARE(frames(),
+            (QList<QRect> { QRect(10, 20, 410, 380), QRect(430, 20, 410, 380),
+                QRect(850, 20, 410, 380), QRect(10, 410, 410, 380), QRect(430, 410, 410, 380) }));
+        m_controllers.clear();
+
+        QWWindowMasonry away(makeControllers(3));
+        away.setScreenGeometry(QRect(1920, 100, 1024, 768), QRect(1920, 128, 1024, 740));
+        away.layout();
+        QTRY_COMPARE(frames(),
+            (QList<QRect> { QRect(1930, 148, 325, 710), QRect(2265, 148, 324, 710),
+                QRect(2599, 148, 325, 710) }));
+    }
+
+    // A controller without a window keeps its cell. A layout takes over from a restore still
+    // moving the windows back (which would run longer).
+    void layoutTakesOverFromARestore()
+    {
+        QWWindowMasonry masonry(makeControllers(3, 1));
+        const QList<QRect> atCreation = frames();
+        masonry.setScreenGeometry(plain, plain);
+        masonry.layout();
+        const QList<QRect> laidOut { QRect(10, 20, 410, 770), QRect(), QRect(850, 20, 410, 770) };
+        QTRY_COMPARE(frames(), laidOut);
+        masonry.restore();
+        QTRY_COMPARE(frames(), atCreation);
+        masonry.layout();
+        masonry.restore();
+        masonry.layout();
+        QTRY_COMPARE(frames(), laidOut);
+        QTest::qWait(400);
+        QCOMPARE(frames(), laidOut);
+    }
 
 private:
     QList<QWWindowController *> makeControllers(int count, int withoutWindow = -1)
@@ -74,129 +158,6 @@ private:
 
     std::vector<std::unique_ptr<TestWindowController>> m_controllers;
 };
-
-void TestQWWindowMasonry::oneWindowFillsTheFreeAreaLessTheMargins()
-{
-    QWTestEnvironment environment;
-    QWWindowMasonry masonry(makeControllers(1));
-    const QRect before = frames().first();
-    masonry.setScreenGeometry(laptop, laptopFree);
-    environment.clearMessages();
-    masonry.layout();
-    QCOMPARE(environment.messages(),
-        (QStringList { QStringLiteral("Count: 1"), QStringLiteral("Done") }));
-    QCOMPARE(frames().first(), before); // animated: it starts where it was
-    // x 10, y 10, 1410 by 847 from the bottom left: 10 from the screen's left and bottom
-    // edges, 20 from the panel and the right edge.
-    QTRY_COMPARE(frames(), QList<QRect> { QRect(10, 43, 1410, 847) });
-
-    // No windows: the two lines, nothing else.
-    QWWindowMasonry empty({});
-    environment.clearMessages();
-    empty.layout();
-    empty.restore();
-    QCOMPARE(environment.messages(),
-        (QStringList { QStringLiteral("Count: 0"), QStringLiteral("Done") }));
-    QVERIFY(empty.originalWindowRects().isEmpty());
-}
-
-void TestQWWindowMasonry::gridShapes_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("rows");
-    QTest::addColumn<int>("columns");
-    QTest::addColumn<int>("inLastRow");
-    QTest::newRow("2: side by side") << 2 << 1 << 2 << 2;
-    QTest::newRow("3: one row") << 3 << 1 << 3 << 3;
-    QTest::newRow("4: two by two") << 4 << 2 << 2 << 2;
-    QTest::newRow("5: three over two") << 5 << 2 << 3 << 2;
-    QTest::newRow("10: three rows of four") << 10 << 3 << 4 << 2;
-}
-
-void TestQWWindowMasonry::gridShapes()
-{
-    QFETCH(int, count);
-    QFETCH(int, rows);
-    QFETCH(int, columns);
-    QFETCH(int, inLastRow);
-    QWWindowMasonry masonry(makeControllers(count));
-    masonry.setScreenGeometry(plain, plain);
-    masonry.layout();
-    QTRY_COMPARE(frames().first().topLeft(), QPoint(10, 20));
-    QTRY_COMPARE(frames().last().bottom() + 1, 790);
-
-    QSet<int> lefts, tops, rights;
-    for (const QRect &frame : frames()) {
-        lefts.insert(frame.left());
-        tops.insert(frame.top());
-        rights.insert(frame.right() + 1);
-        QCOMPARE(frame.size(), QSize(1260 / columns - 10, 780 / rows - 10));
-    }
-    QCOMPARE(lefts.size(), columns);
-    QCOMPARE(tops.size(), rows);
-    QVERIFY(rights.contains(1260));
-    const QList<QRect> laidOut = frames();
-    QCOMPARE(std::count_if(laidOut.cbegin(), laidOut.cend(),
-                 [&](const QRect &frame) { return frame.top() == laidOut.last().top(); }),
-        inLastRow);
-}
-
-void TestQWWindowMasonry::rowsFillFromTheTopLeftAndReachUnderLeftAndBottomPanels()
-{
-    // A dock 48 wide at the left and a panel 30 high at the bottom: only the free area's top
-    // and right edges count.
-    QWWindowMasonry masonry(makeControllers(10));
-    masonry.setScreenGeometry(plain, QRect(48, 0, 1232, 770));
-    masonry.layout();
-    QTRY_COMPARE(frames(),
-        (QList<QRect> { QRect(10, 20, 305, 250), QRect(325, 20, 305, 250), QRect(640, 20, 305, 250),
-            QRect(955, 20, 305, 250), QRect(10, 280, 305, 250), QRect(325, 280, 305, 250),
-            QRect(640, 280, 305, 250), QRect(955, 280, 305, 250), QRect(10, 540, 305, 250),
-            QRect(325, 540, 305, 250) }));
-}
-
-void TestQWWindowMasonry::screenAwayFromTheOriginWithUnevenCells()
-{
-    // Cells 1004 / 3 wide: edges rounded, gaps kept.
-    QWWindowMasonry masonry(makeControllers(3));
-    masonry.setScreenGeometry(QRect(1920, 100, 1024, 768), QRect(1920, 128, 1024, 740));
-    masonry.layout();
-    QTRY_COMPARE(frames(),
-        (QList<QRect> {
-            QRect(1930, 148, 325, 710), QRect(2265, 148, 324, 710), QRect(2599, 148, 325, 710) }));
-}
-
-void TestQWWindowMasonry::recordsAndRestoresTheFramesAtCreation()
-{
-    // The second controller has no window: it keeps its cell, recorded as an empty frame.
-    QWWindowMasonry masonry(makeControllers(3, 1));
-    const QList<QRect> atCreation = frames();
-    QCOMPARE(masonry.originalWindowRects(), atCreation);
-    QCOMPARE(atCreation.at(1), QRect(0, 0, 0, 0));
-
-    masonry.setScreenGeometry(laptop, laptopFree);
-    masonry.layout();
-    QTRY_COMPARE(frames().first().topLeft(), QPoint(10, 43));
-    QCOMPARE(masonry.originalWindowRects(), atCreation + atCreation);
-    const QList<QRect> firstLayout = frames();
-    masonry.setScreenGeometry(plain, plain);
-    masonry.layout();
-    const QList<QRect> laidOut { QRect(10, 20, 410, 770), QRect(), QRect(850, 20, 410, 770) };
-    QTRY_COMPARE(frames(), laidOut);
-    QCOMPARE(masonry.originalWindowRects(), atCreation + atCreation + firstLayout);
-
-    masonry.restore();
-    QTRY_COMPARE(frames(), atCreation);
-    masonry.updateNodeDimensions();
-    QCOMPARE(masonry.originalWindowRects().size(), 12);
-
-    // A layout takes over from a restore still moving the windows (which would run longer).
-    masonry.restore();
-    masonry.layout();
-    QTRY_COMPARE(frames(), laidOut);
-    QTest::qWait(400);
-    QCOMPARE(frames(), laidOut);
-}
 
 QTEST_MAIN(TestQWWindowMasonry)
 #include "TestQWWindowMasonry.moc"

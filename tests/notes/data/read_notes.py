@@ -6,13 +6,14 @@ import cbor2
 
 with open(sys.argv[1], "rb") as f:
     archive = cbor2.load(f)
-assert archive["$archiver"] == "QWKeyedArchiver"
+print("archiver", archive["$archiver"], archive["$version"])
 notes = archive["$top"]
 print("notes", len(notes))
 for note in notes:
     print("keys", " ".join(key for key in note.keys() if key != "$class"))
     text = cbor2.loads(note["data"])["$top"]
     print("text", text["string"])
+    print("created", note["dateCreated"].isoformat())
     print("frame", note["windowFrame"], "pin", note["pinState"], "alpha", repr(note["windowAlpha"]))
     for tag in note["tags"]:
         color = tag["color"]
