@@ -8,6 +8,7 @@
 #include "notewindow/SNNoteWindowSet.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 
+#include <QFile>
 #include <QFileDialog>
 #include <QHash>
 #include <QMessageBox>
@@ -81,6 +82,14 @@ struct TestNotes
         });
     }
 };
+
+inline QString writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("Could not write %s", qUtf8Printable(path));
+    return path;
+}
 
 inline QString textOf(const std::shared_ptr<SNStickyNote> &note)
 {
