@@ -14,67 +14,39 @@ class TestSNDesktopPresence final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
-    void bothOffTurnsTheTrayIconOnAndItIsKeptAcrossTheSetting();
-    void withoutATrayNotesStayInTheTaskbar();
-
-private:
-    std::unique_ptr<SNUserDefaults> m_defaults;
-    std::unique_ptr<TestNotes> m_notes;
-    QMenu m_menu;
-    std::unique_ptr<SNDesktopPresence> m_presence;
+    void oneWayToTheProgramStaysOn();
 };
 
-void TestSNDesktopPresence::init()
+void TestSNDesktopPresence::oneWayToTheProgramStaysOn()
 {
-    m_defaults = GVUserDefaults::make<SNUserDefaults>();
-    m_defaults->userDefaults().clear();
-    m_notes = std::make_unique<TestNotes>();
-    m_presence
-        = std::make_unique<SNDesktopPresence>(*m_defaults, m_notes->windows, &m_menu, nullptr);
-}
-
-void TestSNDesktopPresence::cleanup()
-{
-    m_presence.reset();
-    m_notes.reset();
-    m_defaults->userDefaults().clear();
-    m_defaults.reset();
-}
-
-void TestSNDesktopPresence::bothOffTurnsTheTrayIconOnAndItIsKeptAcrossTheSetting()
-{
-    m_defaults->setShowMenuIcon(false);
-    m_defaults->setShowIconInDock(false);
-    m_presence->applicationDidFinishLaunching();
-    QVERIFY(m_defaults->showMenuIcon());
-    MTStatusItem *item = m_presence->statusItem();
-    QVERIFY(item && item->statusItem());
-    QCOMPARE(item->statusItem()->contextMenu(), &m_menu);
+    const auto defaults = GVUserDefaults::make<SNUserDefaults>();
+    defaults->userDefaults().clear();
+    TestNotes notes;
+    notes.windows.showAllNotes(true);
+    QMenu menu;
+    SNDesktopPresence presence(*defaults, notes.windows, &menu, nullptr);
+    // Both off: the tray icon comes on.
+    defaults->setShowMenuIcon(false);
+    defaults->setShowIconInDock(false);
+    presence.applicationDidFinishLaunching();
+    QVERIFY(defaults->showMenuIcon());
+    MTStatusItem *item = presence.statusItem();
+    QCOMPARE(item->statusItem()->contextMenu(), &menu);
+    // Without a tray the notes stay in the taskbar whatever the settings say.
+    QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
+    for (SNStickyNoteWindowController *controller : notes.windows.controllers())
+        QVERIFY(!QWX11WindowState::skipsTaskbar(controller->window()));
 
     // Off and on again: the same icon leaves the tray and comes back, its menu with it.
-    m_defaults->setShowIconInDock(true);
-    m_defaults->setShowMenuIcon(false);
-    m_presence->toggleMenuBarIconVisible();
-    QCOMPARE(m_presence->statusItem(), item);
+    defaults->setShowIconInDock(true);
+    defaults->setShowMenuIcon(false);
+    presence.toggleMenuBarIconVisible();
+    QCOMPARE(presence.statusItem(), item);
     QVERIFY(!item->statusItem());
-    m_defaults->setShowMenuIcon(true);
-    m_presence->toggleMenuBarIconVisible();
-    QCOMPARE(m_presence->statusItem(), item);
-    QCOMPARE(item->statusItem()->contextMenu(), &m_menu);
-}
-
-void TestSNDesktopPresence::withoutATrayNotesStayInTheTaskbar()
-{
-    QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
-    m_defaults->setShowIconInDock(false);
-    m_notes->windows.showAllNotes(true);
-    m_presence->applicationDidFinishLaunching();
-    QVERIFY(m_presence->showsNotesInTaskbar());
-    for (SNStickyNoteWindowController *controller : m_notes->windows.controllers())
-        QVERIFY(!QWX11WindowState::skipsTaskbar(controller->window()));
+    defaults->setShowMenuIcon(true);
+    presence.toggleMenuBarIconVisible();
+    QCOMPARE(item->statusItem()->contextMenu(), &menu);
+    defaults->userDefaults().clear();
 }
 
 QTEST_MAIN(TestSNDesktopPresence)

@@ -11,82 +11,55 @@ class TestSNGlobalHotKeys final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
-    void identifiersStayUnsetWhileNothingIsRegistered();
     void settingsReplaceTheGrabsAndPressesGoByIdentifier();
-
-private:
-    std::unique_ptr<SNUserDefaults> m_defaults;
-    RecordingGrabber *m_grabber = nullptr;
-    std::unique_ptr<QWHotKeyHelper> m_helper;
-    std::unique_ptr<SNGlobalHotKeys> m_hotKeys;
-    QStringList m_pressed;
 };
-
-void TestSNGlobalHotKeys::init()
-{
-    m_defaults = GVUserDefaults::make<SNUserDefaults>();
-    m_defaults->userDefaults().clear();
-    auto grabber = std::make_unique<RecordingGrabber>();
-    m_grabber = grabber.get();
-    m_helper = std::make_unique<QWHotKeyHelper>(std::move(grabber));
-    m_hotKeys = std::make_unique<SNGlobalHotKeys>(
-        *m_defaults, *m_helper, [this] { m_pressed.append(QStringLiteral("tags")); },
-        [this] { m_pressed.append(QStringLiteral("note")); });
-    m_pressed.clear();
-}
-
-void TestSNGlobalHotKeys::cleanup()
-{
-    m_hotKeys.reset();
-    m_helper.reset();
-    m_defaults->userDefaults().clear();
-    m_defaults.reset();
-}
-
-void TestSNGlobalHotKeys::identifiersStayUnsetWhileNothingIsRegistered()
-{
-    m_defaults->setHotKeyEnabled(false);
-    m_hotKeys->updateHotkeys();
-    QCOMPARE(m_hotKeys->hotKeyID(), -1);
-    QCOMPARE(m_hotKeys->noteHotKeyID(), -1);
-
-    m_defaults->setHotKeyEnabled(true);
-    m_defaults->setHotKeyCombo(QWKeyCombo {});
-    m_defaults->setNoteHotKeyCombo(QWKeyCombo {});
-    m_hotKeys->updateHotkeys();
-    QCOMPARE(m_hotKeys->hotKeyID(), -1);
-    QCOMPARE(m_hotKeys->noteHotKeyID(), -1);
-    QVERIFY(m_grabber->codes.isEmpty());
-}
 
 void TestSNGlobalHotKeys::settingsReplaceTheGrabsAndPressesGoByIdentifier()
 {
-    m_hotKeys->updateHotkeys();
-    const qint64 tags = m_hotKeys->hotKeyID();
-    QCOMPARE(m_grabber->codes, (QHash<qint64, qint64> { { tags, 45 }, { tags + 1, 45 } }));
+    const auto defaults = GVUserDefaults::make<SNUserDefaults>();
+    defaults->userDefaults().clear();
+    auto owned = std::make_unique<RecordingGrabber>();
+    const RecordingGrabber &grabber = *owned;
+    QWHotKeyHelper helper(std::move(owned));
+    QStringList pressed;
+    SNGlobalHotKeys hotKeys(
+        *defaults, helper, [&] { pressed << QStringLiteral("tags"); },
+        [&] { pressed << QStringLiteral("note"); });
+    // Nothing registered, nothing to point at.
+    defaults->setHotKeyEnabled(false);
+    hotKeys.updateHotkeys();
+    QCOMPARE(hotKeys.hotKeyID(), -1);
+    QCOMPARE(hotKeys.noteHotKeyID(), -1);
 
+    defaults->setHotKeyEnabled(true);
+    hotKeys.updateHotkeys();
+    const qint64 tags = hotKeys.hotKeyID();
+    QCOMPARE(grabber.codes.values(), (QList<qint64> { 45, 45 }));
     // Turned off, both go; the identifiers stay, stale.
-    m_defaults->setHotKeyEnabled(false);
-    m_hotKeys->updateHotkeys();
-    QVERIFY(m_grabber->codes.isEmpty());
-    QCOMPARE(m_hotKeys->hotKeyID(), tags);
-
+    defaults->setHotKeyEnabled(false);
+    hotKeys.updateHotkeys();
+    QVERIFY(grabber.codes.isEmpty());
+    QCOMPARE(hotKeys.hotKeyID(), tags);
     // A new combination replaces both registrations.
-    m_defaults->setHotKeyEnabled(true);
-    m_defaults->setNoteHotKeyCombo(QWKeyCombo { QWKeyCombo::ControlKeyMask, 49 });
-    m_hotKeys->updateHotkeys();
-    QCOMPARE(m_grabber->codes,
-        (QHash<qint64, qint64> {
-            { m_hotKeys->hotKeyID(), 45 }, { m_hotKeys->noteHotKeyID(), 49 } }));
-
+    defaults->setHotKeyEnabled(true);
+    defaults->setNoteHotKeyCombo(QWKeyCombo { QWKeyCombo::ControlKeyMask, 49 });
+    hotKeys.updateHotkeys();
+    QCOMPARE(grabber.codes,
+        (QHash<qint64, qint64> { { hotKeys.hotKeyID(), 45 }, { hotKeys.noteHotKeyID(), 49 } }));
     // Every identifier other than the show-tags one means a new note, stale ones included.
-    for (const qint64 identifier : { m_hotKeys->hotKeyID(), m_hotKeys->noteHotKeyID(), tags })
-        m_grabber->press(identifier);
-    QCOMPARE(m_pressed,
+    for (const qint64 identifier : { hotKeys.hotKeyID(), hotKeys.noteHotKeyID(), tags })
+        grabber.press(identifier);
+    QCOMPARE(pressed,
         (QStringList { QStringLiteral("tags"), QStringLiteral("note"), QStringLiteral("note") }));
+
+    // Empty combinations register nothing.
+    defaults->setHotKeyCombo(QWKeyCombo {});
+    defaults->setNoteHotKeyCombo(QWKeyCombo {});
+    SNGlobalHotKeys none(*defaults, helper, {}, {});
+    none.updateHotkeys();
+    QCOMPARE(none.hotKeyID(), -1);
+    QCOMPARE(none.noteHotKeyID(), -1);
+    defaults->userDefaults().clear();
 }
 
 QTEST_GUILESS_MAIN(TestSNGlobalHotKeys)

@@ -4,7 +4,6 @@
 #include "kit/QWTextAttributes.h"
 #include "themes/SNTheme.h"
 
-#include <QFile>
 #include <QTest>
 #include <QUrl>
 
@@ -16,13 +15,10 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void filesWithTextBecomeShownNotes();
     void textBecomesANoteInItsThemeAndNothingIsRefused();
     void requestsRunInOrderAndPassOnWhatIsNotTheirs();
 
 private:
-    QString write(const QString &name, const QByteArray &bytes);
-
     std::unique_ptr<TestNotes> m_notes;
     std::shared_ptr<RecordingPresenter> m_presenter;
     std::unique_ptr<SNLaunchRequestHandler> m_handler;
@@ -55,29 +51,6 @@ void TestSNLaunchRequestHandler::cleanup()
     m_notes.reset();
 }
 
-QString TestSNLaunchRequestHandler::write(const QString &name, const QByteArray &bytes)
-{
-    const QString path = m_notes->folder.filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("Could not write %s", qUtf8Printable(path));
-    return path;
-}
-
-void TestSNLaunchRequestHandler::filesWithTextBecomeShownNotes()
-{
-    const qsizetype notes = m_notes->store.notesArray().size();
-    m_handler->applicationOpenFiles({ write(QStringLiteral("empty.rtf"), "{\\rtf1\\ansi }"),
-        write(QStringLiteral("picture.png"), QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)),
-        m_notes->folder.filePath(QStringLiteral("missing.rtf")),
-        write(QStringLiteral("letter.rtf"), "{\\rtf1\\ansi Dear {\\b Anna}}") });
-    QCOMPARE(m_notes->store.notesArray().size(), notes + 1);
-    const std::shared_ptr<SNStickyNote> note = m_notes->store.notesArray().constLast();
-    QCOMPARE(textOf(note), QStringLiteral("Dear Anna"));
-    QVERIFY(note->attributedString()->attributesAtIndex(5).isBold());
-    QVERIFY(m_notes->windows.controllerForNote(note.get())->window()->isVisible());
-}
-
 void TestSNLaunchRequestHandler::textBecomesANoteInItsThemeAndNothingIsRefused()
 {
     const qsizetype notes = m_notes->store.notesArray().size();
@@ -100,9 +73,16 @@ void TestSNLaunchRequestHandler::textBecomesANoteInItsThemeAndNothingIsRefused()
 void TestSNLaunchRequestHandler::requestsRunInOrderAndPassOnWhatIsNotTheirs()
 {
     const qsizetype notes = m_notes->store.notesArray().size();
+    const auto file = [this](const char *name, const QByteArray &bytes) {
+        return QUrl::fromLocalFile(
+            writeFile(m_notes->folder.filePath(QString::fromLatin1(name)), bytes))
+            .toString();
+    };
     SNLaunchRequest request;
-    request.uris = { QStringLiteral("vellumo://lal"),
-        QUrl::fromLocalFile(write(QStringLiteral("a.txt"), "from a file")).toString() };
+    // Files without text are passed over.
+    request.uris = { QStringLiteral("vellumo://lal"), file("empty.rtf", "{\\rtf1\\ansi }"),
+        file("picture.png", QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)),
+        file("letter.rtf", "{\\rtf1\\ansi Dear {\\b Anna}}") };
     request.actions = { SNLaunchRequest::showAllNotesAction(), SNLaunchRequest::newNoteAction(),
         SNLaunchRequest::noteFromSelectionAction(), SNLaunchRequest::toggleTagsAction(),
         SNLaunchRequest::quitAction() };
@@ -111,8 +91,12 @@ void TestSNLaunchRequestHandler::requestsRunInOrderAndPassOnWhatIsNotTheirs()
     QCOMPARE(m_passedOn,
         (QStringList { QStringLiteral("vellumo://lal"), QStringLiteral("show"),
             QStringLiteral("new"), QStringLiteral("tags"), QStringLiteral("quit") }));
-    QCOMPARE(m_notes->store.notesArray().size(), notes + 2);
-    QCOMPARE(textOf(m_notes->store.notesArray().constLast()), QStringLiteral("from a pipe"));
+    const QList<std::shared_ptr<SNStickyNote>> added = m_notes->store.notesArray().mid(notes);
+    QCOMPARE(added.size(), 2);
+    QCOMPARE(textOf(added.at(0)), QStringLiteral("Dear Anna"));
+    QVERIFY(added.at(0)->attributedString()->attributesAtIndex(5).isBold());
+    QCOMPARE(textOf(added.at(1)), QStringLiteral("from a pipe"));
+    QCOMPARE(m_notes->visibleCount(), 2);
 
     // Empty input is no text; an unknown action is an error; nothing at all shows the notes.
     m_passedOn.clear();
