@@ -1,54 +1,40 @@
 #include "app/AppDelegate.h"
 
-#include "app/MTStatusItem.h"
 #include "app/QWApplicationsMenuEntry.h"
 #include "app/QWHotKeyHelper.h"
 #include "app/QWWelcomeWindowController.h"
-#include "app/QWWorkspace.h"
 #include "app/SNApplicationMenu.h"
+#include "app/SNDatabaseExporter.h"
+#include "app/SNDesktopPresence.h"
+#include "app/SNGlobalHotKeys.h"
 #include "app/SNHelpWindowController.h"
-#include "app/SNLaunchRequest.h"
 #include "app/SNNoteArrangement.h"
-#include "app/SNNoteFileReader.h"
+#include "app/SNNotesMenuDelegate.h"
 #include "kit/QWDebouncer.h"
-#include "kit/QWTextAttributes.h"
 #include "kit/widgets/QWWindowManager.h"
-#include "kit/widgets/QWX11WindowState.h"
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNNoteWindowSet.h"
 #include "notewindow/SNStickyNoteWindowController.h"
-#include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "secret/QWSuperSecret.h"
 #include "settings/SNApplicationInfo.h"
 #include "settings/SNUserDefaults.h"
 #include "tagbrowser/SNTagManagerWindowController.h"
-#include "themes/SNTheme.h"
 #include "themes/SNThemeManager.h"
 #include "ui_AppDelegate.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QDesktopServices>
-#include <QEvent>
 #include <QFile>
-#include <QFileDialog>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QMessageBox>
-#include <QSessionManager>
-#include <QStandardPaths>
-#include <QSystemTrayIcon>
 #include <QTimer>
 #include <QUrl>
-#include <QWindow>
-
-#include <algorithm>
 
 namespace {
 
-constexpr double dockIconActivationDelay = 0.1;
 constexpr double preferencesReleaseDelay = 0.2;
 
 const QString desktopEntryResource = QStringLiteral(":/Vellumo/org.vellumo.Vellumo.desktop");
@@ -60,28 +46,7 @@ QByteArray resourceBytes(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QDateTime creationDateOf(const SNStickyNoteWindowController *controller)
-{
-    const std::shared_ptr<SNStickyNote> &note = controller->note();
-    return note ? note->dateCreated().value_or(QDateTime()) : QDateTime();
-}
-
 } // namespace
-
-QString AppDelegate::exportFailedMessage()
-{
-    return tr("Could not export the database");
-}
-
-QString AppDelegate::exportFailedInformativeText()
-{
-    return tr("An error occured when trying to export the database.\nPlease try again.");
-}
-
-QString AppDelegate::noteFromServiceErrorText()
-{
-    return tr("Could not create a note with text");
-}
 
 QString AppDelegate::loginLaunchHost()
 {
@@ -98,17 +63,13 @@ AppDelegate::AppDelegate(QObject *parent) : AppDelegate(Services(), parent) { }
 AppDelegate::AppDelegate(const Services &services, QObject *parent)
     : QObject(parent),
       m_services(services),
+      m_noteWindows(std::make_unique<SNNoteWindowSet>(noteManager(), windowManager())),
       m_statusItemMenu(std::make_unique<QMenu>()),
       m_ui(std::make_unique<Ui::AppDelegate>()),
       m_welcome(std::make_unique<QWWelcomeWindowController>(defaults().userDefaults()))
 {
     if (!m_services.presenter)
         m_services.presenter = SNModalPresenter::defaultPresenter();
-    m_activationTimer = std::make_unique<QWDebouncer>(dockIconActivationDelay, [this] {
-        SNStickyNoteWindowController *key = noteWindows().keyController();
-        if (key && key->window()->isVisible())
-            key->window()->activateWindow();
-    });
     m_preferencesReleaseTimer = std::make_unique<QWDebouncer>(preferencesReleaseDelay, [this] {
         // Opened again meanwhile: the window stays.
         if (m_preferencesWindowController && !m_preferencesWindowController->window()->isVisible())
@@ -119,8 +80,9 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
     m_arrangement
         = std::make_unique<SNNoteArrangement>([this] { return noteWindows().controllers(); },
             m_ui->arrangeNotesItem, m_ui->putNotesBackItem);
-    m_applicationMenu = std::make_unique<SNApplicationMenu>(
-        *m_statusItemMenu, *m_ui->notesMenu, [this](QMenu *menu) { menuNeedsUpdate(menu); });
+    connectParts();
+    m_applicationMenu = std::make_unique<SNApplicationMenu>(*m_statusItemMenu, *m_ui->notesMenu,
+        [this](QMenu *menu) { m_notesMenuDelegate->menuNeedsUpdate(menu); });
 
     connect(
         qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
@@ -129,12 +91,6 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
             else
                 applicationDidResignActive();
         });
-    // Qt closes every window before it quits, and closing a note window deletes its note
-    // unless the note knows the program is ending: it must know first, whoever asked to quit.
-    qApp->installEventFilter(this);
-    // Also when the event loop is ended without a quit request.
-    connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::applicationWillTerminate);
-
     windowManager().setWindowPreparation(
         [self = QPointer<AppDelegate>(this)](QWWindowController *controller) {
             if (self)
@@ -162,13 +118,6 @@ QWWindowManager &AppDelegate::windowManager() const
     return m_services.windowManager ? *m_services.windowManager : QWWindowManager::sharedManager();
 }
 
-SNNoteWindowSet &AppDelegate::noteWindows() const
-{
-    if (!m_noteWindows)
-        m_noteWindows = std::make_unique<SNNoteWindowSet>(noteManager(), windowManager());
-    return *m_noteWindows;
-}
-
 QWHotKeyHelper &AppDelegate::hotKeyHelper() const
 {
     return m_services.hotKeyHelper ? *m_services.hotKeyHelper : QWHotKeyHelper::sharedHelper();
@@ -189,13 +138,13 @@ void AppDelegate::connectMenuItems()
     connect(
         m_ui->newNoteItem, &QAction::triggered, this, [this] { newDocument(m_ui->newNoteItem); });
     connect(m_ui->noteFromSelectionItem, &QAction::triggered, this,
-        [this] { noteFromSelection(m_ui->noteFromSelectionItem); });
+        [this] { m_launchRequests->noteFromSelection(m_ui->noteFromSelectionItem); });
     connect(m_ui->showAllNotesItem, &QAction::triggered, this,
         [this] { applicationShouldHandleReopenHasVisibleWindows(false); });
     connect(m_ui->hideAllNotesItem, &QAction::triggered, this, &AppDelegate::hideAllNotes);
     connect(m_ui->showTagsItem, &QAction::triggered, this, &AppDelegate::showTagManagerIfNeeded);
     connect(m_ui->exportDatabaseItem, &QAction::triggered, this,
-        [this] { exportDatabase(m_ui->exportDatabaseItem); });
+        [this] { m_exporter->exportDatabase(m_ui->exportDatabaseItem); });
     connect(m_ui->preferencesItem, &QAction::triggered, this,
         [this] { openPreferences(m_ui->preferencesItem); });
     connect(m_ui->aboutItem, &QAction::triggered, this, [this] { openAbout(m_ui->aboutItem); });
@@ -204,6 +153,36 @@ void AppDelegate::connectMenuItems()
         [this] { checkForUpdates(m_ui->checkForUpdatesItem); });
     connect(m_ui->feedbackItem, &QAction::triggered, this, [this] { rateApp(m_ui->feedbackItem); });
     connect(m_ui->quitItem, &QAction::triggered, this, [this] { quitApp(m_ui->quitItem); });
+}
+
+void AppDelegate::connectParts()
+{
+    m_termination = std::make_unique<SNApplicationTermination>(noteWindows(), noteManager());
+    connect(m_termination.get(), &SNApplicationTermination::terminatingDidChange, this,
+        [this](bool terminating) {
+            if (m_preferencesWindowController)
+                m_preferencesWindowController->setTerminating(terminating);
+        });
+    m_presence = std::make_unique<SNDesktopPresence>(
+        defaults(), noteWindows(), m_statusItemMenu.get(), this);
+    m_exporter = std::make_unique<SNDatabaseExporter>(noteManager(), m_services.presenter);
+    m_notesMenuDelegate = std::make_unique<SNNotesMenuDelegate>(noteWindows(), windowManager());
+    m_hotKeys = std::make_unique<SNGlobalHotKeys>(
+        defaults(), hotKeyHelper(), [this] { showTagManagerIfNeeded(); },
+        [this] { newDocument(nullptr); });
+
+    m_launchRequests
+        = std::make_unique<SNLaunchRequestHandler>(noteWindows(), m_services.presenter);
+    SNLaunchRequestHandler *requests = m_launchRequests.get();
+    connect(requests, &SNLaunchRequestHandler::openURLRequested, this,
+        &AppDelegate::handleOpenURLWithReplyEvent);
+    connect(requests, &SNLaunchRequestHandler::showAllNotesRequested, this,
+        [this] { applicationShouldHandleReopenHasVisibleWindows(false); });
+    connect(requests, &SNLaunchRequestHandler::newNoteRequested, this,
+        [this] { newDocument(nullptr); });
+    connect(requests, &SNLaunchRequestHandler::toggleTagsRequested, this,
+        &AppDelegate::showTagManagerIfNeeded);
+    connect(requests, &SNLaunchRequestHandler::quitRequested, this, [this] { quitApp(nullptr); });
 }
 
 // Launch and lifecycle
@@ -235,11 +214,10 @@ void AppDelegate::applicationWillFinishLaunching()
 void AppDelegate::applicationDidFinishLaunching()
 {
     QWSuperSecret::shhhhhh();
-    m_hotKeyID = -1;
-    m_noteHotKeyID = -1;
-    updateHotkeys();
+    m_hotKeys->updateHotkeys();
 
-    connect(notesMenu(), &QMenu::aboutToShow, this, [this] { menuNeedsUpdate(notesMenu()); });
+    connect(notesMenu(), &QMenu::aboutToShow, this,
+        [this] { m_notesMenuDelegate->menuNeedsUpdate(notesMenu()); });
 
     SNThemeManager::sharedManager().load();
 
@@ -247,11 +225,7 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(
         &defaults(), &GVUserDefaults::didChangeValueForKey, this, &AppDelegate::settingDidChange);
 
-    toggleDockIconVisible();
-    if (!defaults().showMenuIcon() && !defaults().showIconInDock())
-        defaults().setShowMenuIcon(true);
-    makeStatusItemIfNeeded();
-    toggleMenuBarIconVisible();
+    m_presence->applicationDidFinishLaunching();
 
     m_welcome->setShowsRunAtLoginButton(true);
     m_welcome->setRunsAtLogin(defaults().startAtLogin());
@@ -288,77 +262,14 @@ void AppDelegate::subscribeToNotifications()
 void AppDelegate::settingDidChange(const QString &key)
 {
     if (key == SNUserDefaults::showIconInDockKey())
-        toggleDockIconVisible();
+        m_presence->toggleDockIconVisible();
     else if (key == SNUserDefaults::showMenuIconKey())
-        toggleMenuBarIconVisible();
+        m_presence->toggleMenuBarIconVisible();
     else if (key == SNUserDefaults::startAtLoginKey())
         m_welcome->setRunsAtLogin(defaults().startAtLogin());
     else if (key == SNUserDefaults::hotKeyComboKey() || key == SNUserDefaults::noteHotKeyComboKey()
         || key == SNUserDefaults::hotKeyEnabledKey())
-        updateHotkeys();
-}
-
-bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::Quit && watched == qApp) {
-        if (!applicationShouldTerminate()) {
-            event->ignore();
-            return true;
-        }
-        applicationWillTerminate();
-    }
-    return QObject::eventFilter(watched, event);
-}
-
-bool AppDelegate::applicationShouldTerminate()
-{
-    // Any window may refuse to close and so cancel the quit (the preferences do while a theme
-    // has no name). The notes are told the program ends only once every other window has
-    // closed: told too early, the notes Qt closes before a refusal would vanish undeleted and
-    // the others could no longer be deleted.
-    m_isTerminating = true;
-    if (m_preferencesWindowController)
-        m_preferencesWindowController->setTerminating(true);
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
-        if (window->isVisible() && window->windowType() != Qt::Popup
-            && !qobject_cast<SNStickyWindow *>(window) && !window->close()) {
-            m_isTerminating = false;
-            if (m_preferencesWindowController)
-                m_preferencesWindowController->setTerminating(false);
-            return false;
-        }
-    }
-    return true;
-}
-
-void AppDelegate::applicationWillTerminate()
-{
-    // A quit request and the end of the event loop both lead here: the archive is written once.
-    if (m_didTerminate)
-        return;
-    m_didTerminate = true;
-    m_isTerminating = true;
-    if (m_preferencesWindowController)
-        m_preferencesWindowController->setTerminating(true);
-    noteWindows().flushEveryNote(true);
-    noteManager().save();
-    noteManager().waitForBackgroundSaves();
-}
-
-void AppDelegate::applicationMustTerminate()
-{
-    applicationWillTerminate();
-    // Ends every event loop, a dialog's too; the windows are not asked to close.
-    QCoreApplication::exit(0);
-}
-
-void AppDelegate::commitDataRequest(QSessionManager &)
-{
-    // Not terminating yet: the user may cancel the logout and go on closing notes.
-    noteWindows().flushEveryNote(false);
-    noteManager().save();
-    noteManager().waitForBackgroundSaves();
+        m_hotKeys->updateHotkeys();
 }
 
 void AppDelegate::applicationDidBecomeActive()
@@ -374,8 +285,7 @@ void AppDelegate::applicationDidResignActive()
 void AppDelegate::setIsActive(bool active)
 {
     m_isActive = active;
-    if (m_statusItem)
-        m_statusItem->setActive(active);
+    m_presence->setActive(active);
 }
 
 bool AppDelegate::applicationShouldHandleReopenHasVisibleWindows(bool)
@@ -403,9 +313,7 @@ void AppDelegate::prepareNoteWindow(QWWindowController *controller)
     QWidget *window = controller->window();
     if (!window)
         return;
-    const bool skipsTaskbar = !showsNotesInTaskbar();
-    if (QWX11WindowState::skipsTaskbar(window) != skipsTaskbar)
-        QWX11WindowState::setSkipsTaskbar(window, skipsTaskbar);
+    m_presence->applyTaskbarPresenceToWindow(window);
     // Ctrl+N makes a new note from any note.
     window->addAction(m_ui->newNoteItem);
     if (auto *note = qobject_cast<SNStickyNoteWindowController *>(controller))
@@ -448,99 +356,10 @@ void AppDelegate::newDocument(QObject *)
     noteWindows().openNote(SNStickyNote::note(), shouldShowNotes());
 }
 
-void AppDelegate::applicationOpenFiles(const QStringList &paths)
-{
-    for (const QString &path : paths) {
-        const std::optional<QWAttributedString> text
-            = SNNoteFileReader::attributedStringWithContentsOfPath(path);
-        if (!text || text->length() == 0)
-            continue;
-        const std::shared_ptr<SNStickyNote> note = SNStickyNote::note();
-        note->setAttributedString(*text);
-        noteWindows().openNote(note, true);
-    }
-}
-
-void AppDelegate::noteFromServiceUserDataError(
-    const QString &pasteboardText, const QString &, QString *error)
-{
-    if (pasteboardText.isEmpty()) {
-        if (error)
-            *error = noteFromServiceErrorText();
-        return;
-    }
-    const std::shared_ptr<SNStickyNote> note = SNStickyNote::note();
-    QWTextAttributes attributes;
-    if (const std::shared_ptr<SNTheme> theme = note->theme()) {
-        attributes.setForegroundColor(theme->defaultFontColor());
-        attributes.setFont(theme->defaultFont());
-    }
-    note->setAttributedString(QWAttributedString(pasteboardText, attributes));
-    noteWindows().openNote(note, true);
-}
-
-QString AppDelegate::selectedText() const
-{
-    QClipboard *clipboard = QGuiApplication::clipboard();
-    if (clipboard->supportsSelection()) {
-        const QString selection = clipboard->text(QClipboard::Selection);
-        if (!selection.isEmpty())
-            return selection;
-    }
-    return clipboard->text(QClipboard::Clipboard);
-}
-
-void AppDelegate::noteFromSelection(QObject *)
-{
-    QString error;
-    noteFromServiceUserDataError(selectedText(), QString(), &error);
-    if (error.isEmpty())
-        return;
-    QMessageBox alert(QMessageBox::Warning, QCoreApplication::applicationName(), error);
-    m_services.presenter->runAlert(alert);
-}
-
 void AppDelegate::handleOpenURLWithReplyEvent(const QString &url)
 {
     if (QUrl(url).host() == loginLaunchHost())
         m_launchedFromStartup = true;
-}
-
-QString AppDelegate::handleLaunchRequest(const SNLaunchRequest &request)
-{
-    if (request.isEmpty()) {
-        applicationShouldHandleReopenHasVisibleWindows(false);
-        return {};
-    }
-    QStringList paths;
-    for (const QString &uri : request.uris) {
-        const QUrl url(uri);
-        if (url.scheme() == QLatin1String("vellumo"))
-            handleOpenURLWithReplyEvent(uri);
-        else if (url.isLocalFile())
-            paths.append(url.toLocalFile());
-    }
-    if (!paths.isEmpty())
-        applicationOpenFiles(paths);
-
-    QString error;
-    for (const QString &action : request.actions) {
-        if (action == SNLaunchRequest::newNoteAction()) {
-            newDocument(nullptr);
-        } else if (action == SNLaunchRequest::showAllNotesAction()) {
-            applicationShouldHandleReopenHasVisibleWindows(false);
-        } else if (action == SNLaunchRequest::toggleTagsAction()) {
-            showTagManagerIfNeeded();
-        } else if (action == SNLaunchRequest::noteFromSelectionAction()) {
-            noteFromServiceUserDataError(
-                request.selectionText.value_or(selectedText()), QString(), &error);
-        } else if (action == SNLaunchRequest::quitAction()) {
-            quitApp(nullptr);
-        } else {
-            error = tr("Vellumo has no action \"%1\".").arg(action);
-        }
-    }
-    return error;
 }
 
 // Commands
@@ -576,30 +395,6 @@ void AppDelegate::toggleStrikethrough(QObject *)
             return;
         }
     }
-}
-
-void AppDelegate::exportDatabase(QObject *)
-{
-    QFileDialog panel(nullptr, tr("Export All Notes"));
-    panel.setAcceptMode(QFileDialog::AcceptSave);
-    panel.setFileMode(QFileDialog::AnyFile);
-    panel.setLabelText(QFileDialog::Accept, tr("Choose"));
-    panel.setNameFilter(tr("Notes archive (*.db)"));
-    panel.setDefaultSuffix(QStringLiteral("db"));
-    panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    panel.selectFile(SNStickyNoteManager::databaseFileName);
-
-    const QString path = m_services.presenter->runSavePanel(panel);
-    if (path.isEmpty())
-        return;
-    if (noteManager().exportDatabaseToPath(path)) {
-        QWWorkspace::selectFileInFileViewerRootedAtPath(path, QString());
-        return;
-    }
-    QMessageBox alert(QMessageBox::Warning, QCoreApplication::applicationName(),
-        exportFailedMessage(), QMessageBox::Ok);
-    alert.setInformativeText(exportFailedInformativeText());
-    m_services.presenter->runAlert(alert);
 }
 
 void AppDelegate::openAbout(QObject *)
@@ -666,17 +461,6 @@ void AppDelegate::quitApp(QObject *)
     QCoreApplication::quit();
 }
 
-void AppDelegate::showWindowControllerFromMenuItem(QAction *sender)
-{
-    if (!sender)
-        return;
-    // The item may outlive its note's window: only a controller still managed is used.
-    auto *represented
-        = qobject_cast<SNStickyNoteWindowController *>(sender->data().value<QObject *>());
-    if (represented && noteWindows().contains(represented))
-        windowManager().showWindow(represented->window());
-}
-
 // Tray icon and menus
 
 bool AppDelegate::menuShouldShow()
@@ -691,28 +475,6 @@ void AppDelegate::menuIconWasClicked()
         applicationShouldHandleReopenHasVisibleWindows(false);
     } else {
         hideApplication();
-    }
-}
-
-void AppDelegate::menuNeedsUpdate(QMenu *menu)
-{
-    menu->clear();
-    generateNotesInMenu(menu);
-}
-
-void AppDelegate::generateNotesInMenu(QMenu *menu)
-{
-    QList<SNStickyNoteWindowController *> controllers = noteWindows().controllers();
-    // Newest first.
-    std::stable_sort(controllers.begin(), controllers.end(),
-        [](const SNStickyNoteWindowController *first, const SNStickyNoteWindowController *second) {
-            return creationDateOf(second) < creationDateOf(first);
-        });
-    for (SNStickyNoteWindowController *controller : std::as_const(controllers)) {
-        QAction *item = menu->addAction(controller->window()->windowTitle());
-        item->setData(QVariant::fromValue<QObject *>(controller));
-        connect(item, &QAction::triggered, this,
-            [this, item] { showWindowControllerFromMenuItem(item); });
     }
 }
 
@@ -748,94 +510,6 @@ void AppDelegate::tagManagerWindowDidClose()
     m_tagManagerWindowController.release()->deleteLater();
 }
 
-void AppDelegate::updateHotkeys()
-{
-    QWHotKeyHelper &helper = hotKeyHelper();
-    // The identifiers keep their values: unregistering a stale one later does nothing.
-    if (m_hotKeyID != -1)
-        helper.unregisterHotkeyWithID(m_hotKeyID);
-    if (m_noteHotKeyID != -1)
-        helper.unregisterHotkeyWithID(m_noteHotKeyID);
-    if (!defaults().hotKeyEnabled())
-        return;
-    if (!helper.pressedBlock()) {
-        helper.setPressedBlock([controller = QPointer<AppDelegate>(this)](qint64 identifier) {
-            if (controller)
-                controller->hotKeyWasPressed(identifier);
-        });
-    }
-    m_hotKeyID = helper.registerHotKey(defaults().hotKeyCombo());
-    m_noteHotKeyID = helper.registerHotKey(defaults().noteHotKeyCombo());
-}
-
-void AppDelegate::hotKeyWasPressed(qint64 identifier)
-{
-    if (identifier == m_hotKeyID)
-        showTagManagerIfNeeded();
-    else
-        newDocument(nullptr);
-}
-
-void AppDelegate::toggleMenuBarIconVisible()
-{
-    if (defaults().showMenuIcon())
-        makeStatusItemIfNeeded();
-    else
-        removeStatusItemIfNeeded();
-    // Without the tray icon the taskbar is the way back to the notes.
-    applyTaskbarPresence();
-}
-
-void AppDelegate::makeStatusItemIfNeeded()
-{
-    if (!defaults().showMenuIcon())
-        return;
-    if (m_statusItem) {
-        m_statusItem->makeStatusItem();
-        return;
-    }
-    m_statusItem = new MTStatusItem(this);
-    m_statusItem->setContextMenu(m_statusItemMenu.get());
-    m_statusItem->setDelegate(this);
-    m_statusItem->setActive(m_isActive);
-}
-
-void AppDelegate::removeStatusItemIfNeeded()
-{
-    if (m_statusItem && !defaults().showMenuIcon())
-        m_statusItem->destroy();
-}
-
-void AppDelegate::toggleDockIconVisible()
-{
-    setDockIconVisible(defaults().showIconInDock());
-}
-
-bool AppDelegate::showsNotesInTaskbar() const
-{
-    return defaults().showIconInDock() || !defaults().showMenuIcon()
-        || !QSystemTrayIcon::isSystemTrayAvailable();
-}
-
-void AppDelegate::applyTaskbarPresence()
-{
-    const bool skipsTaskbar = !showsNotesInTaskbar();
-    for (SNStickyNoteWindowController *controller : noteWindows().controllers()) {
-        if (controller->isWindowLoaded()
-            && QWX11WindowState::skipsTaskbar(controller->window()) != skipsTaskbar)
-            QWX11WindowState::setSkipsTaskbar(controller->window(), skipsTaskbar);
-    }
-}
-
-void AppDelegate::setDockIconVisible(bool visible)
-{
-    applyTaskbarPresence();
-    if (visible)
-        return;
-    // Leaving the taskbar can cost a window the focus; give it back to the note in use.
-    m_activationTimer->restart();
-}
-
 // The welcome window
 
 void AppDelegate::welcomeWindowDidOpen()
@@ -846,7 +520,7 @@ void AppDelegate::welcomeWindowDidOpen()
 void AppDelegate::welcomeWindowDidClose()
 {
     // Closed because the program is quitting: no notes to show any more.
-    if (m_isTerminating)
+    if (m_termination->isTerminating())
         return;
     showAllNotes();
 }

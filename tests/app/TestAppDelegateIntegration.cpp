@@ -1,16 +1,14 @@
 #include "app/QWX11HotKeyGrabber.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "notewindow/SNWindowFrameString.h"
 #include "settings/SNApplicationInfo.h"
 #include "support/QWProgramDriver.h"
 
-#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRect>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -21,22 +19,14 @@ using namespace QWProgramDriver;
 
 namespace {
 
-QList<QRect> windowGeometries(qint64 pid)
+QRect frameOf(const std::shared_ptr<SNStickyNote> &note)
 {
-    QList<QRect> geometries;
-    for (const QString &window : visibleWindows(pid))
-        geometries.append(windowGeometry(window));
-    return geometries;
+    return SNWindowFrameString::rectFromString(note->windowFrame()).value_or(QRect());
 }
 
-// "{{x, y}, {width, height}}"
-QRect frameFromString(const QString &frame)
+void key(const char *keys)
 {
-    QList<int> numbers;
-    for (const QString &part :
-        QString(frame).remove(QLatin1Char('{')).remove(QLatin1Char('}')).split(QLatin1Char(',')))
-        numbers.append(part.trimmed().toInt());
-    return numbers.size() == 4 ? QRect(numbers[0], numbers[1], numbers[2], numbers[3]) : QRect();
+    xdotool({ QStringLiteral("key"), QString::fromLatin1(keys) });
 }
 
 bool isNameOwned()
@@ -175,21 +165,21 @@ void TestAppDelegateIntegration::hotKeysAreGrabbedAndTheNewNoteKeyMakesANote()
 
     const qint64 pid = m_primary->processId();
     const qsizetype before = visibleWindows(pid).size();
-    run(QStringLiteral("xdotool"), { QStringLiteral("key"), QStringLiteral("ctrl+alt+super+n") });
+    key("ctrl+alt+super+n");
     QTRY_VERIFY(visibleWindows(pid).size() > before);
     const qsizetype oneNote = visibleWindows(pid).size() - before;
 
     // Events arrive in order: once the next note is there, the show-tags key was handled, and
     // it made no note.
-    run(QStringLiteral("xdotool"), { QStringLiteral("key"), QStringLiteral("ctrl+shift+n") });
-    run(QStringLiteral("xdotool"), { QStringLiteral("key"), QStringLiteral("ctrl+alt+super+n") });
+    key("ctrl+shift+n");
+    key("ctrl+alt+super+n");
     QTRY_VERIFY(visibleWindows(pid).size() >= before + 2 * oneNote);
     QCOMPARE(visibleWindows(pid).size(), before + 2 * oneNote);
 
     // With Num Lock on, the hot key still works.
-    run(QStringLiteral("xdotool"), { QStringLiteral("key"), QStringLiteral("Num_Lock") });
-    run(QStringLiteral("xdotool"), { QStringLiteral("key"), QStringLiteral("ctrl+alt+super+n") });
-    run(QStringLiteral("xdotool"), { QStringLiteral("key"), QStringLiteral("Num_Lock") });
+    key("Num_Lock");
+    key("ctrl+alt+super+n");
+    key("Num_Lock");
     QTRY_COMPARE(visibleWindows(pid).size(), before + 3 * oneNote);
 
     QCOMPARE(runSecond({ QStringLiteral("--quit") }), 0);
@@ -262,31 +252,27 @@ void TestAppDelegateIntegration::quitSavesEveryNoteAndARestartRestoresTheirFrame
     QVERIFY(initial.size() > 1);
 
     // Move the first note's window, as a user would.
-    const QRect firstFrame = frameFromString(initial.constFirst()->windowFrame());
-    QString firstWindow;
-    QTRY_VERIFY(windowGeometries(pid).contains(firstFrame));
-    for (const QString &window : visibleWindows(pid)) {
-        if (windowGeometry(window) == firstFrame)
-            firstWindow = window;
-    }
+    const QRect firstFrame = frameOf(initial.constFirst());
+    QTRY_VERIFY(visibleGeometries(pid).contains(firstFrame));
+    const QStringList windows = visibleWindows(pid);
+    const QString firstWindow = *std::find_if(windows.cbegin(), windows.cend(),
+        [&](const QString &window) { return windowGeometry(window) == firstFrame; });
     const QRect moved(QPoint(520, 410), firstFrame.size());
-    run(QStringLiteral("xdotool"),
-        { QStringLiteral("windowmove"), firstWindow, QString::number(moved.x()),
-            QString::number(moved.y()) });
+    xdotool({ QStringLiteral("windowmove"), firstWindow, QString::number(moved.x()),
+        QString::number(moved.y()) });
     QTRY_COMPARE(windowGeometry(firstWindow), moved);
 
     QCOMPARE(runSecond({ QStringLiteral("--quit") }), 0);
     // The quit command returns once the program has saved everything.
     const QList<std::shared_ptr<SNStickyNote>> saved = savedNotes();
     QCOMPARE(saved.size(), initial.size());
-    QCOMPARE(frameFromString(saved.constFirst()->windowFrame()), moved);
+    QCOMPARE(frameOf(saved.constFirst()), moved);
     QVERIFY(m_primary->waitForFinished());
     QCOMPARE(m_primary->exitCode(), 0);
 
     start();
     for (const auto &note : saved) {
-        const QRect frame = frameFromString(note->windowFrame());
-        QTRY_VERIFY2(windowGeometries(m_primary->processId()).contains(frame),
+        QTRY_VERIFY2(visibleGeometries(m_primary->processId()).contains(frameOf(note)),
             qPrintable(note->windowFrame()));
     }
     QCOMPARE(runSecond({ QStringLiteral("--quit") }), 0);

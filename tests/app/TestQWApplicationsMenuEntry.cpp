@@ -1,4 +1,7 @@
+#include "SNAppTestSupport.h"
 #include "app/QWApplicationsMenuEntry.h"
+#include "app/SNCommandLine.h"
+#include "app/SNLaunchRequest.h"
 #include "support/QWTestEnvironment.h"
 
 #include <QDir>
@@ -20,10 +23,12 @@ QByteArray shippedEntry()
 }
 
 // What the freedesktop reference validator says of an entry; empty when it has no complaint.
-QString validatorComplaints(const QString &path)
+QString validatorComplaints(const QByteArray &entry)
 {
+    QTemporaryDir folder;
     QProcess validator;
-    validator.start(QStringLiteral("desktop-file-validate"), { path });
+    validator.start(QStringLiteral("desktop-file-validate"),
+        { writeFile(folder.filePath(identifier + QStringLiteral(".desktop")), entry) });
     if (!validator.waitForStarted())
         qFatal("desktop-file-validate is not installed; ./build.sh installs it");
     validator.waitForFinished();
@@ -32,14 +37,11 @@ QString validatorComplaints(const QString &path)
     return validator.exitCode() == 0 ? output.trimmed() : QStringLiteral("failed: ") + output;
 }
 
-// A key file's value as written, looked up by group and key.
-QString desktopEntryValue(const QString &path, const QString &group, const QString &key)
+// A key's value as written in the entry, looked up by group and key.
+QString valueOf(const QByteArray &entry, const QString &group, const QString &key)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
     QString currentGroup;
-    for (const QString &line : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'))) {
+    for (const QString &line : QString::fromUtf8(entry).split(QLatin1Char('\n'))) {
         if (line.startsWith(QLatin1Char('[')) && line.endsWith(QLatin1Char(']')))
             currentGroup = line.mid(1, line.size() - 2);
         else if (currentGroup == group && line.startsWith(key + QLatin1Char('=')))
@@ -55,77 +57,50 @@ class TestQWApplicationsMenuEntry final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void shippedEntryIsValid();
-    void execLinesPointAtTheProgram();
-    void installWritesEntryAndIcon();
+    void shippedEntryIsValidAndEachActionRunsItself();
+    void installPointsTheEntryAtTheProgram();
     void buildTreesAreRecognised();
 };
 
-void TestQWApplicationsMenuEntry::shippedEntryIsValid()
+void TestQWApplicationsMenuEntry::shippedEntryIsValidAndEachActionRunsItself()
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(identifier + QStringLiteral(".desktop"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(shippedEntry());
-    file.close();
-    QCOMPARE(validatorComplaints(path), QString());
-
-    // The actions the desktop offers, each with its command.
-    QCOMPARE(desktopEntryValue(path, QStringLiteral("Desktop Entry"), QStringLiteral("Actions")),
-        QStringLiteral("new-note;show-all-notes;toggle-tags;note-from-selection;"));
-    QCOMPARE(
-        desktopEntryValue(path, QStringLiteral("Desktop Action new-note"), QStringLiteral("Name")),
-        QStringLiteral("New Note"));
-    QCOMPARE(desktopEntryValue(
-                 path, QStringLiteral("Desktop Action show-all-notes"), QStringLiteral("Name")),
-        QStringLiteral("Show All Notes"));
-    QCOMPARE(desktopEntryValue(
-                 path, QStringLiteral("Desktop Action toggle-tags"), QStringLiteral("Name")),
-        QStringLiteral("Toggle Tag Browser"));
-    QCOMPARE(desktopEntryValue(path, QStringLiteral("Desktop Action note-from-selection"),
-                 QStringLiteral("Exec")),
-        QStringLiteral("vellumo --note-from-selection"));
-    QVERIFY(desktopEntryValue(path, QStringLiteral("Desktop Entry"), QStringLiteral("MimeType"))
+    const QByteArray entry = shippedEntry();
+    QCOMPARE(validatorComplaints(entry), QString());
+    QVERIFY(valueOf(entry, QStringLiteral("Desktop Entry"), QStringLiteral("MimeType"))
                 .contains(QStringLiteral("text/rtf;")));
+    // The desktop offers every action but quit, each through the command line.
+    const QStringList actions
+        = valueOf(entry, QStringLiteral("Desktop Entry"), QStringLiteral("Actions"))
+              .split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    QCOMPARE(actions.size(), SNLaunchRequest::actionNames().size() - 1);
+    for (const QString &action : actions) {
+        const QString exec
+            = valueOf(entry, QStringLiteral("Desktop Action ") + action, QStringLiteral("Exec"));
+        SNCommandLine commandLine;
+        QVERIFY2(commandLine.parse(QProcess::splitCommand(exec)), qPrintable(exec));
+        QCOMPARE(commandLine.request(QStringLiteral("/"), {}).actions, QStringList { action });
+    }
 }
 
-void TestQWApplicationsMenuEntry::execLinesPointAtTheProgram()
+void TestQWApplicationsMenuEntry::installPointsTheEntryAtTheProgram()
 {
-    const QByteArray entry = QWApplicationsMenuEntry::entryForProgram(
-        shippedEntry(), QStringLiteral("/home/anna/my builds/100%/vellumo"));
+    QWTestEnvironment environment;
+    QVERIFY(!QWApplicationsMenuEntry::isInstalled(identifier));
+    const QByteArray icon("<svg xmlns=\"http://www.w3.org/2000/svg\"/>");
+    const QString program = QStringLiteral("/home/anna/my builds/100%/vellumo");
+    QVERIFY(QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
+    QVERIFY(QWApplicationsMenuEntry::isInstalled(identifier));
+    QFile written(QWApplicationsMenuEntry::desktopEntryPath(identifier));
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    const QByteArray entry = written.readAll();
+    QCOMPARE(validatorComplaints(entry), QString());
+    // Every Exec line, the actions' too, quoted and escaped; everything else as shipped.
     const QList<QByteArray> lines = entry.split('\n');
     QVERIFY(lines.contains("TryExec=/home/anna/my builds/100%/vellumo"));
     QVERIFY(lines.contains("Exec=\"/home/anna/my builds/100%%/vellumo\" %U"));
     QVERIFY(lines.contains("Exec=\"/home/anna/my builds/100%%/vellumo\" --new-note"));
     QVERIFY(!entry.contains("Exec=vellumo"));
-    // Everything else stays as shipped.
     QCOMPARE(entry.count('\n'), shippedEntry().count('\n'));
-    QVERIFY(lines.contains("Name=Toggle Tag Browser"));
-
-    QTemporaryDir folder;
-    const QString path = folder.filePath(identifier + QStringLiteral(".desktop"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(entry);
-    file.close();
-    QCOMPARE(validatorComplaints(path), QString());
-}
-
-void TestQWApplicationsMenuEntry::installWritesEntryAndIcon()
-{
-    QWTestEnvironment environment;
-    QVERIFY(!QWApplicationsMenuEntry::isInstalled(identifier));
-    QVERIFY(QWApplicationsMenuEntry::desktopEntryPath(identifier)
-                .startsWith(environment.dataHome() + QStringLiteral("/applications/")));
-
-    const QByteArray icon("<svg xmlns=\"http://www.w3.org/2000/svg\"/>");
-    QVERIFY(QWApplicationsMenuEntry::install(
-        identifier, shippedEntry(), icon, QStringLiteral("/opt/build/src/vellumo")));
-    QVERIFY(QWApplicationsMenuEntry::isInstalled(identifier));
-    QFile written(QWApplicationsMenuEntry::desktopEntryPath(identifier));
-    QVERIFY(written.open(QIODevice::ReadOnly));
-    QVERIFY(written.readAll().contains("\nExec=/opt/build/src/vellumo %U\n"));
     QFile writtenIcon(environment.dataHome()
         + QStringLiteral("/icons/hicolor/scalable/apps/org.vellumo.Vellumo.svg"));
     QVERIFY(writtenIcon.open(QIODevice::ReadOnly));
@@ -136,17 +111,16 @@ void TestQWApplicationsMenuEntry::installWritesEntryAndIcon()
     QFile blocker(environment.dataHome());
     QVERIFY(blocker.open(QIODevice::WriteOnly));
     blocker.close();
-    QVERIFY(!QWApplicationsMenuEntry::install(
-        identifier, shippedEntry(), icon, QStringLiteral("/opt/build/src/vellumo")));
+    QVERIFY(!QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
 }
 
 void TestQWApplicationsMenuEntry::buildTreesAreRecognised()
 {
     QTemporaryDir tree;
     QDir(tree.path()).mkpath(QStringLiteral("src"));
+    QDir(tree.path()).mkpath(QStringLiteral("a/b"));
     const QString program = tree.filePath(QStringLiteral("src/vellumo"));
     QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(program));
-
     QFile cache(tree.filePath(QStringLiteral("CMakeCache.txt")));
     QVERIFY(cache.open(QIODevice::WriteOnly));
     cache.close();
@@ -154,7 +128,6 @@ void TestQWApplicationsMenuEntry::buildTreesAreRecognised()
     QVERIFY(
         QWApplicationsMenuEntry::isRunningFromBuildTree(tree.filePath(QStringLiteral("vellumo"))));
     // Too far up to be this program's build.
-    QDir(tree.path()).mkpath(QStringLiteral("a/b"));
     QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(
         tree.filePath(QStringLiteral("a/b/vellumo"))));
 }

@@ -1,7 +1,6 @@
 #include "app/QWWelcomeWindowController.h"
 #include "kit/QWNotificationCenter.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
@@ -20,34 +19,39 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void opensOncePerUser();
-    void closingLetsTheMainInterfaceShow();
+    void opensOncePerUserAndClosingLetsTheNotesShow();
     void runAtLoginSwitchReportsOnlyTheUsersChanges();
     void applicationsMenuOfferNeedsAnInstaller();
     void windowIsTheSizeOfItsContent();
 
 private:
-    QPushButton *button(const QString &name) const;
+    template <typename Widget> Widget *child(const QString &name) const
+    {
+        return m_welcome->window()->findChild<Widget *>(name);
+    }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    QTemporaryDir m_folder;
     std::unique_ptr<QSettings> m_store;
     std::unique_ptr<QWWelcomeWindowController> m_welcome;
-    QList<QWNotification> m_posted;
+    QStringList m_posted;
     std::vector<QWNotificationCenter::Observation> m_observations;
 };
 
 void TestQWWelcomeWindowController::init()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
     m_store = std::make_unique<QSettings>(
-        m_folder->filePath(QStringLiteral("settings.conf")), QSettings::IniFormat);
+        m_folder.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat);
+    m_store->clear();
     m_welcome = std::make_unique<QWWelcomeWindowController>(*m_store);
     for (const QString &name : { QWWelcomeWindowController::didOpenNotification,
              QWWelcomeWindowController::didCloseNotification,
              QWWelcomeWindowController::didToggleRunAtLoginNotification }) {
-        m_observations.push_back(
-            QWNotificationCenter::defaultCenter().observeNameObjectHandler(name, m_welcome.get(),
-                [this](const QWNotification &notification) { m_posted.append(notification); }));
+        m_observations.push_back(QWNotificationCenter::defaultCenter().observeNameObjectHandler(
+            name, m_welcome.get(), [this](const QWNotification &notification) {
+                m_posted.append(notification.name
+                    + notification.userInfo.value(QWWelcomeWindowController::enabledKey())
+                          .toString());
+            }));
     }
 }
 
@@ -57,52 +61,30 @@ void TestQWWelcomeWindowController::cleanup()
     m_posted.clear();
     m_welcome.reset();
     m_store.reset();
-    m_folder.reset();
 }
 
-QPushButton *TestQWWelcomeWindowController::button(const QString &name) const
+void TestQWWelcomeWindowController::opensOncePerUserAndClosingLetsTheNotesShow()
 {
-    return m_welcome->window()->findChild<QPushButton *>(name);
-}
-
-void TestQWWelcomeWindowController::opensOncePerUser()
-{
-    QVERIFY(m_welcome->canShowMainInterface());
     m_welcome->applicationDidLaunch();
-    QVERIFY(m_welcome->isOpen());
-    QVERIFY(!m_welcome->canShowMainInterface());
+    m_welcome->applicationDidLaunch(); // while open, changes nothing
     QVERIFY(m_welcome->window()->isVisible());
-    QCOMPARE(m_welcome->window()->windowTitle(), QStringLiteral("Welcome to Vellumo"));
-    QCOMPARE(m_posted.size(), 1);
-    QCOMPARE(m_posted.constFirst().name, QWWelcomeWindowController::didOpenNotification);
-
-    // Launching again while open changes nothing.
-    m_welcome->applicationDidLaunch();
-    QCOMPARE(m_posted.size(), 1);
+    QVERIFY(!m_welcome->canShowMainInterface());
+    child<QPushButton>(QStringLiteral("getStartedButton"))->click();
+    QVERIFY(!m_welcome->window()->isVisible());
+    QVERIFY(m_welcome->canShowMainInterface());
+    QCOMPARE(m_posted,
+        (QStringList { QWWelcomeWindowController::didOpenNotification,
+            QWWelcomeWindowController::didCloseNotification }));
+    // Closing a window that was never opened as the welcome announces nothing.
+    m_welcome->window()->show();
+    m_welcome->window()->close();
+    QCOMPARE(m_posted.size(), 2);
 
     // The next start of the program, with the same settings, meets no window.
     QWWelcomeWindowController later(*m_store);
     later.applicationDidLaunch();
-    QVERIFY(!later.isOpen());
     QVERIFY(later.canShowMainInterface());
     QVERIFY(!later.isWindowLoaded());
-}
-
-void TestQWWelcomeWindowController::closingLetsTheMainInterfaceShow()
-{
-    m_welcome->applicationDidLaunch();
-    m_posted.clear();
-    button(QStringLiteral("getStartedButton"))->click();
-    QVERIFY(!m_welcome->window()->isVisible());
-    QVERIFY(m_welcome->canShowMainInterface());
-    QCOMPARE(m_posted.size(), 1);
-    QCOMPARE(m_posted.constFirst().name, QWWelcomeWindowController::didCloseNotification);
-
-    // Closing a window that was never opened as the welcome announces nothing.
-    m_posted.clear();
-    m_welcome->window()->show();
-    m_welcome->window()->close();
-    QVERIFY(m_posted.isEmpty());
 }
 
 void TestQWWelcomeWindowController::runAtLoginSwitchReportsOnlyTheUsersChanges()
@@ -111,23 +93,16 @@ void TestQWWelcomeWindowController::runAtLoginSwitchReportsOnlyTheUsersChanges()
     m_welcome->setRunsAtLogin(true);
     m_welcome->applicationDidLaunch();
     m_posted.clear();
-    auto *runAtLogin
-        = m_welcome->window()->findChild<QCheckBox *>(QStringLiteral("runAtLoginButton"));
-    QVERIFY(runAtLogin->isVisible());
-    QVERIFY(runAtLogin->isChecked());
-
+    auto *runAtLogin = child<QCheckBox>(QStringLiteral("runAtLoginButton"));
+    QVERIFY(runAtLogin->isVisible() && runAtLogin->isChecked());
     runAtLogin->click();
-    QCOMPARE(m_posted.size(), 1);
-    QCOMPARE(
-        m_posted.constFirst().name, QWWelcomeWindowController::didToggleRunAtLoginNotification);
-    QCOMPARE(m_posted.constFirst().userInfo.value(QStringLiteral("enabled")), QVariant(false));
-    QVERIFY(!m_welcome->runsAtLogin());
-
+    QCOMPARE(m_posted,
+        QStringList {
+            QWWelcomeWindowController::didToggleRunAtLoginNotification + QStringLiteral("false") });
     // The program setting the flag moves the switch without an echo.
     m_welcome->setRunsAtLogin(true);
     QVERIFY(runAtLogin->isChecked());
     QCOMPARE(m_posted.size(), 1);
-
     m_welcome->setShowsRunAtLoginButton(false);
     QVERIFY(!runAtLogin->isVisible());
 }
@@ -135,29 +110,19 @@ void TestQWWelcomeWindowController::runAtLoginSwitchReportsOnlyTheUsersChanges()
 void TestQWWelcomeWindowController::applicationsMenuOfferNeedsAnInstaller()
 {
     m_welcome->applicationDidLaunch();
-    QPushButton *add = button(QStringLiteral("addToApplicationsMenuButton"));
+    auto *add = child<QPushButton>(QStringLiteral("addToApplicationsMenuButton"));
     QVERIFY(!add->isVisible());
-
-    int installs = 0;
     bool succeeds = false;
-    m_welcome->setApplicationsMenuInstaller([&] {
-        ++installs;
-        return succeeds;
-    });
+    m_welcome->setApplicationsMenuInstaller([&] { return succeeds; });
     QVERIFY(add->isVisible());
-    auto *label = m_welcome->window()->findChild<QLabel *>(QStringLiteral("applicationsMenuLabel"));
-
+    auto *label = child<QLabel>(QStringLiteral("applicationsMenuLabel"));
     add->click();
-    QCOMPARE(installs, 1);
-    QVERIFY(add->isEnabled());
-    QCOMPARE(
-        label->text(), QStringLiteral("Vellumo could not be added to your applications menu."));
-
+    QVERIFY(add->isEnabled()); // to try again
+    const QString failure = label->text();
     succeeds = true;
     add->click();
-    QCOMPARE(installs, 2);
     QVERIFY(!add->isEnabled());
-    QCOMPARE(label->text(), QStringLiteral("Vellumo is in your applications menu now."));
+    QVERIFY(label->text() != failure);
 }
 
 void TestQWWelcomeWindowController::windowIsTheSizeOfItsContent()

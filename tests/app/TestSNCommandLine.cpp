@@ -3,13 +3,13 @@
 
 #include <QCoreApplication>
 #include <QTest>
-#include <QUrl>
 
 namespace {
 
-QStringList arguments(const QStringList &rest)
+// The items of a list written as one string, separated by '|'.
+QStringList items(const char *joined)
 {
-    return QStringList { QStringLiteral("vellumo") } + rest;
+    return QString::fromUtf8(joined).split(QLatin1Char('|'), Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -19,115 +19,72 @@ class TestSNCommandLine final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void filesBecomeAbsoluteFileUrls();
-    void urlsPassAsTheyAre();
-    void optionsBecomeActionsWithQuitLast();
-    void dashReadsStandardInputForANote();
+    void argumentsBecomeARequest_data();
+    void argumentsBecomeARequest();
     void helpVersionAndMistakes();
 };
 
-void TestSNCommandLine::filesBecomeAbsoluteFileUrls()
+void TestSNCommandLine::argumentsBecomeARequest_data()
 {
-    SNCommandLine commandLine;
-    QVERIFY(
-        commandLine.parse(arguments({ QStringLiteral("notes/a.rtf"), QStringLiteral("../b c.rtf"),
-            QStringLiteral("/tmp/100%.rtf"), QStringLiteral("Folder.rtfd") })));
-    const SNLaunchRequest request = commandLine.request(QStringLiteral("/home/anna/docs"), {});
-    QCOMPARE(request.uris,
-        (QStringList { QStringLiteral("file:///home/anna/docs/notes/a.rtf"),
-            QStringLiteral("file:///home/anna/b%20c.rtf"), QStringLiteral("file:///tmp/100%25.rtf"),
-            QStringLiteral("file:///home/anna/docs/Folder.rtfd") }));
-    // What the running program turns them back into.
-    QCOMPARE(QUrl(request.uris.at(1)).toLocalFile(), QStringLiteral("/home/anna/b c.rtf"));
-    QCOMPARE(QUrl(request.uris.at(2)).toLocalFile(), QStringLiteral("/tmp/100%.rtf"));
-    QVERIFY(request.actions.isEmpty());
-    QVERIFY(!request.selectionText);
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QStringList>("uris");
+    QTest::addColumn<QStringList>("actions");
+    QTest::addColumn<std::optional<QString>>("input"); // what standard input gave, when read
+    const std::optional<QString> unread;
+    QTest::newRow("files, relative to the folder")
+        << items("notes/a.rtf|../b c.rtf|/tmp/100%.rtf|vellumo-notes.rtf")
+        << items("file:///home/anna/docs/notes/a.rtf|file:///home/anna/b%20c.rtf|"
+                 "file:///tmp/100%25.rtf|file:///home/anna/docs/vellumo-notes.rtf")
+        << QStringList() << unread;
+    QTest::newRow("urls as they are")
+        << items("vellumo://lal|VELLUMO://lal|file:///tmp/x.rtf")
+        << items("vellumo://lal|VELLUMO://lal|file:///tmp/x.rtf") << QStringList() << unread;
+    // The selection is read where the action runs, unless "-" gives standard input.
+    QTest::newRow("actions in their order, quit last")
+        << items("--quit|--toggle-tags|--new-note|--show-all-notes|--note-from-selection")
+        << QStringList() << SNLaunchRequest::actionNames() << unread;
+    QTest::newRow("dash reads standard input")
+        << items("-|--quit") << QStringList() << items("note-from-selection|quit")
+        << std::optional(QStringLiteral("piped\n"));
+    QTest::newRow("nothing") << QStringList() << QStringList() << QStringList() << unread;
 }
 
-void TestSNCommandLine::urlsPassAsTheyAre()
+void TestSNCommandLine::argumentsBecomeARequest()
 {
+    QFETCH(QStringList, arguments);
+    QFETCH(QStringList, uris);
+    QFETCH(QStringList, actions);
+    QFETCH(std::optional<QString>, input);
     SNCommandLine commandLine;
-    QVERIFY(commandLine.parse(
-        arguments({ QStringLiteral("vellumo://lal"), QStringLiteral("file:///tmp/x.rtf"),
-            QStringLiteral("VELLUMO://lal"), QStringLiteral("vellumo-notes.rtf") })));
-    const SNLaunchRequest request = commandLine.request(QStringLiteral("/w"), {});
-    QCOMPARE(request.uris,
-        (QStringList { QStringLiteral("vellumo://lal"), QStringLiteral("file:///tmp/x.rtf"),
-            QStringLiteral("VELLUMO://lal"), QStringLiteral("file:///w/vellumo-notes.rtf") }));
-}
-
-void TestSNCommandLine::optionsBecomeActionsWithQuitLast()
-{
-    SNCommandLine commandLine;
-    QVERIFY(commandLine.parse(arguments(
-        { QStringLiteral("--quit"), QStringLiteral("--toggle-tags"), QStringLiteral("--new-note"),
-            QStringLiteral("--show-all-notes"), QStringLiteral("--note-from-selection") })));
-    const SNLaunchRequest request = commandLine.request(QStringLiteral("/"), {});
-    QCOMPARE(request.actions,
-        (QStringList { QStringLiteral("show-all-notes"), QStringLiteral("new-note"),
-            QStringLiteral("note-from-selection"), QStringLiteral("toggle-tags"),
-            QStringLiteral("quit") }));
-    // No text of its own: the selection is read where the action runs.
-    QVERIFY(!request.selectionText);
-    QVERIFY(!request.isEmpty());
-
-    SNCommandLine nothing;
-    QVERIFY(nothing.parse(arguments({})));
-    QVERIFY(nothing.request(QStringLiteral("/"), {}).isEmpty());
-}
-
-void TestSNCommandLine::dashReadsStandardInputForANote()
-{
+    QVERIFY(commandLine.parse(QStringList { QStringLiteral("vellumo") } + arguments));
     int reads = 0;
-    const auto input = [&reads] {
+    const SNLaunchRequest request = commandLine.request(QStringLiteral("/home/anna/docs"), [&] {
         ++reads;
         return QStringLiteral("piped\n");
-    };
-
-    SNCommandLine withoutDash;
-    QVERIFY(withoutDash.parse(arguments({ QStringLiteral("--note-from-selection") })));
-    withoutDash.request(QStringLiteral("/"), input);
-    QCOMPARE(reads, 0);
-
-    SNCommandLine dash;
-    QVERIFY(dash.parse(arguments({ QStringLiteral("-"), QStringLiteral("--quit") })));
-    const SNLaunchRequest request = dash.request(QStringLiteral("/"), input);
-    QCOMPARE(reads, 1);
-    QCOMPARE(request.selectionText, std::optional(QStringLiteral("piped\n")));
-    QCOMPARE(request.actions,
-        (QStringList { QStringLiteral("note-from-selection"), QStringLiteral("quit") }));
-    QVERIFY(request.uris.isEmpty());
-
-    // Empty input is still input: the note is refused rather than made of the selection.
-    SNCommandLine emptyInput;
-    QVERIFY(emptyInput.parse(arguments({ QStringLiteral("-") })));
-    QCOMPARE(emptyInput.request(QStringLiteral("/"), [] { return QString(); }).selectionText,
-        std::optional(QString()));
+    });
+    QCOMPARE(reads, input ? 1 : 0);
+    QCOMPARE(request.uris, uris);
+    QCOMPARE(request.actions, actions);
+    QCOMPARE(request.selectionText, input);
+    QCOMPARE(request.isEmpty(), arguments.isEmpty());
 }
 
 void TestSNCommandLine::helpVersionAndMistakes()
 {
     SNCommandLine help;
-    QVERIFY(help.parse(arguments({ QStringLiteral("--help") })));
-    QVERIFY(help.isHelpRequested());
-    QVERIFY(!help.isVersionRequested());
-
+    QVERIFY(help.parse(items("vellumo|--help")));
+    QVERIFY(help.isHelpRequested() && !help.isVersionRequested());
     SNCommandLine version;
-    QVERIFY(version.parse(arguments({ QStringLiteral("--version") })));
+    QVERIFY(version.parse(items("vellumo|--version")));
     QVERIFY(version.isVersionRequested());
-
     SNCommandLine mistake;
-    QVERIFY(!mistake.parse(arguments({ QStringLiteral("--new-notes") })));
+    QVERIFY(!mistake.parse(items("vellumo|--new-notes")));
     QVERIFY(mistake.errorText().contains(QStringLiteral("new-notes")));
-
-    // Every action of the desktop entry and of D-Bus has its option.
-    SNCommandLine all;
-    QStringList options;
-    for (const QString &action : SNLaunchRequest::actionNames())
-        options.append(QStringLiteral("--") + action);
-    QVERIFY(all.parse(arguments(options)));
-    QCOMPARE(
-        all.request(QStringLiteral("/"), {}).actions.size(), SNLaunchRequest::actionNames().size());
+    // Empty input is still input: the note is refused rather than made of the selection.
+    SNCommandLine emptyInput;
+    QVERIFY(emptyInput.parse(items("vellumo|-")));
+    QCOMPARE(emptyInput.request(QStringLiteral("/"), [] { return QString(); }).selectionText,
+        std::optional(QString()));
 }
 
 QTEST_GUILESS_MAIN(TestSNCommandLine)

@@ -21,27 +21,18 @@ void TestSNPlatformSelection::waylandSessionsRunThroughXWayland_data()
     QTest::addColumn<QByteArray>("requested");
 
     const QList<QByteArray> none;
-    QTest::newRow("wayland session") << none << QByteArray("wayland") << QByteArray("wayland-0")
-                                     << QByteArray(":0") << QByteArray() << QByteArray("xcb");
-    QTest::newRow("wayland display only") << none << QByteArray() << QByteArray("wayland-1")
-                                          << QByteArray(":1") << QByteArray() << QByteArray("xcb");
-    QTest::newRow("x11 session") << none << QByteArray("x11") << QByteArray() << QByteArray(":0")
-                                 << QByteArray() << QByteArray();
-    QTest::newRow("user chose wayland")
-        << none << QByteArray("wayland") << QByteArray("wayland-0") << QByteArray(":0")
-        << QByteArray("wayland") << QByteArray();
-    QTest::newRow("platform argument")
-        << QList<QByteArray> { "-platform", "wayland" } << QByteArray("wayland")
-        << QByteArray("wayland-0") << QByteArray(":0") << QByteArray() << QByteArray();
-    QTest::newRow("platform argument with =")
-        << QList<QByteArray> { "--platform=wayland" } << QByteArray("wayland")
-        << QByteArray("wayland-0") << QByteArray(":0") << QByteArray() << QByteArray();
-    QTest::newRow("no XWayland to reach")
-        << none << QByteArray("wayland") << QByteArray("wayland-0") << QByteArray() << QByteArray()
-        << QByteArray();
+    const QByteArray wayland("wayland"), display("wayland-0"), x11(":0"), unset, xcb("xcb");
+    QTest::newRow("wayland session") << none << wayland << display << x11 << unset << xcb;
+    QTest::newRow("wayland display only") << none << unset << display << x11 << unset << xcb;
+    QTest::newRow("x11 session") << none << QByteArray("x11") << unset << x11 << unset << unset;
+    QTest::newRow("user chose wayland") << none << wayland << display << x11 << wayland << unset;
+    QTest::newRow("platform argument") << QList<QByteArray> { "-platform", "wayland" } << wayland
+                                       << display << x11 << unset << unset;
+    QTest::newRow("platform argument with =") << QList<QByteArray> { "--platform=wayland" }
+                                              << wayland << display << x11 << unset << unset;
+    QTest::newRow("no XWayland to reach") << none << wayland << display << unset << unset << unset;
     QTest::newRow("a file named like the option")
-        << QList<QByteArray> { "-platform.rtf" } << QByteArray("wayland") << QByteArray("wayland-0")
-        << QByteArray(":0") << QByteArray() << QByteArray("xcb");
+        << QList<QByteArray> { "-platform.rtf" } << wayland << display << x11 << unset << xcb;
 }
 
 void TestSNPlatformSelection::waylandSessionsRunThroughXWayland()
