@@ -7,6 +7,9 @@
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextView.h"
+#include "settings/SNUserDefaults.h"
+#include "support/QWManualScheduler.h"
+#include "support/QWTestEnvironment.h"
 
 #include <QAbstractButton>
 #include <QFileDialog>
@@ -91,6 +94,33 @@ public:
     void beep() override { ++beeps; }
 };
 
+// What every note window test sets up, as a plain member of the test object: private folders
+// (first, as the shared stores are made on first use inside them), time that moves only when
+// the test says so, a presenter that answers for the user, and no spelling dictionaries to
+// wait for. The test's init() and cleanup() call those of the fixture.
+class NoteWindowFixture final
+{
+public:
+    QWTestEnvironment environment;
+    std::unique_ptr<QWManualScheduler> scheduler;
+    std::shared_ptr<ScriptedPresenter> presenter;
+
+    void init()
+    {
+        scheduler = std::make_unique<QWManualScheduler>();
+        presenter = std::make_shared<ScriptedPresenter>();
+        SNUserDefaults &defaults = SNUserDefaults::standardUserDefaults();
+        defaults.setCheckSpelling(false);
+        defaults.setAutoCorrectSpelling(false);
+    }
+
+    void cleanup()
+    {
+        SNStickyNoteManager::sharedManager().waitForBackgroundSaves();
+        scheduler.reset();
+    }
+};
+
 inline std::shared_ptr<SNStickyNote> noteWithText(const QString &text)
 {
     auto note = SNStickyNote::note();
@@ -121,6 +151,12 @@ inline std::unique_ptr<SNStickyNoteWindowController> openWithText(const QString 
     auto note = text.isEmpty() ? SNStickyNote::note() : noteWithText(text);
     SNStickyNoteManager::sharedManager().addNote(note);
     return openNote(note);
+}
+
+// A part of the note window, by its name in SNStickyNoteWindowController.ui.
+template <typename Part> Part *part(SNStickyNoteWindowController &controller, const char *name)
+{
+    return controller.window()->findChild<Part *>(QLatin1String(name));
 }
 
 inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)

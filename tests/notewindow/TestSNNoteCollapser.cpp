@@ -44,7 +44,8 @@ void TestSNNoteCollapser::collapseKeepsTheTopEdgeAndLocksTheHeight()
     auto controller = openNote(note);
     QWidget *window = controller->window();
     QCOMPARE(controller->collapser()->collapsedHeight(), 30);
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
+    QCOMPARE(
+        part<QAction>(*controller, "collapseMenuItem")->text(), QStringLiteral("Collapse Window"));
     QCOMPARE(window->minimumHeight(), SNNoteCollapser::minimumExpandedHeight);
 
     controller->collapser()->collapseWindowAnimated(false);
@@ -52,10 +53,11 @@ void TestSNNoteCollapser::collapseKeepsTheTopEdgeAndLocksTheHeight()
     QCOMPARE(window->geometry(), QRect(100, 120, 260, 30));
     QVERIFY(controller->collapser()->isCollapsed());
     QVERIFY(note->isCollapsed());
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
+    QCOMPARE(
+        part<QAction>(*controller, "collapseMenuItem")->text(), QStringLiteral("Expand Window"));
     QVERIFY(controller->textView()->isReadOnly());
-    QVERIFY(controller->wordCountContainerView()->isHidden());
-    QVERIFY(!controller->collapsedTitleLabel()->isHidden());
+    QVERIFY(part<QWidget>(*controller, "wordCountContainerView")->isHidden());
+    QVERIFY(!part<QLabel>(*controller, "collapsedTitleLabel")->isHidden());
     // Only the width can change while collapsed.
     QCOMPARE(window->minimumHeight(), 30);
     QCOMPARE(window->maximumHeight(), 30);
@@ -77,10 +79,11 @@ void TestSNNoteCollapser::collapseKeepsTheTopEdgeAndLocksTheHeight()
     QCOMPARE(window->geometry(), QRect(100, 120, 260, 300));
     QVERIFY(!controller->collapser()->isCollapsed());
     QVERIFY(!note->isCollapsed());
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
+    QCOMPARE(
+        part<QAction>(*controller, "collapseMenuItem")->text(), QStringLiteral("Collapse Window"));
     QVERIFY(!controller->textView()->isReadOnly());
-    QVERIFY(!controller->wordCountContainerView()->isHidden());
-    QVERIFY(controller->collapsedTitleLabel()->isHidden());
+    QVERIFY(!part<QWidget>(*controller, "wordCountContainerView")->isHidden());
+    QVERIFY(part<QLabel>(*controller, "collapsedTitleLabel")->isHidden());
     QCOMPARE(window->maximumHeight(), QWIDGETSIZE_MAX);
 }
 
@@ -138,12 +141,13 @@ void TestSNNoteCollapser::storedCollapsedNoteOpensCollapsed()
 
     QVERIFY(controller->collapser()->isCollapsed());
     QCOMPARE(controller->window()->geometry(), QRect(70, 80, 280, 30));
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
-    QVERIFY(controller->collapsedTitleLabel()->isVisible());
-    QVERIFY(!controller->wordCountContainerView()->isVisible());
+    QCOMPARE(
+        part<QAction>(*controller, "collapseMenuItem")->text(), QStringLiteral("Expand Window"));
+    QVERIFY(part<QLabel>(*controller, "collapsedTitleLabel")->isVisible());
+    QVERIFY(!part<QWidget>(*controller, "wordCountContainerView")->isVisible());
 
     // A long title ends in an ellipsis and leaves the note as wide as it was.
-    auto *title = qobject_cast<SNElidingLabel *>(controller->collapsedTitleLabel());
+    auto *title = qobject_cast<SNElidingLabel *>(part<QLabel>(*controller, "collapsedTitleLabel"));
     QVERIFY(title);
     title->setText(
         QStringLiteral("A very long first line that could never fit into the title bar of a note"));
@@ -167,14 +171,16 @@ void TestSNNoteCollapser::titleBarDoubleClickTogglesCollapse()
     auto other = openNote(noteWithText(QStringLiteral("Other")));
 
     // Only this note's own title bar counts.
-    QTest::mouseDClick(other->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
+    QTest::mouseDClick(part<QWidget>(*other, "titleBarView"), Qt::LeftButton, {}, QPoint(100, 15));
     QVERIFY(!controller->collapser()->isCollapsed());
     QVERIFY(other->collapser()->isCollapsed());
 
-    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
+    QTest::mouseDClick(
+        part<QWidget>(*controller, "titleBarView"), Qt::LeftButton, {}, QPoint(100, 15));
     QVERIFY(controller->collapser()->isCollapsed());
     QTRY_COMPARE(controller->window()->height(), controller->collapser()->collapsedHeight());
-    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
+    QTest::mouseDClick(
+        part<QWidget>(*controller, "titleBarView"), Qt::LeftButton, {}, QPoint(100, 15));
     QVERIFY(!controller->collapser()->isCollapsed());
     QTRY_COMPARE(controller->window()->height(), 220);
 }

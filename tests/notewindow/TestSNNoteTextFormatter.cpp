@@ -106,7 +106,8 @@ void TestSNNoteTextFormatter::rightClickMenus()
     select(text, 0, 3);
     menu = text->menuForPosition(pointOfCharacter(text, 6), owner);
     QCOMPARE(menu, controller->menus()->tagsMenu());
-    QCOMPARE(controller->filterTagsMenuItem()->data().toString(), QStringLiteral("#milk"));
+    QCOMPARE(part<QAction>(*controller, "filterTagsMenuItem")->data().toString(),
+        QStringLiteral("#milk"));
 
     // Over bold text with a selection: colours and formatting first, with their states.
     QTextCharFormat bold;

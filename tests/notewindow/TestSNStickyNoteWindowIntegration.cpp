@@ -224,8 +224,10 @@ void TestSNStickyNoteWindowIntegration::draggingTheTitleBarMovesItAndTheArchive(
     // An empty stretch of the title bar, between the close button and the others.
     const QPoint grab = window->mapToGlobal(
         QPoint(window->width() / 2, controller->collapser()->collapsedHeight() / 2));
-    QVERIFY(window->childAt(window->mapFromGlobal(grab)) == controller->buttonContainerView()
-        || window->childAt(window->mapFromGlobal(grab)) == controller->titleBarView());
+    QVERIFY(window->childAt(window->mapFromGlobal(grab))
+            == part<QWidget>(*controller, "buttonContainerView")
+        || window->childAt(window->mapFromGlobal(grab))
+            == part<QWidget>(*controller, "titleBarView"));
     QVERIFY(xdotool(
         { QStringLiteral("mousemove"), QString::number(grab.x()), QString::number(grab.y()) }));
     QVERIFY(xdotool({ QStringLiteral("mousedown"), QStringLiteral("1") }));
