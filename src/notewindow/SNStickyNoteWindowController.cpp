@@ -4,27 +4,20 @@
 #include "kit/QWClock.h"
 #include "kit/QWDebouncer.h"
 #include "kit/QWNotificationCenter.h"
-#include "kit/QWSpellChecker.h"
-#include "kit/QWTextAttributes.h"
-#include "kit/widgets/QWGradientView.h"
 #include "kit/widgets/SNModalPresenter.h"
-#include "notes/SNNoteTitle.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
-#include "notes/SNTextCounter.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNNoteExporter.h"
 #include "notewindow/SNNoteMenus.h"
 #include "notewindow/SNNoteTextFormatter.h"
+#include "notewindow/SNNoteTextWatcher.h"
+#include "notewindow/SNNoteThemer.h"
+#include "notewindow/SNNoteWindowState.h"
 #include "notewindow/SNRainbowizer.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextView.h"
 #include "notewindow/SNTitleBarView.h"
-#include "notewindow/SNToolbarIcon.h"
-#include "notewindow/SNWindowFrameString.h"
-#include "notewindow/SNWindowLevel.h"
-#include "notewindow/SNWindowPlacement.h"
-#include "settings/SNUserDefaults.h"
 #include "tags/SNHashtagScanner.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
@@ -35,15 +28,11 @@
 #include "themeview/SNThemeTextStyler.h"
 #include "ui_SNStickyNoteWindowController.h"
 
-#include <QApplication>
-#include <QEvent>
+#include <QGuiApplication>
 #include <QMenu>
-#include <QMouseEvent>
-#include <QScreen>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QTextDocument>
-#include <QWidgetAction>
 
 const QString SNStickyNoteWindowController::showTagManagerNotification
     = QStringLiteral("SNShowTagManager");
@@ -56,42 +45,18 @@ const QString SNStickyNoteWindowController::joinMailingListNotification
 const QString SNStickyNoteWindowController::openPreferencesNotification
     = QStringLiteral("Notification.openPreferences");
 
-namespace {
-
-// Where the next window without a stored frame goes; each one a step further.
-QPoint nextCascadePoint(const QSize &windowSize)
-{
-    static constexpr int cascadeStep = 24;
-    static const QPoint firstOffset(80, 80);
-    static QPoint point;
-    const QScreen *screen = QGuiApplication::primaryScreen();
-    const QRect area = screen ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
-    point
-        = point.isNull() ? area.topLeft() + firstOffset : point + QPoint(cascadeStep, cascadeStep);
-    if (!area.contains(QRect(point, windowSize)))
-        point = area.topLeft() + firstOffset;
-    return point;
-}
-
-} // namespace
-
 SNStickyNoteWindowController::SNStickyNoteWindowController(
     SNStickyNoteManager &store, QObject *parent)
     : QWWindowController(parent),
       m_store(store),
       m_presenter(SNModalPresenter::defaultPresenter()),
-      m_saveDelayTimer(std::make_unique<QWDebouncer>(saveDelay, [this] { save(); })),
-      m_tokenizeDelayTimer(std::make_unique<QWDebouncer>(tokenizeDelay, [this] {
-          tokenizeTags();
-          updateWordCount();
-      }))
+      m_saveDelayTimer(std::make_unique<QWDebouncer>(saveDelay, [this] { save(); }))
 { }
 
 SNStickyNoteWindowController::~SNStickyNoteWindowController()
 {
     QWNotificationCenter::defaultCenter().removeObserver(this);
     m_saveDelayTimer->cancel();
-    m_tokenizeDelayTimer->cancel();
     // The base class destroys the window after this object is gone: nothing in it may call back.
     detachFromWindow();
 }
@@ -116,84 +81,9 @@ void SNStickyNoteWindowController::setModalPresenter(std::shared_ptr<SNModalPres
 
 // MARK: - Parts of the window
 
-QWGradientView *SNStickyNoteWindowController::contentView() const
-{
-    return m_ui ? m_ui->contentView : nullptr;
-}
-
-SNTitleBarView *SNStickyNoteWindowController::titleBarView() const
-{
-    return m_ui ? m_ui->titleBarView : nullptr;
-}
-
-QWidget *SNStickyNoteWindowController::noteContainerView() const
-{
-    return m_ui ? m_ui->noteContainerView : nullptr;
-}
-
-QAbstractScrollArea *SNStickyNoteWindowController::scrollView() const
-{
-    return m_ui ? m_ui->textView : nullptr;
-}
-
-QWidget *SNStickyNoteWindowController::buttonContainerView() const
-{
-    return m_ui ? m_ui->buttonContainerView : nullptr;
-}
-
-QWidget *SNStickyNoteWindowController::wordCountContainerView() const
-{
-    return m_ui ? m_ui->wordCountContainerView : nullptr;
-}
-
-QLabel *SNStickyNoteWindowController::collapsedTitleLabel() const
-{
-    return m_ui ? m_ui->collapsedTitleLabel : nullptr;
-}
-
-QLabel *SNStickyNoteWindowController::wordCountLabel() const
-{
-    return m_ui ? m_ui->wordCountLabel : nullptr;
-}
-
-QToolButton *SNStickyNoteWindowController::closeButton() const
-{
-    return m_ui ? m_ui->closeButton : nullptr;
-}
-
-QToolButton *SNStickyNoteWindowController::pinButton() const
-{
-    return m_ui ? m_ui->pinButton : nullptr;
-}
-
-QToolButton *SNStickyNoteWindowController::settingsButton() const
-{
-    return m_ui ? m_ui->settingsButton : nullptr;
-}
-
-QToolButton *SNStickyNoteWindowController::tagButton() const
-{
-    return m_ui ? m_ui->tagButton : nullptr;
-}
-
 SNTextView *SNStickyNoteWindowController::textView() const
 {
     return m_ui ? m_ui->textView : nullptr;
-}
-
-QAction *SNStickyNoteWindowController::collapseMenuItem() const
-{
-    return m_ui ? m_ui->collapseMenuItem : nullptr;
-}
-
-QAction *SNStickyNoteWindowController::filterTagsMenuItem() const
-{
-    return m_ui ? m_ui->filterTagsMenuItem : nullptr;
-}
-
-QSlider *SNStickyNoteWindowController::alphaSlider() const
-{
-    return m_ui ? m_ui->alphaSlider : nullptr;
 }
 
 QMenu *SNStickyNoteWindowController::settingsMenu() const
@@ -236,9 +126,12 @@ std::unique_ptr<QWidget> SNStickyNoteWindowController::loadWindow()
     m_menus = std::make_unique<SNNoteMenus>(m_window, *m_ui, m_note);
     if (m_applicationMenu)
         m_menus->setApplicationMenu(m_applicationMenu);
+    m_textWatcher = std::make_unique<SNNoteTextWatcher>(m_window, *m_ui, m_note);
+    m_themer = std::make_unique<SNNoteThemer>(*m_ui);
+    m_windowState = std::make_unique<SNNoteWindowState>(m_window, *m_ui, m_note, *m_collapser);
     connectCommands();
     if (m_shouldCascadeWindows)
-        cascadeWindow();
+        m_windowState->cascadeWindow();
     return window;
 }
 
@@ -254,11 +147,20 @@ void SNStickyNoteWindowController::connectCommands()
     connect(strikethrough, &QAction::triggered, this, [this] { toggleStrikethrough(nullptr); });
     m_window->addAction(strikethrough);
 
-    for (QAction *item : m_menus->pinMenu()->actions())
-        connect(item, &QAction::triggered, this, [this, item] { windowLevelDidChange(item); });
+    const QList<QAction *> pinItems = m_menus->pinMenu()->actions();
+    for (qsizetype pinState = 0; pinState < pinItems.size(); ++pinState) {
+        connect(pinItems[pinState], &QAction::triggered, m_windowState.get(),
+            [this, pinState] { m_windowState->setPinState(pinState); });
+    }
+    connect(m_windowState.get(), &SNNoteWindowState::noteDidChange, this,
+        &SNStickyNoteWindowController::saveAfterDelay);
+    connect(m_textWatcher.get(), &SNNoteTextWatcher::countStateDidChange, this, [this] {
+        saveAfterDelay();
+        if (m_secretUnlocked)
+            rainbowize();
+    });
     connect(m_ui->collapseMenuItem, &QAction::triggered, m_collapser.get(),
         &SNNoteCollapser::toggleCollapsedWindow);
-    connect(m_ui->alphaSlider, &QSlider::valueChanged, this, [this] { alphaDidChange(); });
     connect(m_ui->exportNoteItem, &QAction::triggered, this,
         [this] { saveNote(m_ui->exportNoteItem); });
     connect(m_ui->preferencesItem, &QAction::triggered, this, [this] { openPreferences(); });
@@ -273,14 +175,8 @@ void SNStickyNoteWindowController::connectCommands()
         &SNStickyNoteWindowController::didChangeTheme);
 }
 
-void SNStickyNoteWindowController::cascadeWindow()
-{
-    m_window->move(nextCascadePoint(m_window->size()));
-}
-
 void SNStickyNoteWindowController::qw_viewDidLoad()
 {
-    observeSpellingSettings();
     m_collapser->setAlwaysShowToolbar(true);
     m_menus->addAlphaMenuItem();
     m_currentTheme = m_note ? m_note->theme() : nullptr;
@@ -296,10 +192,10 @@ void SNStickyNoteWindowController::qw_viewDidLoad()
     updateNoteUI();
     updateTheme();
     updateUI();
-    updateTitle();
+    m_textWatcher->updateTitle();
     m_menus->updateThemeMenu();
-    updateWordCount();
-    updateSpellChecking();
+    m_textWatcher->updateWordCount();
+    m_textWatcher->updateSpellChecking();
 
     subscribeToNotifications();
     QMetaObject::invokeMethod(
@@ -309,18 +205,6 @@ void SNStickyNoteWindowController::qw_viewDidLoad()
                 m_ui->textView->verticalScrollBar()->setValue(0);
         },
         Qt::QueuedConnection);
-}
-
-void SNStickyNoteWindowController::observeSpellingSettings()
-{
-    connect(&SNUserDefaults::standardUserDefaults(), &GVUserDefaults::didChangeValueForKey, this,
-        [this](const QString &key) {
-            if (key != SNUserDefaults::checkSpellingKey()
-                && key != SNUserDefaults::autoCorrectSpellingKey())
-                return;
-            QMetaObject::invokeMethod(
-                this, [this] { updateSpellChecking(); }, Qt::QueuedConnection);
-        });
 }
 
 void SNStickyNoteWindowController::subscribeToNotifications()
@@ -342,14 +226,7 @@ void SNStickyNoteWindowController::subscribeToNotifications()
 
 void SNStickyNoteWindowController::windowDidLoad()
 {
-    std::optional<QRect> frame;
-    if (m_note && m_note->isCollapsed())
-        frame = SNWindowFrameString::rectFromString(m_note->collapsedWindowFrame());
-    if (!frame && m_note)
-        frame = SNWindowFrameString::rectFromString(m_note->windowFrame());
-    if (frame)
-        m_window->setGeometry(SNWindowPlacement::frameOnConnectedScreens(*frame));
-    updateWindowLevel();
+    m_windowState->restoreFrame();
 }
 
 void SNStickyNoteWindowController::configureWindow()
@@ -376,8 +253,8 @@ void SNStickyNoteWindowController::updateNoteUI()
         if (const std::shared_ptr<SNTheme> theme = m_note->theme())
             SNThemeTextStyler::neutralizeDocument(document, *theme);
     }
-    clearOldTags();
-    tokenizeTags();
+    m_textWatcher->clearOldTags();
+    m_textWatcher->tokenizeTags();
     // Nothing of the loading is for undo.
     m_ui->textView->document()->clearUndoRedoStacks();
 }
@@ -388,22 +265,12 @@ void SNStickyNoteWindowController::updateUI()
     connect(text, &QTextEdit::textChanged, this, &SNStickyNoteWindowController::textDidChange,
         Qt::UniqueConnection);
     text->setDelegate(this);
-    // A click on the counter switches between words, paragraphs and characters.
-    m_ui->wordCountLabel->installEventFilter(this);
-    m_ui->wordCountLabel->setCursor(Qt::PointingHandCursor);
-    m_ui->wordCountLabel->setToolTip(tr("Click to count words, paragraphs or characters"));
     // The gradient behind shows through the text.
     text->viewport()->setAutoFillBackground(false);
 
     m_collapser->setUpToolbar();
     m_menus->checkPinItem(m_note ? m_note->pinState() : 0);
-
-    if (m_note && m_note->windowAlpha() <= 0.0)
-        m_note->setWindowAlpha(1.0);
-    const double alpha = m_note ? m_note->windowAlpha() : 1.0;
-    m_window->setWindowOpacity(alpha);
-    const QSignalBlocker blocker(m_ui->alphaSlider);
-    m_ui->alphaSlider->setValue(int(std::lround(alpha * m_ui->alphaSlider->maximum())));
+    m_windowState->restoreAlpha();
 }
 
 bool SNStickyNoteWindowController::isCollapsed() const
@@ -421,14 +288,15 @@ bool SNStickyNoteWindowController::noteHasText() const
 
 QString SNStickyNoteWindowController::frameString() const
 {
-    return m_window ? SNWindowFrameString::stringFromRect(m_window->geometry()) : QString();
+    return m_windowState ? m_windowState->frameString() : QString();
 }
 
 // MARK: - Saving
 
 void SNStickyNoteWindowController::saveAfterDelay()
 {
-    updateTitle();
+    if (m_textWatcher)
+        m_textWatcher->updateTitle();
     m_saveDelayTimer->restart();
 }
 
@@ -438,11 +306,7 @@ void SNStickyNoteWindowController::flushNote()
         return;
     m_note->setAttributedString(SNHashtagScanner::taggedString(storedString()));
     m_note->setDateModified(QWClock::currentDateTime());
-    if (isCollapsed())
-        m_note->setCollapsedWindowFrame(frameString());
-    else
-        m_note->setWindowFrame(frameString());
-    m_note->setWindowAlpha(double(m_ui->alphaSlider->value()) / m_ui->alphaSlider->maximum());
+    m_windowState->recordInNote();
 }
 
 void SNStickyNoteWindowController::save()
@@ -455,96 +319,9 @@ void SNStickyNoteWindowController::textDidChange()
 {
     m_wasEdited = true;
     saveAfterDelay();
-    tokenizeTagsAfterDelay();
+    m_textWatcher->tokenizeTagsAfterDelay();
     if (m_secretUnlocked)
         rainbowize();
-}
-
-void SNStickyNoteWindowController::tokenizeTagsAfterDelay()
-{
-    m_tokenizeDelayTimer->restart();
-}
-
-void SNStickyNoteWindowController::tokenizeTags()
-{
-    if (!m_ui || !m_note)
-        return;
-    m_note->setTags(SNHashtagScanner::tokenizeTags(
-        m_ui->textView->document()->toPlainText(), SNTagManager::sharedManager()));
-}
-
-void SNStickyNoteWindowController::clearOldTags()
-{
-    if (!m_ui)
-        return;
-    // The editor shows tags from the words; stored markers would only go stale as it edits.
-    const QSignalBlocker blocker(m_ui->textView);
-    SNHashtagScanner::removeTagMarkers(*m_ui->textView->document());
-}
-
-bool SNStickyNoteWindowController::stringIsValidTag(const QString &string)
-{
-    return SNHashtagScanner::stringIsValidTag(string);
-}
-
-void SNStickyNoteWindowController::updateTitle()
-{
-    if (!m_ui)
-        return;
-    const QString title = SNNoteTitle::titleTextOfDocument(*m_ui->textView->document());
-    m_window->setWindowTitle(SNNoteTitle::windowTitle(title));
-    m_ui->collapsedTitleLabel->setText(SNNoteTitle::collapsedTitle(title));
-}
-
-void SNStickyNoteWindowController::updateWordCount()
-{
-    if (!m_ui)
-        return;
-    const qint64 state = m_note ? m_note->countState() : SNTextCounter::CountWords;
-    const qsizetype count
-        = SNTextCounter::countOfText(m_ui->textView->document()->toPlainText(), state);
-    m_ui->wordCountLabel->setText(SNTextCounter::labelText(count, state));
-}
-
-void SNStickyNoteWindowController::toggleCount(QObject *)
-{
-    if (!m_note)
-        return;
-    m_note->setCountState(SNTextCounter::nextCountState(m_note->countState()));
-    updateWordCount();
-    saveAfterDelay();
-    if (m_secretUnlocked)
-        rainbowize();
-}
-
-void SNStickyNoteWindowController::updateSpellChecking()
-{
-    if (!m_ui)
-        return;
-    const SNUserDefaults &defaults = SNUserDefaults::standardUserDefaults();
-    const bool check = defaults.checkSpelling();
-    const bool correct = defaults.autoCorrectSpelling();
-    SNTextView *text = m_ui->textView;
-    if ((check || correct) && !text->spellChecker()) {
-        // The dictionaries load on first use only, and once the notes are on screen: a user
-        // who checks nothing never waits for them, and nobody waits for them at start.
-        if (!QWSpellChecker::isSharedSpellCheckerLoaded()) {
-            QMetaObject::invokeMethod(
-                this,
-                [this] {
-                    QWSpellChecker::sharedSpellChecker();
-                    updateSpellChecking();
-                },
-                Qt::QueuedConnection);
-            return;
-        }
-        text->setSpellChecker(&QWSpellChecker::sharedSpellChecker());
-    }
-    text->setAutomaticSpellingCorrectionEnabled(correct);
-    if (check && text->isContinuousSpellCheckingEnabled())
-        text->checkSpelling();
-    else
-        text->setContinuousSpellCheckingEnabled(check);
 }
 
 void SNStickyNoteWindowController::toggleStrikethrough(QObject *sender)
@@ -614,12 +391,7 @@ void SNStickyNoteWindowController::rainbowize()
 
 void SNStickyNoteWindowController::windowDidMove(SNStickyWindow *)
 {
-    // Only a frame the note does not have yet is worth a save: opening a note moves its
-    // window to where it already was.
-    if (!m_note)
-        return;
-    const QString stored = isCollapsed() ? m_note->collapsedWindowFrame() : m_note->windowFrame();
-    if (stored != frameString())
+    if (m_windowState->frameDiffersFromNote())
         saveAfterDelay();
 }
 
@@ -669,7 +441,6 @@ void SNStickyNoteWindowController::detachFromWindow()
     m_collapser->stopAnimations();
     m_ui->textView->disconnect(this);
     m_ui->textView->setDelegate(nullptr);
-    m_ui->alphaSlider->disconnect(this);
 }
 
 // MARK: - Commands
@@ -749,97 +520,19 @@ void SNStickyNoteWindowController::showTagsWithItem(QAction *item)
     Q_EMIT notesWithTagRequested(tag);
 }
 
-// MARK: - Pin state and transparency
-
-void SNStickyNoteWindowController::windowLevelDidChange(QAction *sender)
-{
-    const QList<QAction *> items = m_menus->pinMenu()->actions();
-    for (QAction *item : items)
-        item->setChecked(false);
-    sender->setChecked(true);
-    if (m_note)
-        m_note->setPinState(items.indexOf(sender));
-    updateWindowLevel();
-    saveAfterDelay();
-}
-
 void SNStickyNoteWindowController::updateWindowLevel()
 {
-    SNWindowLevel::applyPinState(m_window, m_note ? m_note->pinState() : 0);
-}
-
-void SNStickyNoteWindowController::alphaDidChange()
-{
-    const double alpha = double(m_ui->alphaSlider->value()) / m_ui->alphaSlider->maximum();
-    if (m_note)
-        m_note->setWindowAlpha(alpha);
-    m_window->setWindowOpacity(alpha);
-    saveAfterDelay();
-}
-
-bool SNStickyNoteWindowController::eventFilter(QObject *watched, QEvent *event)
-{
-    if (m_ui && watched == m_ui->wordCountLabel && event->type() == QEvent::MouseButtonRelease
-        && static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
-        toggleCount(m_ui->wordCountLabel);
-        return true;
-    }
-    return QWWindowController::eventFilter(watched, event);
+    if (m_windowState)
+        m_windowState->updateWindowLevel();
 }
 
 // MARK: - Theme
 
 void SNStickyNoteWindowController::updateTheme()
 {
-    const std::shared_ptr<SNTheme> theme = m_note ? m_note->theme() : nullptr;
-    if (!theme || !m_ui)
-        return;
-    const QColor textColor = theme->defaultFontColor().toQColor();
-
-    QPalette countPalette = m_ui->wordCountLabel->palette();
-    countPalette.setColor(QPalette::WindowText, textColor);
-    m_ui->wordCountLabel->setPalette(countPalette);
-
-    QFont titleFont = QApplication::font();
-    titleFont.setPointSizeF(13);
-    m_ui->collapsedTitleLabel->setFont(titleFont);
-    QPalette titlePalette = m_ui->collapsedTitleLabel->palette();
-    titlePalette.setColor(QPalette::WindowText, textColor);
-    m_ui->collapsedTitleLabel->setPalette(titlePalette);
-
-    SNTextView *text = m_ui->textView;
-    text->setInsertionPointColor(theme->cursorColor().toQColor());
-    text->setScrollerColor(theme->isDark() ? QColor(255, 255, 255, 90) : QColor(0, 0, 0, 70));
-
-    m_ui->contentView->setStartColor(theme->startColor().toQColor());
-    m_ui->contentView->setEndColor(theme->endColor().toQColor());
-
-    const bool dark = theme->isDark();
-    m_ui->closeButton->setIcon(
-        SNToolbarIcon::iconNamed(SNToolbarIcon::nameForTheme(SNToolbarIcon::closeIconName, dark)));
-    m_ui->pinButton->setIcon(
-        SNToolbarIcon::iconNamed(SNToolbarIcon::nameForTheme(SNToolbarIcon::pinIconName, dark)));
-    m_ui->settingsButton->setIcon(SNToolbarIcon::iconNamed(
-        SNToolbarIcon::nameForTheme(SNToolbarIcon::settingsIconName, dark)));
-    m_ui->tagButton->setIcon(
-        SNToolbarIcon::iconNamed(SNToolbarIcon::nameForTheme(SNToolbarIcon::searchIconName, dark)));
-
-    // None of this is an edit of the note.
-    const QSignalBlocker blocker(text);
-    text->setLinkTextAttributes(SNThemeTextStyler::linkFormat(*theme));
-    text->setLinkCursor(QCursor(Qt::PointingHandCursor));
-
-    // What text without a font or colour of its own is drawn in.
-    text->setFont(theme->defaultFont().toQFont());
-    QPalette textPalette = text->palette();
-    textPalette.setColor(QPalette::Text, textColor);
-    textPalette.setColor(QPalette::Base, Qt::transparent);
-    text->setPalette(textPalette);
-
-    // The text itself holds no theme, so nothing in it changes: not the formats of a
-    // selection, nor the undo history. A selection keeps its formats for what replaces it.
-    if (!text->textCursor().hasSelection())
-        text->setCurrentCharFormat(SNThemeTextStyler::typingFormat(*theme));
+    if (const std::shared_ptr<SNTheme> theme = m_note ? m_note->theme() : nullptr;
+        theme && m_themer)
+        m_themer->applyTheme(*theme);
 }
 
 void SNStickyNoteWindowController::didChangeTheme(QAction *sender)

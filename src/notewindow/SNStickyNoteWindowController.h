@@ -9,40 +9,35 @@
 
 #include <memory>
 
-class QAbstractScrollArea;
 class QAction;
-class QLabel;
 class QMenu;
-class QSlider;
-class QToolButton;
 class QWDebouncer;
-class QWGradientView;
-class QWidgetAction;
 class QWAttributedString;
 class SNModalPresenter;
 class SNNoteCollapser;
 class SNNoteExporter;
 class SNNoteMenus;
 class SNNoteTextFormatter;
+class SNNoteTextWatcher;
+class SNNoteThemer;
+class SNNoteWindowState;
 class SNStickyNote;
 class SNStickyNoteManager;
 class SNStickyWindow;
 class SNTextView;
 class SNTag;
 class SNTheme;
-class SNTitleBarView;
 
 namespace Ui {
 class SNStickyNoteWindowController;
 }
 
 // Shows one note in its own window and edits it in place: builds the window from
-// SNStickyNoteWindowController.ui, restores the stored frame, hands edits to the store half a
-// second after the last one, pins and fades the window, draws the note in its theme, keeps its
-// tags, title and counter, and decides what closing means. Closing a note deletes it, after
-// offering to export what it holds as RTF; at quit (isTerminating) closing only copies the editor's
-// state into the note. Formatting, export, collapsing and the menus are jobs of their own, wired
-// here.
+// SNStickyNoteWindowController.ui, hands edits to the store half a second after the last one,
+// and decides what closing means. Closing a note deletes it, after offering to export what it
+// holds as RTF; at quit (isTerminating) closing only copies the editor's state into the note.
+// Formatting, export, collapsing, the menus, what follows the text, the theme and the window's
+// frame, pin state and transparency are jobs of their own, wired here.
 class SNStickyNoteWindowController final : public QWWindowController,
                                            public SNStickyWindowDelegate,
                                            public SNTextViewDelegate
@@ -59,7 +54,6 @@ public:
     static const QString openPreferencesNotification; // "Notification.openPreferences"
 
     static constexpr double saveDelay = 0.5;
-    static constexpr double tokenizeDelay = 0.5;
 
     // The store is told of every change to the note, and of its deletion.
     explicit SNStickyNoteWindowController(SNStickyNoteManager &store, QObject *parent = nullptr);
@@ -94,29 +88,17 @@ public:
     SNNoteExporter *exporter() const { return m_exporter.get(); }
     SNNoteCollapser *collapser() const { return m_collapser.get(); }
     SNNoteMenus *menus() const { return m_menus.get(); }
+    SNNoteTextWatcher *textWatcher() const { return m_textWatcher.get(); }
+    SNNoteWindowState *windowState() const { return m_windowState.get(); }
 
-    // The window and its parts; null until the window has loaded.
+    // The window and the parts others reach; null until the window has loaded. The other parts
+    // bear their names in SNStickyNoteWindowController.ui.
     SNStickyWindow *stickyWindow() const { return m_window; }
-    QWGradientView *contentView() const;
-    SNTitleBarView *titleBarView() const;
-    QWidget *noteContainerView() const;
-    QAbstractScrollArea *scrollView() const;
-    QWidget *buttonContainerView() const;
-    QWidget *wordCountContainerView() const;
-    QLabel *collapsedTitleLabel() const;
-    QLabel *wordCountLabel() const;
-    QToolButton *closeButton() const;
-    QToolButton *pinButton() const;
-    QToolButton *settingsButton() const;
-    QToolButton *tagButton() const;
     SNTextView *textView() const;
     QMenu *settingsMenu() const;
     // The program's own commands, in the settings menu above Quit, so that a desktop without a
     // tray still reaches them all. The menu stays its owner's, and may be shared among notes.
     void setApplicationMenu(QMenu *menu);
-    QAction *collapseMenuItem() const;
-    QAction *filterTagsMenuItem() const;
-    QSlider *alphaSlider() const;
 
     // Saving.
     void saveAfterDelay();
@@ -144,27 +126,17 @@ public:
     // beeps when there is no such tag.
     void showTagsWithItem(QAction *item);
 
-    // Pin state and transparency.
-    void windowLevelDidChange(QAction *sender);
+    // The pin state's level, put back after the tag browser lent the window its own.
     void updateWindowLevel();
-    void alphaDidChange();
 
     // Theme.
     void updateTheme();
     void didChangeTheme(QAction *sender);
     void themesDidChange();
 
-    // Text: tags, title, counter and spelling follow every edit.
+    // An edit: a save and the text's followers (SNNoteTextWatcher) after their delays.
     void textDidChange();
-    void tokenizeTagsAfterDelay();
-    void tokenizeTags();
-    void clearOldTags();
-    static bool stringIsValidTag(const QString &string);
-    void updateTitle();
-    void updateWordCount();
-    void updateSpellChecking();
     void rainbowize();
-    void toggleCount(QObject *sender);
     // The application's Strikethrough command, found by name when the editor does not answer.
     Q_INVOKABLE void toggleStrikethrough(QObject *sender);
 
@@ -193,13 +165,10 @@ protected:
     std::unique_ptr<QWidget> loadWindow() override;
     void qw_viewDidLoad() override;
     void windowDidLoad() override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void connectCommands();
-    void cascadeWindow();
     void subscribeToNotifications();
-    void observeSpellingSettings();
     bool noteHasText() const;
     bool isCollapsed() const;
     // The editor's text with the theme's font and colour where it has none of its own.
@@ -222,9 +191,11 @@ private:
     QPointer<QMenu> m_applicationMenu;
 
     std::unique_ptr<QWDebouncer> m_saveDelayTimer;
-    std::unique_ptr<QWDebouncer> m_tokenizeDelayTimer;
     std::unique_ptr<SNNoteTextFormatter> m_textFormatter;
     std::unique_ptr<SNNoteExporter> m_exporter;
     std::unique_ptr<SNNoteCollapser> m_collapser;
     std::unique_ptr<SNNoteMenus> m_menus;
+    std::unique_ptr<SNNoteTextWatcher> m_textWatcher;
+    std::unique_ptr<SNNoteThemer> m_themer;
+    std::unique_ptr<SNNoteWindowState> m_windowState;
 };

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "kit/QWKeyedUnarchiver.h"
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTextView.h"
+#include "settings/SNUserDefaults.h"
+#include "support/QWManualScheduler.h"
+#include "support/QWTestEnvironment.h"
 
 #include <QAbstractButton>
 #include <QFileDialog>
@@ -26,48 +28,24 @@ class ScriptedPresenter final : public SNModalPresenter
 public:
     struct Alert
     {
-        QString text;
-        QString informativeText;
-        QStringList buttons; // as added
-        QList<QMessageBox::ButtonRole> roles;
         QString defaultButton;
         QString escapeButton;
         QWidget *parent = nullptr;
-        bool staysOnTop = false;
-    };
-    struct Panel
-    {
-        QString acceptLabel;
-        QString proposedName;
-        QStringList nameFilters;
-        QString defaultSuffix;
-        QFileDialog::AcceptMode acceptMode = QFileDialog::AcceptOpen;
-        bool staysOnTop = false;
     };
 
     QStringList alertAnswers; // button texts, one per alert, in order
     QStringList panelAnswers; // paths, one per panel; an empty one cancels
     QList<Alert> alerts;
-    QList<Panel> panels;
+    QStringList proposedNames; // one per save panel
     int beeps = 0;
 
     QAbstractButton *runAlert(QMessageBox &alert) override
     {
-        Alert asked;
-        asked.text = alert.text();
-        asked.informativeText = alert.informativeText();
-        const QList<QAbstractButton *> buttons = alert.buttons();
-        for (QAbstractButton *button : buttons) {
-            asked.buttons.append(button->text());
-            asked.roles.append(alert.buttonRole(button));
-        }
-        asked.defaultButton = alert.defaultButton() ? alert.defaultButton()->text() : QString();
-        asked.escapeButton = alert.escapeButton() ? alert.escapeButton()->text() : QString();
-        asked.parent = alert.parentWidget();
-        asked.staysOnTop = alert.windowFlags().testFlag(Qt::WindowStaysOnTopHint);
-        alerts.append(asked);
-
+        alerts.append({ alert.defaultButton() ? alert.defaultButton()->text() : QString(),
+            alert.escapeButton() ? alert.escapeButton()->text() : QString(),
+            alert.parentWidget() });
         const QString answer = alertAnswers.isEmpty() ? QString() : alertAnswers.takeFirst();
+        const QList<QAbstractButton *> buttons = alert.buttons();
         for (QAbstractButton *button : buttons) {
             if (button->text() == answer)
                 return button;
@@ -77,18 +55,38 @@ public:
 
     QString runSavePanel(QFileDialog &panel) override
     {
-        Panel asked;
-        asked.acceptLabel = panel.labelText(QFileDialog::Accept);
-        asked.proposedName = QFileInfo(panel.selectedFiles().value(0)).fileName();
-        asked.nameFilters = panel.nameFilters();
-        asked.defaultSuffix = panel.defaultSuffix();
-        asked.acceptMode = panel.acceptMode();
-        asked.staysOnTop = panel.windowFlags().testFlag(Qt::WindowStaysOnTopHint);
-        panels.append(asked);
+        proposedNames.append(QFileInfo(panel.selectedFiles().value(0)).fileName());
         return panelAnswers.isEmpty() ? QString() : panelAnswers.takeFirst();
     }
 
     void beep() override { ++beeps; }
+};
+
+// What every note window test sets up, as a plain member of the test object: private folders
+// (first, as the shared stores are made on first use inside them), time that moves only when
+// the test says so, a presenter that answers for the user, and no spelling dictionaries to
+// wait for. The test's init() and cleanup() call those of the fixture.
+class NoteWindowFixture final
+{
+public:
+    QWTestEnvironment environment;
+    std::unique_ptr<QWManualScheduler> scheduler;
+    std::shared_ptr<ScriptedPresenter> presenter;
+
+    void init()
+    {
+        scheduler = std::make_unique<QWManualScheduler>();
+        presenter = std::make_shared<ScriptedPresenter>();
+        SNUserDefaults &defaults = SNUserDefaults::standardUserDefaults();
+        defaults.setCheckSpelling(false);
+        defaults.setAutoCorrectSpelling(false);
+    }
+
+    void cleanup()
+    {
+        SNStickyNoteManager::sharedManager().waitForBackgroundSaves();
+        scheduler.reset();
+    }
 };
 
 inline std::shared_ptr<SNStickyNote> noteWithText(const QString &text)
@@ -123,27 +121,15 @@ inline std::unique_ptr<SNStickyNoteWindowController> openWithText(const QString 
     return openNote(note);
 }
 
+// A part of the note window, by its name in SNStickyNoteWindowController.ui.
+template <typename Part> Part *part(SNStickyNoteWindowController &controller, const char *name)
+{
+    return controller.window()->findChild<Part *>(QLatin1String(name));
+}
+
 inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
 {
     return SNStickyNoteManager::sharedManager().notesArray().contains(note);
-}
-
-// Runs the save the shared store has scheduled, if any, and waits for every save to end.
-inline SNStickyNoteManager &settledStore()
-{
-    SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
-    if (store.hasPendingSave())
-        store.save();
-    store.waitForBackgroundSaves();
-    return store;
-}
-
-// What the notes archive holds once the scheduled save has run, read by a store of its own.
-inline QList<std::shared_ptr<SNStickyNote>> notesInArchive()
-{
-    SNStickyNoteManager &store = settledStore();
-    SNStickyNoteManager reader(store.baseDatabasePath());
-    return reader.notesArray();
 }
 
 inline QString plainText(const std::shared_ptr<SNStickyNote> &note)
@@ -152,9 +138,16 @@ inline QString plainText(const std::shared_ptr<SNStickyNote> &note)
     return text ? text->string() : QString();
 }
 
+// The note of that text in the archive once the save the shared store has scheduled has run,
+// read by a store of its own.
 inline std::shared_ptr<SNStickyNote> archivedNoteWithText(const QString &text)
 {
-    const QList<std::shared_ptr<SNStickyNote>> notes = notesInArchive();
+    SNStickyNoteManager &store = SNStickyNoteManager::sharedManager();
+    if (store.hasPendingSave())
+        store.save();
+    store.waitForBackgroundSaves();
+    SNStickyNoteManager reader(store.baseDatabasePath());
+    const QList<std::shared_ptr<SNStickyNote>> notes = reader.notesArray();
     for (const std::shared_ptr<SNStickyNote> &note : notes) {
         if (plainText(note) == text)
             return note;
@@ -162,46 +155,12 @@ inline std::shared_ptr<SNStickyNote> archivedNoteWithText(const QString &text)
     return nullptr;
 }
 
-// A key of the archived note with that text, read straight from the file rather than through
-// the note record, which tidies some values up as it reads them.
-inline QWArchiveValue archivedValueForKey(const QString &text, const QString &key)
-{
-    QFile file(settledStore().databasePath());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    const QWKeyedUnarchiver::ParseResult archive = QWKeyedUnarchiver::parse(file.readAll());
-    for (const QWArchiveValue &note : archive.root.toArray()) {
-        const QWArchiveValue *data = note.valueForKey(u"data");
-        if (!data)
-            continue;
-        const QWKeyedUnarchiver::ParseResult nested = QWKeyedUnarchiver::parse(data->toData());
-        const QWArchiveValue *string = nested.root.valueForKey(u"string");
-        if (!string || string->toString() != text)
-            continue;
-        const QWArchiveValue *value = note.valueForKey(key);
-        return value ? *value : QWArchiveValue();
-    }
-    return {};
-}
-
-// The titles of a menu's items, without accelerators or shortcuts; a separator is "-".
-inline QStringList titles(const QMenu *menu)
-{
-    QStringList result;
-    const QList<QAction *> items = menu->actions();
-    for (const QAction *item : items) {
-        QString title = item->isSeparator() ? QStringLiteral("-") : item->text();
-        title = title.left(title.indexOf(QLatin1Char('\t')));
-        result.append(title.remove(QLatin1Char('&')));
-    }
-    return result;
-}
-
+// The menu's item of that title, without its accelerator and shortcut; null when there is none.
 inline QAction *itemTitled(const QMenu *menu, const QString &title)
 {
     const QList<QAction *> items = menu->actions();
     for (QAction *item : items) {
-        if (item->text() == title)
+        if (item->text().section(u'\t', 0, 0).remove(u'&') == title)
             return item;
     }
     return nullptr;
@@ -220,8 +179,7 @@ inline QPoint pointOfCharacter(SNTextView *view, int index)
 {
     QTextCursor cursor(view->document());
     cursor.setPosition(index);
-    const QRect before = view->cursorRect(cursor);
-    return before.center() + QPoint(3, 0);
+    return view->cursorRect(cursor).center() + QPoint(3, 0);
 }
 
 inline QTextCharFormat formatAt(const QTextDocument &document, int index)

@@ -3,12 +3,10 @@
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNTitleBarView.h"
 #include "notewindow/SNWindowFrameString.h"
-#include "support/QWManualScheduler.h"
-#include "support/QWTestEnvironment.h"
 
-#include <QLabel>
 #include <QScreen>
-#include <QTest>
+
+using namespace Qt::StringLiterals;
 
 // Folding a note up to its title bar and back, at once and animated.
 class TestSNNoteCollapser final : public QObject
@@ -16,110 +14,89 @@ class TestSNNoteCollapser final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_scheduler = std::make_unique<QWManualScheduler>(); }
-    void cleanup();
+    void init() { f.init(); }
+    void cleanup() { f.cleanup(); }
 
     void collapseKeepsTheTopEdgeAndLocksTheHeight();
-    void animatedCollapseAndExpand();
+    void animatedToggleSavesEachFrame();
     void animatedExpandStaysAboveTheScreenBottom();
-    void storedCollapsedNoteOpensCollapsed();
-    void titleBarDoubleClickTogglesCollapse();
+    void storedCollapsedNoteOpensCollapsedWithItsTitle();
+    void onlyItsOwnTitleBarDoubleClickToggles();
 
 private:
-    // First: the shared stores are made on first use, inside these private folders.
-    QWTestEnvironment m_environment;
-    std::unique_ptr<QWManualScheduler> m_scheduler;
+    NoteWindowFixture f;
 };
-
-void TestSNNoteCollapser::cleanup()
-{
-    SNStickyNoteManager::sharedManager().waitForBackgroundSaves();
-    m_scheduler.reset();
-}
 
 void TestSNNoteCollapser::collapseKeepsTheTopEdgeAndLocksTheHeight()
 {
-    auto note = noteWithText(QStringLiteral("Tall note"));
-    note->setWindowFrame(QStringLiteral("{{100, 120}, {260, 300}}"));
+    auto note = noteWithText(u"Tall note"_s);
+    note->setWindowFrame(u"{{100, 120}, {260, 300}}"_s);
     auto controller = openNote(note);
     QWidget *window = controller->window();
-    QCOMPARE(controller->collapser()->collapsedHeight(), 30);
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
-    QCOMPARE(window->minimumHeight(), SNNoteCollapser::minimumExpandedHeight);
+    auto *item = part<QAction>(*controller, "collapseMenuItem");
+    QCOMPARE(item->text(), u"Collapse Window"_s);
 
     controller->collapser()->collapseWindowAnimated(false);
-
     QCOMPARE(window->geometry(), QRect(100, 120, 260, 30));
-    QVERIFY(controller->collapser()->isCollapsed());
     QVERIFY(note->isCollapsed());
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
+    QCOMPARE(item->text(), u"Expand Window"_s);
     QVERIFY(controller->textView()->isReadOnly());
-    QVERIFY(controller->wordCountContainerView()->isHidden());
-    QVERIFY(!controller->collapsedTitleLabel()->isHidden());
+    QVERIFY(part<QWidget>(*controller, "wordCountContainerView")->isHidden());
     // Only the width can change while collapsed.
-    QCOMPARE(window->minimumHeight(), 30);
-    QCOMPARE(window->maximumHeight(), 30);
-    QCOMPARE(controller->windowWillResizeToSize(controller->stickyWindow(), QSize(320, 200)),
-        QSize(320, 30));
     window->resize(300, 200);
     QCOMPARE(window->size(), QSize(300, 30));
+    QCOMPARE(controller->windowWillResizeToSize(controller->stickyWindow(), QSize(320, 200)),
+        QSize(320, 30));
     window->resize(260, 30);
 
     // The delayed save files the frame under the collapsed one and keeps the full one.
-    QVERIFY(note->collapsedWindowFrame().isEmpty());
-    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(note->collapsedWindowFrame(), QStringLiteral("{{100, 120}, {260, 30}}"));
-    QCOMPARE(note->windowFrame(), QStringLiteral("{{100, 120}, {260, 300}}"));
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(note->collapsedWindowFrame(), u"{{100, 120}, {260, 30}}"_s);
+    QCOMPARE(note->windowFrame(), u"{{100, 120}, {260, 300}}"_s);
 
     // Back exactly as stored.
     window->move(140, 150);
     controller->collapser()->uncollapseWindowAnimated(false);
     QCOMPARE(window->geometry(), QRect(100, 120, 260, 300));
-    QVERIFY(!controller->collapser()->isCollapsed());
     QVERIFY(!note->isCollapsed());
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Collapse Window"));
+    QCOMPARE(item->text(), u"Collapse Window"_s);
     QVERIFY(!controller->textView()->isReadOnly());
-    QVERIFY(!controller->wordCountContainerView()->isHidden());
-    QVERIFY(controller->collapsedTitleLabel()->isHidden());
+    QVERIFY(part<QWidget>(*controller, "collapsedTitleLabel")->isHidden());
+    QCOMPARE(window->minimumHeight(), SNNoteCollapser::minimumExpandedHeight);
     QCOMPARE(window->maximumHeight(), QWIDGETSIZE_MAX);
 }
 
-void TestSNNoteCollapser::animatedCollapseAndExpand()
+void TestSNNoteCollapser::animatedToggleSavesEachFrame()
 {
-    auto note = noteWithText(QStringLiteral("Animated"));
-    note->setWindowFrame(QStringLiteral("{{80, 100}, {250, 280}}"));
+    auto note = noteWithText(u"Animated"_s);
+    note->setWindowFrame(u"{{80, 100}, {250, 280}}"_s);
     auto controller = openNote(note);
     QWidget *window = controller->window();
 
     controller->collapser()->toggleCollapsedWindow();
-    QVERIFY(controller->collapser()->isCollapsed());
     QTRY_COMPARE(window->geometry(), QRect(80, 100, 250, 30));
     // Stored as soon as the animation ends; the save itself follows the delay.
-    QTRY_COMPARE(note->collapsedWindowFrame(), QStringLiteral("{{80, 100}, {250, 30}}"));
-    QCOMPARE(m_scheduler->scheduledCount(), 1);
-    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QTRY_COMPARE(note->collapsedWindowFrame(), u"{{80, 100}, {250, 30}}"_s);
+    QCOMPARE(f.scheduler->scheduledCount(), 1);
 
-    // An animated expand grows from where the collapsed note stands now and keeps its width,
-    // and saves at once.
+    // Expanding grows from where the collapsed note stands now, keeps its width and saves at
+    // once.
     window->setGeometry(90, 140, 230, 30);
-    m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
     controller->collapser()->toggleCollapsedWindow();
-    QVERIFY(!controller->collapser()->isCollapsed());
     QTRY_COMPARE(window->geometry(), QRect(90, 140, 230, 280));
-    QTRY_COMPARE(note->windowFrame(), QStringLiteral("{{90, 140}, {230, 280}}"));
-    QCOMPARE(window->minimumHeight(), SNNoteCollapser::minimumExpandedHeight);
+    QTRY_COMPARE(note->windowFrame(), u"{{90, 140}, {230, 280}}"_s);
 }
 
 void TestSNNoteCollapser::animatedExpandStaysAboveTheScreenBottom()
 {
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    auto note = noteWithText(QStringLiteral("Low"));
-    note->setWindowFrame(QStringLiteral("{{60, 60}, {240, 300}}"));
+    auto note = noteWithText(u"Low"_s);
+    note->setWindowFrame(u"{{60, 60}, {240, 300}}"_s);
     note->setIsCollapsed(true);
     note->setCollapsedWindowFrame(
         SNWindowFrameString::stringFromRect(QRect(60, screen.bottom() - 60, 240, 30)));
     auto controller = openNote(note);
-    QCOMPARE(controller->window()->geometry(), QRect(60, screen.bottom() - 60, 240, 30));
 
     controller->collapser()->uncollapseWindowAnimated(true);
 
@@ -128,54 +105,43 @@ void TestSNNoteCollapser::animatedExpandStaysAboveTheScreenBottom()
     QCOMPARE(controller->window()->geometry().x(), 60);
 }
 
-void TestSNNoteCollapser::storedCollapsedNoteOpensCollapsed()
+void TestSNNoteCollapser::storedCollapsedNoteOpensCollapsedWithItsTitle()
 {
-    auto note = noteWithText(QStringLiteral("Folded"));
-    note->setWindowFrame(QStringLiteral("{{50, 60}, {280, 240}}"));
+    auto note = noteWithText(u"Folded"_s);
+    note->setWindowFrame(u"{{50, 60}, {280, 240}}"_s);
     note->setIsCollapsed(true);
-    note->setCollapsedWindowFrame(QStringLiteral("{{70, 80}, {280, 30}}"));
+    note->setCollapsedWindowFrame(u"{{70, 80}, {280, 30}}"_s);
     auto controller = openNote(note);
-
     QVERIFY(controller->collapser()->isCollapsed());
     QCOMPARE(controller->window()->geometry(), QRect(70, 80, 280, 30));
-    QCOMPARE(controller->collapseMenuItem()->text(), QStringLiteral("Expand Window"));
-    QVERIFY(controller->collapsedTitleLabel()->isVisible());
-    QVERIFY(!controller->wordCountContainerView()->isVisible());
 
     // A long title ends in an ellipsis and leaves the note as wide as it was.
-    auto *title = qobject_cast<SNElidingLabel *>(controller->collapsedTitleLabel());
-    QVERIFY(title);
-    title->setText(
-        QStringLiteral("A very long first line that could never fit into the title bar of a note"));
+    auto *title = part<SNElidingLabel>(*controller, "collapsedTitleLabel");
+    title->setText(u"A very long first line that could never fit into the title bar of a note"_s);
     QCoreApplication::processEvents();
     QCOMPARE(controller->window()->geometry(), QRect(70, 80, 280, 30));
-    QVERIFY(title->shownText().endsWith(QChar(0x2026)));
-    QVERIFY(title->fontMetrics().horizontalAdvance(title->shownText())
-        <= title->contentsRect().width());
-    title->setText(QStringLiteral("Short"));
-    QCOMPARE(title->shownText(), QStringLiteral("Short"));
+    QVERIFY(title->isVisible() && title->shownText().endsWith(QChar(0x2026)));
 
     controller->collapser()->uncollapseWindowAnimated(false);
     QCOMPARE(controller->window()->geometry(), QRect(50, 60, 280, 240));
 }
 
-void TestSNNoteCollapser::titleBarDoubleClickTogglesCollapse()
+void TestSNNoteCollapser::onlyItsOwnTitleBarDoubleClickToggles()
 {
-    auto note = noteWithText(QStringLiteral("Double"));
-    note->setWindowFrame(QStringLiteral("{{30, 40}, {250, 220}}"));
+    auto note = noteWithText(u"Double"_s);
+    note->setWindowFrame(u"{{30, 40}, {250, 220}}"_s);
     auto controller = openNote(note);
-    auto other = openNote(noteWithText(QStringLiteral("Other")));
+    auto other = openNote(noteWithText(u"Other"_s));
 
-    // Only this note's own title bar counts.
-    QTest::mouseDClick(other->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
+    QTest::mouseDClick(
+        part<SNTitleBarView>(*other, "titleBarView"), Qt::LeftButton, {}, QPoint(100, 15));
     QVERIFY(!controller->collapser()->isCollapsed());
     QVERIFY(other->collapser()->isCollapsed());
 
-    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
-    QVERIFY(controller->collapser()->isCollapsed());
+    auto *titleBar = part<SNTitleBarView>(*controller, "titleBarView");
+    QTest::mouseDClick(titleBar, Qt::LeftButton, {}, QPoint(100, 15));
     QTRY_COMPARE(controller->window()->height(), controller->collapser()->collapsedHeight());
-    QTest::mouseDClick(controller->titleBarView(), Qt::LeftButton, {}, QPoint(100, 15));
-    QVERIFY(!controller->collapser()->isCollapsed());
+    QTest::mouseDClick(titleBar, Qt::LeftButton, {}, QPoint(100, 15));
     QTRY_COMPARE(controller->window()->height(), 220);
 }
 

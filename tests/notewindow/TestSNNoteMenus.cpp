@@ -1,26 +1,12 @@
 #include "SNNoteWindowTestSupport.h"
 #include "notewindow/SNNoteMenus.h"
-#include "support/QWManualScheduler.h"
-#include "support/QWTestEnvironment.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"
 
-#include <QTest>
+#include <QSlider>
+#include <QWidgetAction>
 
-namespace {
-
-QStringList checkedItems(QMenu *menu)
-{
-    QStringList checked;
-    const QList<QAction *> items = menu->actions();
-    for (const QAction *item : items) {
-        if (item->isChecked())
-            checked.append(item->text());
-    }
-    return checked;
-}
-
-} // namespace
+using namespace Qt::StringLiterals;
 
 // The menus of a note window's buttons.
 class TestSNNoteMenus final : public QObject
@@ -28,51 +14,62 @@ class TestSNNoteMenus final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void themeMenuListsThemesWithOneChecked();
+    void init() { f.init(); }
+    void cleanup() { f.cleanup(); }
+
+    void themeMenuListsThemesWithTheNotesChecked();
+    void settingsMenuHoldsTheTransparencySlider();
 
 private:
-    // First: the shared stores are made on first use, inside these private folders.
-    QWTestEnvironment m_environment;
-    QWManualScheduler m_scheduler;
+    NoteWindowFixture f;
 };
 
-void TestSNNoteMenus::themeMenuListsThemesWithOneChecked()
+void TestSNNoteMenus::themeMenuListsThemesWithTheNotesChecked()
 {
-    auto note = noteWithText(QStringLiteral("Menu"));
-    note->setThemeName(QStringLiteral("SNHackerTheme"));
+    auto note = noteWithText(u"Menu"_s);
+    note->setThemeName(u"SNHackerTheme"_s);
     auto controller = openNote(note);
     QMenu *menu = controller->menus()->themeMenu();
-
-    QStringList names;
+    const auto checked = [menu] {
+        QStringList names;
+        for (const QAction *item : menu->actions())
+            names.append(item->isChecked() ? item->text() : QString());
+        names.removeAll(QString());
+        return names;
+    };
+    SNThemeManager &registry = SNThemeManager::sharedManager();
+    QCOMPARE(menu->actions().size(), registry.bundledThemes().size());
+    QCOMPARE(checked(), QStringList({ u"Hacker"_s }));
+    // Each with a swatch of its theme.
     for (const QAction *item : menu->actions())
-        names.append(item->text());
-    QCOMPARE(names,
-        QStringList({ QStringLiteral("Yellow"), QStringLiteral("Monospace"),
-            QStringLiteral("Monospace Dark"), QStringLiteral("Dark"), QStringLiteral("English"),
-            QStringLiteral("Hacker"), QStringLiteral("Presentation") }));
-    QCOMPARE(checkedItems(menu), QStringList({ QStringLiteral("Hacker") }));
-    for (const QAction *item : menu->actions()) {
-        QVERIFY(!item->icon().isNull());
-        QCOMPARE(item->icon().availableSizes().first(), QSize(12, 12));
-    }
+        QCOMPARE(item->icon().availableSizes().value(0), QSize(12, 12));
+    const auto swatch = [menu](int index) { return menu->actions()[index]->icon().pixmap(12); };
+    QVERIFY(swatch(0).toImage() != swatch(3).toImage());
 
-    // A user theme saved elsewhere comes in after a separator.
+    // A user theme saved elsewhere comes in after a separator, and can be chosen.
     auto mine = SNUserTheme::theme();
-    mine->setName(QStringLiteral("Mine"));
-    SNThemeManager::sharedManager().addTheme(mine);
-    SNThemeManager::sharedManager().save();
+    mine->setName(u"Mine"_s);
+    registry.addTheme(mine);
+    registry.save();
     const QList<QAction *> items = menu->actions();
-    QCOMPARE(items.size(), 9);
-    QVERIFY(items[7]->isSeparator());
-    QCOMPARE(items[8]->text(), QStringLiteral("Mine"));
-    QCOMPARE(checkedItems(menu), QStringList({ QStringLiteral("Hacker") }));
-
-    items[8]->trigger();
+    QCOMPARE(items.size(), registry.bundledThemes().size() + 2);
+    QVERIFY(items[items.size() - 2]->isSeparator());
+    QCOMPARE(checked(), QStringList({ u"Hacker"_s }));
+    items.last()->trigger();
     QCOMPARE(note->themeName(), mine->saveName());
-    QCOMPARE(checkedItems(menu), QStringList({ QStringLiteral("Mine") }));
+    QCOMPARE(checked(), QStringList({ u"Mine"_s }));
 
-    SNThemeManager::sharedManager().removeTheme(mine);
-    SNThemeManager::sharedManager().save();
+    registry.removeTheme(mine);
+    registry.save();
+}
+
+void TestSNNoteMenus::settingsMenuHoldsTheTransparencySlider()
+{
+    auto controller = openNote(noteWithText(u"See-through"_s));
+    QWidgetAction *item = controller->menus()->alphaMenuItem();
+    QVERIFY(controller->settingsMenu()->actions().contains(item));
+    QCOMPARE(item->defaultWidget(), part<QSlider>(*controller, "alphaSlider")->parentWidget());
+    QVERIFY(item->isVisible());
 }
 
 QTEST_MAIN(TestSNNoteMenus)

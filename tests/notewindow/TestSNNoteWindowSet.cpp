@@ -2,14 +2,13 @@
 #include "kit/QWColor.h"
 #include "kit/widgets/QWWindowManager.h"
 #include "notewindow/SNNoteWindowSet.h"
-#include "support/QWTestEnvironment.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
-#include <QTest>
+using namespace Qt::StringLiterals;
 
-// Which note windows there are and which show: one window per stored note, the tag filter of
-// a note's menu, and tag browsing put back as it was.
+// Which note windows there are and which show: one window per stored note and the tag filter
+// of a note's menu. Tag browsing is the tag browser's tests' to drive.
 class TestSNNoteWindowSet final : public QObject
 {
     Q_OBJECT
@@ -20,12 +19,11 @@ private Q_SLOTS:
 
     void showAllNotesGivesEachNoteOneWindow();
     void noteMenuShowsOnlyTheNotesOfItsTag();
-    void tagBrowsingPutsBackWhatItHid();
 
 private:
     QList<bool> visibility() const;
 
-    QWTestEnvironment m_environment;
+    NoteWindowFixture f;
     std::unique_ptr<SNStickyNoteManager> m_store;
     std::unique_ptr<QWWindowManager> m_windows;
     std::unique_ptr<SNNoteWindowSet> m_set;
@@ -34,16 +32,15 @@ private:
 
 void TestSNNoteWindowSet::init()
 {
-    m_store
-        = std::make_unique<SNStickyNoteManager>(m_environment.dataHome() + QStringLiteral("/set"));
+    f.init();
+    m_store = std::make_unique<SNStickyNoteManager>(f.environment.dataHome() + u"/set"_s);
     for (const auto &note : m_store->notesArray())
         m_store->removeNote(note);
     m_windows = std::make_unique<QWWindowManager>();
     m_set = std::make_unique<SNNoteWindowSet>(*m_store, *m_windows);
-    m_tag = SNTag::tagWithNameColor(QStringLiteral("#work"), QWColor::black());
+    m_tag = SNTag::tagWithNameColor(u"#work"_s, QWColor::black());
     SNTagManager::sharedManager().addTag(m_tag);
-    for (const QString &text : { QStringLiteral("#work report"), QStringLiteral("#work meeting"),
-             QStringLiteral("home") }) {
+    for (const QString &text : { u"#work report"_s, u"#work meeting"_s, u"home"_s }) {
         auto note = noteWithText(text);
         if (text.startsWith(QLatin1Char('#')))
             note->setTags({ m_tag });
@@ -65,6 +62,7 @@ void TestSNNoteWindowSet::cleanup()
     m_set.reset();
     m_windows.reset();
     m_store.reset();
+    f.cleanup();
 }
 
 QList<bool> TestSNNoteWindowSet::visibility() const
@@ -87,7 +85,7 @@ void TestSNNoteWindowSet::showAllNotesGivesEachNoteOneWindow()
     // from a file) gets a window of its own.
     m_set->hideAllNotes();
     QCOMPARE(visibility(), (QList<bool> { false, false, false }));
-    m_store->addNote(noteWithText(QStringLiteral("from a file")));
+    m_store->addNote(noteWithText(u"from a file"_s));
     m_set->showAllNotes(true);
     QCOMPARE(m_set->controllers().size(), 4);
     QCOMPARE(visibility(), (QList<bool> { true, true, true, true }));
@@ -105,47 +103,21 @@ void TestSNNoteWindowSet::noteMenuShowsOnlyTheNotesOfItsTag()
 {
     m_set->showAllNotes(true);
     const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
-    auto presenter = std::make_shared<ScriptedPresenter>();
     for (SNStickyNoteWindowController *controller : controllers)
-        controller->setModalPresenter(presenter);
+        controller->setModalPresenter(f.presenter);
 
     QAction item;
-    item.setData(QStringLiteral("#work"));
+    item.setData(u"#work"_s);
     controllers[2]->showTagsWithItem(&item);
     // The note asking stays in front even without the tag.
     QCOMPARE(visibility(), (QList<bool> { true, true, true }));
     controllers[0]->showTagsWithItem(&item);
     QCOMPARE(visibility(), (QList<bool> { true, true, false }));
-    QCOMPARE(presenter->beeps, 0);
+    QCOMPARE(f.presenter->beeps, 0);
 
-    item.setData(QStringLiteral("#nosuchtag"));
+    item.setData(u"#nosuchtag"_s);
     controllers[0]->showTagsWithItem(&item);
-    QCOMPARE(presenter->beeps, 1);
-    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
-}
-
-void TestSNNoteWindowSet::tagBrowsingPutsBackWhatItHid()
-{
-    m_set->showAllNotes(true);
-    QWidget browser;
-    const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
-    controllers[1]->window()->hide();
-
-    // Nothing picked: every note as it was.
-    m_set->beginTagBrowsing();
-    QCOMPARE(visibility(), (QList<bool> { false, false, false }));
-    m_set->showOnlyNotesWithTags({}, &browser);
-    QVERIFY(m_set->notesShownForTags().isEmpty());
-    m_set->endTagBrowsing();
-    QCOMPARE(visibility(), (QList<bool> { true, false, true }));
-    QVERIFY(!controllers[0]->window()->testAttribute(Qt::WA_ShowWithoutActivating));
-
-    // A pick: the notes of the tag stay, the others stay hidden.
-    m_set->beginTagBrowsing();
-    m_set->showOnlyNotesWithTags({ m_tag }, &browser);
-    QCOMPARE(m_set->notesShownForTags(), controllers.mid(0, 2));
-    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
-    m_set->endTagBrowsing();
+    QCOMPARE(f.presenter->beeps, 1);
     QCOMPARE(visibility(), (QList<bool> { true, true, false }));
 }
 

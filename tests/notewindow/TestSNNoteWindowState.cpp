@@ -1,0 +1,104 @@
+#include "SNNoteWindowTestSupport.h"
+#include "kit/widgets/QWX11WindowState.h"
+#include "notewindow/SNNoteMenus.h"
+#include "notewindow/SNNoteWindowState.h"
+
+#include <QSlider>
+
+using namespace Qt::StringLiterals;
+
+// A note window's frame, pin state and transparency, from the note and back into it.
+class TestSNNoteWindowState final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { f.init(); }
+    void cleanup() { f.cleanup(); }
+
+    void framesComeFromTheNoteAndOnlyANewOneIsSaved();
+    void transparencyComesFromTheNoteAndTheSlider();
+    void pinMenuChoosesTheLevel();
+
+private:
+    NoteWindowFixture f;
+};
+
+void TestSNNoteWindowState::framesComeFromTheNoteAndOnlyANewOneIsSaved()
+{
+    auto note = noteWithText(u"Where I was"_s);
+    note->setWindowFrame(u"{{120, 90}, {270, 230}}"_s);
+    SNStickyNoteManager::sharedManager().addNote(note);
+    SNStickyNoteManager::sharedManager().save();
+    const std::optional<QDateTime> saved = note->dateModified();
+    auto controller = openNote(note);
+    QCOMPARE(controller->window()->geometry(), QRect(120, 90, 270, 230));
+    // Opening moved the window to where the note has it: nothing to save.
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(note->dateModified(), saved);
+    controller->window()->move(70, 90);
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(note->windowFrame(), u"{{70, 90}, {270, 230}}"_s);
+    QVERIFY(note->dateModified() != saved);
+
+    // A new note has no frame: it takes the window's at once.
+    auto fresh = SNStickyNote::note();
+    std::unique_ptr<SNStickyNoteWindowController> freshController(
+        SNStickyNoteWindowController::controllerWithNote(
+            fresh, SNStickyNoteManager::sharedManager()));
+    freshController->window();
+    QVERIFY(!fresh->windowFrame().isEmpty());
+    QCOMPARE(fresh->windowFrame(), freshController->frameString());
+}
+
+void TestSNNoteWindowState::transparencyComesFromTheNoteAndTheSlider()
+{
+    // A stored 0 would be an invisible window: it opens opaque.
+    auto note = noteWithText(u"Faded"_s);
+    note->setWindowAlpha(0.0);
+    SNStickyNoteManager::sharedManager().addNote(note);
+    auto controller = openNote(note);
+    auto *slider = part<QSlider>(*controller, "alphaSlider");
+    QCOMPARE(controller->window()->windowOpacity(), 1.0);
+    QCOMPARE(slider->value(), slider->maximum());
+    QCOMPARE(note->windowAlpha(), 1.0);
+
+    slider->setValue(40);
+    QCOMPARE(controller->window()->windowOpacity(), 0.4);
+    QCOMPARE(note->windowAlpha(), 0.4);
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(archivedNoteWithText(u"Faded"_s)->windowAlpha(), double(0.4f));
+    SNStickyNoteManager::sharedManager().removeNote(note);
+}
+
+void TestSNNoteWindowState::pinMenuChoosesTheLevel()
+{
+    // A pin state this version does not know shows as a normal window, and is kept.
+    auto note = noteWithText(u"Pinned oddly"_s);
+    note->setPinState(7);
+    SNStickyNoteManager::sharedManager().addNote(note);
+    auto controller = openNote(note);
+    const QList<QAction *> items = controller->menus()->pinMenu()->actions();
+    QVERIFY(items[0]->isChecked() && !items[1]->isChecked() && !items[2]->isChecked());
+    QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::Normal);
+    controller->save();
+    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(7));
+
+    const QWX11WindowState::Level levels[] = { QWX11WindowState::Level::Normal,
+        QWX11WindowState::Level::KeepAbove, QWX11WindowState::Level::KeepBelow };
+    for (const int pinState : { 2, 1, 0 }) {
+        items[pinState]->trigger();
+        QCOMPARE(note->pinState(), qint64(pinState));
+        for (int i = 0; i < items.size(); ++i)
+            QCOMPARE(items[i]->isChecked(), i == pinState);
+        QCOMPARE(QWX11WindowState::level(controller->window()), levels[pinState]);
+        QVERIFY(controller->window()->isVisible());
+    }
+    // Each choice is worth a save.
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(0));
+    SNStickyNoteManager::sharedManager().removeNote(note);
+}
+
+QTEST_MAIN(TestSNNoteWindowState)
+#include "TestSNNoteWindowState.moc"
