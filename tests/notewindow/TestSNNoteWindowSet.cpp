@@ -7,8 +7,8 @@
 
 using namespace Qt::StringLiterals;
 
-// Which note windows there are and which show: one window per stored note and the tag filter
-// of a note's menu. Tag browsing is the tag browser's tests' to drive.
+// Which note windows there are and which show: one window per stored note, the tag filter of a
+// note's menu, and tag browsing put back as it was.
 class TestSNNoteWindowSet final : public QObject
 {
     Q_OBJECT
@@ -19,6 +19,7 @@ private Q_SLOTS:
 
     void showAllNotesGivesEachNoteOneWindow();
     void noteMenuShowsOnlyTheNotesOfItsTag();
+    void tagBrowsingPutsBackWhatItHid();
 
 private:
     QList<bool> visibility() const;
@@ -118,6 +119,31 @@ void TestSNNoteWindowSet::noteMenuShowsOnlyTheNotesOfItsTag()
     item.setData(u"#nosuchtag"_s);
     controllers[0]->showTagsWithItem(&item);
     QCOMPARE(f.presenter->beeps, 1);
+    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
+}
+
+void TestSNNoteWindowSet::tagBrowsingPutsBackWhatItHid()
+{
+    m_set->showAllNotes(true);
+    QWidget browser;
+    const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
+    controllers[1]->window()->hide();
+
+    // Nothing picked: every note as it was.
+    m_set->beginTagBrowsing();
+    QCOMPARE(visibility(), (QList<bool> { false, false, false }));
+    m_set->showOnlyNotesWithTags({}, &browser);
+    QVERIFY(m_set->notesShownForTags().isEmpty());
+    m_set->endTagBrowsing();
+    QCOMPARE(visibility(), (QList<bool> { true, false, true }));
+    QVERIFY(!controllers[0]->window()->testAttribute(Qt::WA_ShowWithoutActivating));
+
+    // A pick: the notes of the tag stay, the others stay hidden.
+    m_set->beginTagBrowsing();
+    m_set->showOnlyNotesWithTags({ m_tag }, &browser);
+    QCOMPARE(m_set->notesShownForTags(), controllers.mid(0, 2));
+    QCOMPARE(visibility(), (QList<bool> { true, true, false }));
+    m_set->endTagBrowsing();
     QCOMPARE(visibility(), (QList<bool> { true, true, false }));
 }
 
