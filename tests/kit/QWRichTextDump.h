@@ -97,13 +97,15 @@ public:
         return QString::number(value, 'g', QLocale::FloatingPointShortest);
     }
 
-    // Red, green, blue, and alpha unless opaque.
+    // Red, green, blue, and alpha unless opaque. Asked of unset colours too, which describe()
+    // then leaves out.
     static QString color(const std::optional<QWColor> &color)
     {
-        QStringList components { number(color->redComponent()), number(color->greenComponent()),
-            number(color->blueComponent()) };
-        if (color->alphaComponent() != 1.0)
-            components.append(number(color->alphaComponent()));
+        const QWColor c = color.value_or(QWColor());
+        QStringList components { number(c.redComponent()), number(c.greenComponent()),
+            number(c.blueComponent()) };
+        if (c.alphaComponent() != 1.0)
+            components.append(number(c.alphaComponent()));
         return components.join(u',');
     }
 
