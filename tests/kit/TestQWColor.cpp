@@ -1,9 +1,10 @@
 #include "kit/QWColor.h"
-#include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
 
 #include <QRandomGenerator>
 #include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
 
 class TestQWColor final : public QObject
 {
@@ -14,7 +15,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QWColor>("color");
         QTest::newRow("yellow pad") << QWColor(1.0, 0.8706, 0.4078);
-        QTest::newRow("grey") << QWColor(0.2902, 0.2902, 0.2902);
         QTest::newRow("magenta, half transparent") << QWColor(0.9, 0.1, 0.7, 0.5);
         QTest::newRow("black") << QWColor::black();
     }
@@ -25,10 +25,9 @@ private Q_SLOTS:
         const QWColor::HSB hsb = color.hsb();
         const QWColor back = QWColor::colorWithHueSaturationBrightnessAlpha(
             hsb.hue, hsb.saturation, hsb.brightness, hsb.alpha);
-        QVERIFY(qAbs(back.redComponent() - color.redComponent()) < 1e-12);
-        QVERIFY(qAbs(back.greenComponent() - color.greenComponent()) < 1e-12);
-        QVERIFY(qAbs(back.blueComponent() - color.blueComponent()) < 1e-12);
-        QCOMPARE(back.alphaComponent(), color.alphaComponent());
+        for (const auto component : { &QWColor::redComponent, &QWColor::greenComponent,
+                 &QWColor::blueComponent, &QWColor::alphaComponent })
+            QVERIFY(qAbs((back.*component)() - (color.*component)()) < 1e-12);
         // And against Qt's own conversion.
         const QColor qt = color.toQColor();
         QVERIFY(qAbs(qt.hsvSaturationF() - hsb.saturation) < 1e-3);
@@ -36,6 +35,7 @@ private Q_SLOTS:
         QVERIFY(hsb.saturation == 0 || qAbs(qt.hsvHueF() - hsb.hue) < 1e-3);
     }
 
+    // Saturation between 0.70 and 0.99, brightness between 50/70 and 69/70, all of it used.
     void randomColorsStayInTheirRanges()
     {
         QRandomGenerator generator(42);
@@ -44,15 +44,13 @@ private Q_SLOTS:
         for (int i = 0; i < 5000; ++i) {
             const QWColor color = QWColor::qw_randomColor(generator);
             const QWColor::HSB hsb = color.hsb();
-            QVERIFY2(hsb.saturation >= 0.70 - 1e-9 && hsb.saturation <= 0.99 + 1e-9,
+            QVERIFY2(hsb.saturation >= 0.70 - 1e-9 && hsb.saturation <= 0.99 + 1e-9
+                    && hsb.brightness >= 50.0 / 70.0 - 1e-9 && hsb.brightness <= 69.0 / 70.0 + 1e-9
+                    && color.alphaComponent() == 1.0,
                 qPrintable(color.description()));
-            QVERIFY2(hsb.brightness >= 50.0 / 70.0 - 1e-9 && hsb.brightness <= 69.0 / 70.0 + 1e-9,
-                qPrintable(color.description()));
-            QCOMPARE(color.alphaComponent(), 1.0);
             lowest = std::min(lowest, hsb.brightness);
             highest = std::max(highest, hsb.brightness);
         }
-        // The whole range is used, not one corner of it.
         QVERIFY(lowest < 51.0 / 70.0 && highest > 68.0 / 70.0);
         // Unseeded, the colours differ from call to call.
         QVERIFY(QWColor::qw_randomColor() != QWColor::qw_randomColor()
@@ -68,18 +66,14 @@ private Q_SLOTS:
         QCOMPARE(QWColor::black().qw_darkenBy(0.2f), QWColor::black());
     }
 
-    void archiveRoundTripAndDamage()
+    // Components outside 0...1 are clamped; a colour without components is no colour. (The
+    // keyed archiver's test reads colours back whole.)
+    void damagedArchives()
     {
-        const QWColor color(0.0627, 0.2471, 0.9843, 0.25);
-        QCOMPARE(
-            QWKeyedUnarchiver::decodeObjectOfClass<QWColor>(
-                QWKeyedUnarchiver::parse(QWKeyedArchiver::archivedDataWithRootObject(color)).root),
-            color);
-        // Components outside 0...1 are clamped; a colour without components is no colour.
         const QWArchiveValue wild = QWArchiveValue::fromObject(QWColor::className(),
-            { { QStringLiteral("red"), QWArchiveValue::fromDouble(7.0) },
-                { QStringLiteral("green"), QWArchiveValue::fromDouble(-1.0) },
-                { QStringLiteral("blue"), QWArchiveValue::fromDouble(std::nan("")) } });
+            { { u"red"_s, QWArchiveValue::fromDouble(7.0) },
+                { u"green"_s, QWArchiveValue::fromDouble(-1.0) },
+                { u"blue"_s, QWArchiveValue::fromDouble(std::nan("")) } });
         QCOMPARE(QWKeyedUnarchiver::decodeObjectOfClass<QWColor>(wild), QWColor(1.0, 0.0, 0.0));
         QVERIFY(!QWKeyedUnarchiver::decodeObjectOfClass<QWColor>(
             QWArchiveValue::fromObject(QWColor::className(), {})));

@@ -14,19 +14,18 @@ private Q_SLOTS:
     void marksOnlyMisspeltWords()
     {
         QWSpellChecker checker(u"en_US"_s);
-        QVERIFY(checker.isAvailable());
-        QCOMPARE(checker.language(), u"en_US"_s);
+        QVERIFY(checker.isAvailable() && checker.language() == u"en_US");
         // Quotes are not part of the word; digits and single letters are never marked.
         const QList<QWSpellChecker::Range> expected = { { 0, 3 }, { 8, 4 } };
         QCOMPARE(
             checker.misspelledRangesInString(u"Ths is \"wrld\", don't 2nd x qqq7 cafe."), expected);
-        QVERIFY(!checker.isWordMisspelled(u"world"));
         // The program's own name and the keys its notes talk about.
-        QVERIFY(!checker.isWordMisspelled(u"Vellumo"));
-        QVERIFY(!checker.isWordMisspelled(u"Ctrl"));
+        QVERIFY(!checker.isWordMisspelled(u"Vellumo") && !checker.isWordMisspelled(u"Ctrl"));
         QVERIFY(checker.guessesForWord(u"wrld").contains(u"world"_s));
     }
 
+    // A first suggestion further than one edit from the typed word rewrote what the user meant
+    // ("qwertyuiop" became "qwerty"): such words are only marked.
     void correctsOnlyOneEditAway_data()
     {
         QTest::addColumn<QString>("typed");
@@ -43,10 +42,9 @@ private Q_SLOTS:
     void correctsOnlyOneEditAway()
     {
         QFETCH(QString, typed);
-        QFETCH(QString, corrected);
         QWSpellChecker checker(u"en_US"_s);
         QVERIFY(checker.isWordMisspelled(typed));
-        QCOMPARE(checker.correctionForWord(typed).value_or(QString()), corrected);
+        QTEST(checker.correctionForWord(typed).value_or(QString()), "corrected");
         // A correct word is never replaced.
         QCOMPARE(checker.correctionForWord(u"the"), std::nullopt);
     }
@@ -56,11 +54,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("word");
         QTest::addColumn<QString>("other");
         QTest::addColumn<bool>("oneEdit");
-        QTest::newRow("changed") << u"note"_s << u"nose"_s << true;
         QTest::newRow("added at the end") << u"note"_s << u"notes"_s << true;
         QTest::newRow("last two swapped") << u"notr"_s << u"nort"_s << true;
         QTest::newRow("first two swapped") << u"tset"_s << u"stet"_s << true;
-        QTest::newRow("two changed") << u"wich"_s << u"wite"_s << false;
         QTest::newRow("apart swapped") << u"note"_s << u"eotn"_s << false;
         QTest::newRow("case") << u"Note"_s << u"note"_s << true;
     }
@@ -69,33 +65,27 @@ private Q_SLOTS:
     {
         QFETCH(QString, word);
         QFETCH(QString, other);
-        QFETCH(bool, oneEdit);
-        QCOMPARE(QWSpellChecker::isOneEditAway(word, other), oneEdit);
-        QCOMPARE(QWSpellChecker::isOneEditAway(other, word), oneEdit);
+        QTEST(QWSpellChecker::isOneEditAway(word, other), "oneEdit");
+        QTEST(QWSpellChecker::isOneEditAway(other, word), "oneEdit");
     }
 
-    void ignoredAndLearntWordsPass()
+    // Ignored for this checker, learnt for every one; nothing at all without a dictionary.
+    void ignoredLearntAndMissing()
     {
         QWSpellChecker checker(u"en_US"_s);
-        QVERIFY(checker.isWordMisspelled(u"vellumoish"));
+        QVERIFY(checker.isWordMisspelled(u"vellumoish") && checker.isWordMisspelled(u"notewise"));
         checker.ignoreWord(u"vellumoish"_s);
-        QVERIFY(!checker.isWordMisspelled(u"vellumoish"));
-        QVERIFY(checker.isWordMisspelled(u"notewise"));
         checker.learnWord(u"notewise"_s);
-        QVERIFY(!checker.isWordMisspelled(u"notewise"));
+        QVERIFY(!checker.isWordMisspelled(u"vellumoish") && !checker.isWordMisspelled(u"notewise"));
         QVERIFY(!QWSpellChecker(u"en_US"_s).isWordMisspelled(u"notewise"));
         QVERIFY(QWSpellChecker(u"en_US"_s).isWordMisspelled(u"vellumoish"));
-    }
 
-    void missingDictionaryMarksNothing()
-    {
-        QWSpellChecker checker(u"xx_XX"_s);
-        QVERIFY(!checker.isAvailable());
-        QVERIFY(checker.language().isEmpty());
-        QVERIFY(checker.misspelledRangesInString(u"Ths wrld").isEmpty());
-        QVERIFY(checker.guessesForWord(u"wrld").isEmpty());
-        QCOMPARE(checker.correctionForWord(u"teh"), std::nullopt);
-        checker.learnWord(u"wrld"_s);
+        QWSpellChecker missing(u"xx_XX"_s);
+        QVERIFY(!missing.isAvailable() && missing.language().isEmpty());
+        QVERIFY(missing.misspelledRangesInString(u"Ths wrld").isEmpty());
+        QVERIFY(missing.guessesForWord(u"wrld").isEmpty());
+        QCOMPARE(missing.correctionForWord(u"teh"), std::nullopt);
+        missing.learnWord(u"wrld"_s);
     }
 
 private:

@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 // The application controller opens the tag browser and closes it again, from every place the
 // user asks for it, and lets it go once its window has closed.
 class TestSNTagManagerToggle final : public QObject
@@ -15,50 +17,33 @@ class TestSNTagManagerToggle final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void secondRequestClosesAndTheBrowserIsDropped();
-    void trayMenuHasTheCommand();
+    void secondRequestClosesAndTheBrowserIsDropped()
+    {
+        AppDelegate delegate;
+        delegate.showTagManagerIfNeeded();
+        QPointer<SNTagManagerWindowController> browser = delegate.tagManagerWindowController();
+        QVERIFY(browser && browser->isOpen());
+        QVERIFY(QTest::qWaitForWindowExposed(browser->window()));
+        delegate.showTagManagerIfNeeded();
+        // Gone once its window has closed, on a later turn of the event loop.
+        QTRY_VERIFY(!delegate.tagManagerWindowController());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!browser);
+        // And a new one next time, from the tray menu too.
+        const QList<QAction *> items = delegate.statusItemMenu()->actions();
+        const auto item = std::find_if(items.cbegin(), items.cend(),
+            [](QAction *action) { return action->text() == u"Show Tag Browser"; });
+        QVERIFY(item != items.cend());
+        (*item)->trigger();
+        QVERIFY(delegate.tagManagerWindowController()->isOpen());
+        (*item)->trigger();
+        QTRY_VERIFY(!delegate.tagManagerWindowController());
+    }
 
 private:
     QWTestEnvironment m_environment;
     QWManualScheduler m_scheduler;
 };
-
-void TestSNTagManagerToggle::secondRequestClosesAndTheBrowserIsDropped()
-{
-    AppDelegate delegate;
-    QVERIFY(!delegate.tagManagerWindowController());
-    delegate.showTagManagerIfNeeded();
-    QPointer<SNTagManagerWindowController> browser = delegate.tagManagerWindowController();
-    QVERIFY(browser);
-    QVERIFY(browser->isOpen());
-    QVERIFY(QTest::qWaitForWindowExposed(browser->window()));
-
-    delegate.showTagManagerIfNeeded();
-    // Gone once its window has closed, on a later turn of the event loop.
-    QTRY_VERIFY(!delegate.tagManagerWindowController());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(!browser);
-
-    // And a new one next time.
-    delegate.showTagManagerIfNeeded();
-    QVERIFY(delegate.tagManagerWindowController());
-    QVERIFY(delegate.tagManagerWindowController()->isOpen());
-}
-
-void TestSNTagManagerToggle::trayMenuHasTheCommand()
-{
-    AppDelegate delegate;
-    QAction *item = nullptr;
-    for (QAction *action : delegate.statusItemMenu()->actions()) {
-        if (action->text() == QStringLiteral("Show Tag Browser"))
-            item = action;
-    }
-    QVERIFY(item);
-    item->trigger();
-    QVERIFY(delegate.tagManagerWindowController());
-    item->trigger();
-    QTRY_VERIFY(!delegate.tagManagerWindowController());
-}
 
 QTEST_MAIN(TestSNTagManagerToggle)
 #include "TestSNTagManagerToggle.moc"

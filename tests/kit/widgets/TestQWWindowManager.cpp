@@ -1,228 +1,142 @@
+#include "QWTestWindowController.h"
 #include "kit/QWNotificationCenter.h"
-#include "kit/widgets/QWWindowController.h"
 #include "kit/widgets/QWWindowManager.h"
 
 #include <QApplication>
 #include <QPointer>
 #include <QTest>
 
-#include <algorithm>
-
-// Announces its window's closing from the close itself, as a real controller does.
-class TestWindowController : public QWWindowController
-{
-    Q_OBJECT
-
-protected:
-    std::unique_ptr<QWidget> loadWindow() override
-    {
-        auto window = std::make_unique<QWidget>();
-        window->installEventFilter(this);
-        return window;
-    }
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (watched == window() && event->type() == QEvent::Close)
-            announceWindowWillClose();
-        return false;
-    }
-};
-
-class TestDerivedWindowController final : public TestWindowController
-{
-    Q_OBJECT
-};
-
+using namespace Qt::Literals::StringLiterals;
 using Controllers = QList<QWWindowController *>;
 using Windows = QList<QWidget *>;
 
-static void waitForActive(QWidget *window)
+namespace {
+
+Controllers make(int count)
 {
-    QTRY_COMPARE(QApplication::activeWindow(), window);
+    Controllers controllers;
+    for (int i = 0; i < count; ++i)
+        controllers.append(new QWTestWindowController);
+    return controllers;
 }
+
+} // namespace
 
 class TestQWWindowManager final : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    // Each window is loaded, prepared once and shown before the next one is loaded: the window
+    // manager starts on it while the next ones are still to be built.
     void adding()
     {
         QWWindowManager manager;
-        auto *first = new TestWindowController;
-        manager.addWindowWithController(first);
-        QVERIFY(first->window()->isVisible());
-        QCOMPARE(first->parent(), &manager);
-        // Once in the list, shown again each time.
-        first->window()->hide();
-        manager.addWindowWithControllerShouldShow(first, true);
-        manager.addWindowWithController(nullptr);
-        QCOMPARE(manager.windowControllers(), Controllers { first });
-        QVERIFY(first->window()->isVisible());
-
-        // Without showing: loaded, so that closing and activation are seen, but hidden.
-        auto *hidden = new TestWindowController;
-        manager.addWindowControllersShouldShow({ hidden }, false);
-        QVERIFY(hidden->isWindowLoaded() && !hidden->window()->isVisible());
-
-        // Several: each shown and put in front in turn, the last one ends in front and active.
-        auto *second = new TestWindowController;
-        auto *third = new TestWindowController;
-        manager.addWindowControllers({ second, third });
-        QCOMPARE(manager.windowControllers(), (Controllers { first, hidden, second, third }));
-        QVERIFY(hidden->window()->isVisible());
-        waitForActive(third->window());
-        QCOMPARE(manager.orderedWindows().first(), third->window());
-    }
-
-    // The window manager gets each window while the next ones are still to be built.
-    void eachWindowIsPreparedOnceAndShownBeforeTheNextIsLoaded()
-    {
-        QWWindowManager manager;
-        const Controllers all { new TestWindowController, new TestWindowController,
-            new TestWindowController };
-        // Per controller when prepared: whether it was visible, how many were loaded and shown.
-        QList<std::tuple<QWWindowController *, bool, qsizetype, qsizetype>> prepared;
+        const Controllers c = make(4);
+        QStringList prepared; // visible, how many loaded and shown
         manager.setWindowPreparation([&](QWWindowController *controller) {
-            prepared.append({ controller, controller->window()->isVisible(),
-                std::count_if(
-                    all.cbegin(), all.cend(), [](auto *c) { return c->isWindowLoaded(); }),
-                std::count_if(all.cbegin(), all.cend(),
-                    [](auto *c) { return c->isWindowLoaded() && c->window()->isVisible(); }) });
+            int loaded = 0, shown = 0;
+            for (QWWindowController *each : c) {
+                loaded += each->isWindowLoaded();
+                shown += each->isWindowLoaded() && each->window()->isVisible();
+            }
+            prepared.append(
+                u"%1 %2 %3"_s.arg(controller->window()->isVisible()).arg(loaded).arg(shown));
         });
-        manager.addWindowControllers(all);
-        QCOMPARE(prepared,
-            (QList<std::tuple<QWWindowController *, bool, qsizetype, qsizetype>> {
-                { all[0], false, 1, 0 }, { all[1], false, 2, 1 }, { all[2], false, 3, 2 } }));
-
-        // Prepared once: showing a managed window again does not prepare it again.
-        all[1]->window()->hide();
-        manager.addWindowWithController(all[1]);
-        manager.addWindowControllersShouldShow({ all[2] }, true);
-        QCOMPARE(prepared.size(), 3);
-        auto *hidden = new TestWindowController;
-        manager.addWindowWithControllerShouldShow(hidden, false);
-        QCOMPARE(std::get<0>(prepared.last()), hidden);
-    }
-
-    void controllersForClassFollowInheritance()
-    {
-        QWWindowManager manager;
-        auto *base = new TestWindowController;
-        auto *derived = new TestDerivedWindowController;
-        manager.addWindowControllersShouldShow({ base, derived }, false);
-        QCOMPARE(manager.windowControllersForClass(TestWindowController::staticMetaObject),
-            (Controllers { base, derived }));
-        QCOMPARE(manager.windowControllersForClass<TestDerivedWindowController>(),
-            QList<TestDerivedWindowController *> { derived });
-        QVERIFY(manager.windowControllersForClass(QWidget::staticMetaObject).isEmpty());
+        // Without showing: loaded, so that closing and activation are seen, but hidden.
+        manager.addWindowWithControllerShouldShow(c[0], false);
+        QVERIFY(c[0]->isWindowLoaded() && !c[0]->window()->isVisible());
+        QCOMPARE(c[0]->parent(), &manager);
+        manager.addWindowControllers(c);
+        manager.addWindowWithController(nullptr);
+        QCOMPARE(manager.windowControllers(), c);
+        QCOMPARE(prepared, (QStringList { u"0 1 0"_s, u"0 2 1"_s, u"0 3 2"_s, u"0 4 3"_s }));
+        // The last one ends in front and active.
+        QVERIFY(c[0]->window()->isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), c[3]->window());
+        QCOMPARE(manager.orderedWindows().first(), c[3]->window());
+        // Once in the list, shown again each time and not prepared again.
+        c[1]->window()->hide();
+        manager.addWindowWithController(c[1]);
+        QVERIFY(c[1]->window()->isVisible());
+        QCOMPARE(prepared.size(), 4);
     }
 
     void closing()
     {
         QStringList posted;
-        QList<qsizetype> heldWhenPosted;
         QPointer<QWWindowManager> held;
-        std::vector<QWNotificationCenter::Observation> observations;
-        for (const QString &name : { QWWindowManager::willCloseAllWindowsNotification,
-                 QWWindowManager::didCloseAllWindowsNotification }) {
-            observations.push_back(QWNotificationCenter::defaultCenter().observeNameObjectHandler(
-                name, nullptr, [&](const QWNotification &notification) {
-                    posted.append(notification.name);
-                    heldWhenPosted.append(held ? held->windowControllers().size() : -1);
-                }));
-        }
-        QPointer<TestWindowController> kept = new TestWindowController;
+        const auto observation = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
+            {}, nullptr, [&](const QWNotification &notification) {
+                posted.append(u"%1 with %2 held"_s.arg(notification.name)
+                                  .arg(held ? held->windowControllers().size() : -1));
+            });
+        QPointer<QWWindowController> kept;
         {
             QWWindowManager manager;
             held = &manager;
-            QPointer<TestWindowController> first = new TestWindowController;
-            auto *second = new TestWindowController;
-            manager.addWindowControllers({ first, second, kept });
+            const Controllers c = make(3);
+            QPointer<QWWindowController> first = c[0];
+            kept = c[2];
+            manager.addWindowControllers(c);
 
             first->window()->close();
-            QCOMPARE(manager.windowControllers(), (Controllers { second, kept }));
+            QCOMPARE(manager.windowControllers(), c.mid(1));
             // Deleted, but not while it is still closing its window.
             QVERIFY(first);
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             QVERIFY(!first);
             // Deleted elsewhere: its window went with it.
-            delete second;
+            delete c[1];
             QCOMPARE(manager.windowControllers(), Controllers { kept });
             QVERIFY(posted.isEmpty());
 
             // The last one: "will" while it is still held, then "did" once the list is empty.
             kept->window()->close();
             QCOMPARE(posted,
-                (QStringList { QWWindowManager::willCloseAllWindowsNotification,
-                    QWWindowManager::didCloseAllWindowsNotification }));
-            QCOMPARE(heldWhenPosted, (QList<qsizetype> { 1, 0 }));
+                (QStringList { QWWindowManager::willCloseAllWindowsNotification + u" with 1 held"_s,
+                    QWWindowManager::didCloseAllWindowsNotification + u" with 0 held"_s }));
             // Closing again before it is gone is not counted twice.
             kept->window()->show();
             kept->window()->close();
-            QCOMPARE(posted.size(), 2);
-
             // Controllers still held go with the manager, which is no close.
-            kept = new TestWindowController;
+            kept = make(1)[0];
             manager.addWindowWithController(kept);
         }
         QVERIFY(!kept);
         QCOMPARE(posted.size(), 2);
     }
 
+    // Which windows come to the front, and in which order (the integration test has a window
+    // manager tell the order the user sees).
     void hidingAndBringingToTheFront()
     {
         QWWindowManager manager;
-        auto *a = new TestWindowController;
-        auto *b = new TestWindowController;
-        auto *c = new TestWindowController;
-        manager.addWindowControllers({ a, b, c });
-        waitForActive(c->window());
-        a->window()->activateWindow(); // the user clicks a: a, c, b from the front
-        waitForActive(a->window());
-        const Windows beforeHiding { a->window(), c->window(), b->window() };
-        QCOMPARE(manager.orderedWindows(), beforeHiding);
-
+        const Controllers c = make(4);
+        const Windows w { c[0]->window(), c[1]->window(), c[2]->window(), c[3]->window() };
+        manager.addWindowControllers(c.first(3));
+        QTRY_COMPARE(QApplication::activeWindow(), w[2]);
         manager.hideAllWindowControllers();
-        QCOMPARE(manager.windowControllers(), (Controllers { a, b, c }));
-        QVERIFY(
-            !a->window()->isVisible() && !b->window()->isVisible() && !c->window()->isVisible());
-        // Meanwhile one note is brought forward on its own, from the notes menu.
-        manager.showWindow(b->window());
-        waitForActive(b->window());
+        QVERIFY(!w[0]->isVisible() && !w[1]->isVisible() && !w[2]->isVisible());
+        // Since hiding: one window closed, one added without showing, one brought forward.
+        w[0]->close();
+        manager.addWindowWithControllerShouldShow(c[3], false);
+        manager.showWindow(w[1]);
+        QTRY_COMPARE(QApplication::activeWindow(), w[1]);
         manager.bringWindowControllersToTheFront();
-        QCOMPARE(manager.orderedWindows(), beforeHiding);
-        waitForActive(a->window());
+        QCOMPARE(manager.orderedWindows(), (Windows { w[2], w[1], w[3] }));
+        QVERIFY(!w[3]->isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), w[2]);
 
-        // The captured order is used once: then the present one.
-        c->window()->activateWindow();
-        waitForActive(c->window());
+        // The order from before hiding is used once: then the present one, where a window never
+        // shown has a place at the back (a start at login with the notes hidden must not leave
+        // them hidden for good).
+        w[1]->activateWindow(); // the user clicks it
+        QTRY_COMPARE(QApplication::activeWindow(), w[1]);
         manager.bringWindowControllersToTheFront();
-        QCOMPARE(manager.orderedWindows(), (Windows { c->window(), a->window(), b->window() }));
-        QCOMPARE(QApplication::activeWindow(), c->window());
-
-        // A window closed since the capture is left out, and one added since is not in it.
-        manager.hideAllWindowControllers();
-        c->window()->close();
-        auto *neverShown = new TestWindowController;
-        manager.addWindowWithControllerShouldShow(neverShown, false);
-        manager.bringWindowControllersToTheFront();
-        QVERIFY(a->window()->isVisible() && b->window()->isVisible());
-        QVERIFY(!neverShown->window()->isVisible());
-        waitForActive(a->window());
-        // In the present order a window never shown has a place at the back (a start at login
-        // with the notes hidden must not leave them hidden for good).
-        manager.bringWindowControllersToTheFront();
-        QCOMPARE(
-            manager.orderedWindows(), (Windows { a->window(), b->window(), neverShown->window() }));
-        QVERIFY(neverShown->window()->isVisible());
-
-        // Without windows of its own, bringing to the front changes no other window.
-        QWidget other;
-        other.setGeometry(50, 60, 120, 90);
-        QWWindowManager().bringWindowControllersToTheFront();
-        QVERIFY(!other.isVisible());
-        QCOMPARE(other.geometry(), QRect(50, 60, 120, 90));
+        QCOMPARE(manager.orderedWindows(), (Windows { w[1], w[2], w[3] }));
+        QVERIFY(w[3]->isVisible());
+        QCOMPARE(QApplication::activeWindow(), w[1]);
     }
 };
 

@@ -1,4 +1,5 @@
 #include "kit/widgets/QWX11WindowState.h"
+#include "support/QWProgramDriver.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -8,17 +9,23 @@
 
 #include <memory>
 
+using namespace Qt::Literals::StringLiterals;
 using Level = QWX11WindowState::Level;
 
 namespace {
 
-const QString above = QStringLiteral("_NET_WM_STATE_ABOVE");
-const QString below = QStringLiteral("_NET_WM_STATE_BELOW");
-const QString skipTaskbar = QStringLiteral("_NET_WM_STATE_SKIP_TASKBAR");
-const QString allDesktops = QStringLiteral("4294967295");
+const QRect frame(200, 150, 240, 180);
 
-// Qt replaces the X11 window of a window shown again after a change of level, and only its
-// QWindow knows the new one.
+// Frameless, as a note is: its geometry is its frame.
+std::unique_ptr<QWidget> makeWindow()
+{
+    auto window = std::make_unique<QWidget>(nullptr, Qt::Window | Qt::FramelessWindowHint);
+    window->setGeometry(frame);
+    return window;
+}
+
+// Qt replaces the X11 window of a window shown again after a change of level: only its QWindow
+// knows the new one.
 WId nativeId(const QWidget &window)
 {
     return window.windowHandle() ? window.windowHandle()->winId() : 0;
@@ -26,35 +33,32 @@ WId nativeId(const QWidget &window)
 
 // What the X server holds, read by a program that is not ours: the value after "=" (after "#"
 // for a window), or for WM_STATE the window state ("Normal" once the window manager shows it).
-QString xprop(const QStringList &arguments)
+QString xprop(const QWidget *window, const QString &property)
 {
-    QProcess process;
-    process.start(QStringLiteral("xprop"), arguments);
-    process.waitForFinished(5000);
-    const QString output = QString::fromLocal8Bit(process.readAllStandardOutput());
-    const QRegularExpressionMatch match
-        = QRegularExpression(QStringLiteral("(?:= |window state: |# )(.*)")).match(output);
-    return match.hasMatch() ? match.captured(1).trimmed() : QString();
-}
-
-QString property(const QWidget &window, const QString &name)
-{
-    return xprop({ QStringLiteral("-id"), QString::number(nativeId(window)), name });
-}
-
-QStringList states(const QWidget &window)
-{
-    return property(window, QStringLiteral("_NET_WM_STATE")).split(QStringLiteral(", "));
-}
-
-QString desktop(const QWidget &window)
-{
-    return property(window, QStringLiteral("_NET_WM_DESKTOP"));
+    const QString id = window ? QString::number(nativeId(*window)) : QString();
+    const QString output = QWProgramDriver::run(u"xprop"_s,
+        window ? QStringList { u"-id"_s, id, property } : QStringList { u"-root"_s, property });
+    return QRegularExpression(u"(?:= |window state: |# )(.*)"_s)
+        .match(output)
+        .captured(1)
+        .trimmed();
 }
 
 bool isMapped(const QWidget &window)
 {
-    return property(window, QStringLiteral("WM_STATE")) == QStringLiteral("Normal");
+    return xprop(&window, u"WM_STATE"_s) == u"Normal"_s;
+}
+
+// The states of ours among the window's, and its workspace (4294967295: all of them).
+QString seen(const QWidget &window)
+{
+    QString result;
+    const QStringList states = xprop(&window, u"_NET_WM_STATE"_s).split(u", "_s);
+    for (const QString &state : { u"ABOVE"_s, u"BELOW"_s, u"SKIP_TASKBAR"_s }) {
+        if (states.contains(u"_NET_WM_STATE_"_s + state))
+            result += state + u' ';
+    }
+    return result + u"desktop "_s + xprop(&window, u"_NET_WM_DESKTOP"_s);
 }
 
 } // namespace
@@ -68,150 +72,86 @@ private Q_SLOTS:
     {
         QVERIFY2(QWX11WindowState::isX11(), "runs on an X server (tests/support/run-under-x11.sh)");
     }
-    void init()
-    {
-        m_window = makeWindow();
-        m_window->show();
-        QTRY_VERIFY(isMapped(*m_window));
-    }
-    void cleanup() { m_window.reset(); }
 
-    void eachLevelCarriesItsStateApartFromTheTaskbar();
-    void statesSurviveHidingAndShowing();
-    void statesSetBeforeTheFirstShowComeWithTheMapping();
-    void activationIsGrantedWhileAnotherProgramIsActive();
-
-private:
-    // Frameless, as a note is: its geometry is its frame.
-    std::unique_ptr<QWidget> makeWindow() const
+    void statesReachTheWindowManager_data()
     {
-        auto window = std::make_unique<QWidget>(nullptr, Qt::Window | Qt::FramelessWindowHint);
-        window->setGeometry(m_frame);
-        return window;
-    }
-    void verifyShownInPlace(const QWidget &window) const
-    {
-        QVERIFY(window.isVisible());
-        QVERIFY(isMapped(window));
-        QCOMPARE(window.geometry(), m_frame);
+        QTest::addColumn<QString>("when"); // the window is changed: shown, hidden, not yet shown
+        QTest::addColumn<Level>("fromLevel");
+        QTest::addColumn<bool>("fromSkips");
+        QTest::addColumn<Level>("level");
+        QTest::addColumn<bool>("skips");
+        QTest::addColumn<QString>("seen");
+        const QString below = u"BELOW SKIP_TASKBAR desktop 4294967295"_s;
+        QTest::newRow("kept above, out of the taskbar")
+            << u"shown"_s << Level::Normal << false << Level::KeepAbove << true
+            << u"ABOVE SKIP_TASKBAR desktop 0"_s;
+        QTest::newRow("kept below, out of the taskbar")
+            << u"shown"_s << Level::KeepAbove << false << Level::KeepBelow << true << below;
+        QTest::newRow("back to normal, on the workspace in view")
+            << u"shown"_s << Level::KeepBelow << true << Level::Normal << false << u"desktop 0"_s;
+        // Nothing of the old state is left.
+        QTest::newRow("changed while hidden") << u"hidden"_s << Level::KeepBelow << true
+                                              << Level::KeepAbove << false << u"ABOVE desktop 0"_s;
+        // The window manager takes the window in with them rather than showing it in the
+        // taskbar first: they are there before any event is handled.
+        QTest::newRow("before the first show")
+            << u"not yet shown"_s << Level::Normal << false << Level::KeepBelow << true << below;
     }
 
-    const QRect m_frame { 200, 150, 240, 180 };
-    std::unique_ptr<QWidget> m_window;
+    void statesReachTheWindowManager()
+    {
+        QFETCH(QString, when);
+        QFETCH(Level, fromLevel);
+        QFETCH(bool, fromSkips);
+        QFETCH(Level, level);
+        QFETCH(bool, skips);
+        QFETCH(QString, seen);
+        const std::unique_ptr<QWidget> window = makeWindow();
+        QWX11WindowState::setLevel(window.get(), fromLevel);
+        QWX11WindowState::setSkipsTaskbar(window.get(), fromSkips);
+        if (when != u"not yet shown") {
+            window->show();
+            QTRY_VERIFY(isMapped(*window));
+            if (when == u"hidden")
+                window->hide();
+        }
+        QWX11WindowState::setLevel(window.get(), level);
+        QWX11WindowState::setSkipsTaskbar(window.get(), skips);
+        QVERIFY(window->windowFlags().testFlag(Qt::FramelessWindowHint));
+        window->show();
+        if (when == u"not yet shown")
+            QCOMPARE(::seen(*window), seen);
+        for (int round = 0; round < 2; ++round) { // shown where it was, again after hiding
+            QTRY_COMPARE(::seen(*window), seen);
+            QTRY_VERIFY(isMapped(*window));
+            QCOMPARE(window->geometry(), frame);
+            window->hide();
+            QTRY_VERIFY(!isMapped(*window));
+            window->show();
+        }
+    }
+
+    void activationIsGrantedWhileAnotherProgramIsActive()
+    {
+        const std::unique_ptr<QWidget> window = makeWindow();
+        window->show();
+        QTRY_VERIFY(isMapped(*window));
+        const auto active
+            = [] { return xprop(nullptr, u"_NET_ACTIVE_WINDOW"_s).toULongLong(nullptr, 0); };
+        // A new window of another program takes the focus under openbox.
+        QProcess other;
+        other.start(u"xmessage"_s, { u"-geometry"_s, u"+700+500"_s, u"other"_s });
+        QVERIFY(other.waitForStarted());
+        QTRY_VERIFY(active() != 0 && active() != nativeId(*window));
+        QTRY_VERIFY(!window->isActiveWindow());
+
+        QVERIFY(QWX11WindowState::requestActivation(window.get()));
+        QTRY_COMPARE(active(), nativeId(*window));
+        QTRY_VERIFY(window->isActiveWindow());
+        other.kill();
+        other.waitForFinished();
+    }
 };
-
-void TestQWX11WindowStateIntegration::eachLevelCarriesItsStateApartFromTheTaskbar()
-{
-    QWidget &window = *m_window;
-    QWX11WindowState::setLevel(&window, Level::KeepAbove);
-    QCOMPARE(QWX11WindowState::level(&window), Level::KeepAbove);
-    QVERIFY(window.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
-    QTRY_VERIFY(states(window).contains(above));
-    QVERIFY(!states(window).contains(below));
-    QVERIFY(desktop(window) != allDesktops);
-    verifyShownInPlace(window);
-
-    QWX11WindowState::setLevel(&window, Level::KeepBelow);
-    QCOMPARE(window.windowFlags() & (Qt::WindowStaysOnTopHint | Qt::WindowStaysOnBottomHint),
-        Qt::WindowStaysOnBottomHint);
-    QVERIFY(window.windowFlags().testFlag(Qt::FramelessWindowHint));
-    QTRY_VERIFY(states(window).contains(below) && !states(window).contains(above));
-    QTRY_COMPARE(desktop(window), allDesktops);
-    verifyShownInPlace(window);
-
-    QWX11WindowState::setLevel(&window, Level::Normal);
-    QTRY_VERIFY(!states(window).contains(below) && !states(window).contains(above));
-    QTRY_COMPARE(desktop(window), QStringLiteral("0")); // back on the workspace in view
-    verifyShownInPlace(window);
-
-    // The taskbar presence switches apart from the level.
-    QVERIFY(!states(window).contains(skipTaskbar));
-    QWX11WindowState::setSkipsTaskbar(&window, true);
-    QVERIFY(QWX11WindowState::skipsTaskbar(&window));
-    QWX11WindowState::setLevel(&window, Level::KeepAbove);
-    QTRY_VERIFY(states(window).contains(skipTaskbar) && states(window).contains(above));
-    QWX11WindowState::setSkipsTaskbar(&window, false);
-    QTRY_VERIFY(!states(window).contains(skipTaskbar));
-    QVERIFY(states(window).contains(above));
-    verifyShownInPlace(window);
-}
-
-void TestQWX11WindowStateIntegration::statesSurviveHidingAndShowing()
-{
-    QWidget &window = *m_window;
-    const auto hideAndShow = [&] {
-        window.hide();
-        QTRY_VERIFY(!isMapped(window));
-        window.show();
-        QTRY_VERIFY(isMapped(window));
-    };
-    QWX11WindowState::setLevel(&window, Level::KeepBelow);
-    QWX11WindowState::setSkipsTaskbar(&window, true);
-    QTRY_COMPARE(desktop(window), allDesktops);
-    // A new X11 window after the change of level: the hints follow as requests.
-    hideAndShow();
-    QTRY_VERIFY(states(window).contains(below) && states(window).contains(skipTaskbar));
-    QTRY_COMPARE(desktop(window), allDesktops);
-
-    // Changed while hidden: back in the new state, with nothing of the old.
-    window.hide();
-    QWX11WindowState::setLevel(&window, Level::KeepAbove);
-    QWX11WindowState::setSkipsTaskbar(&window, false);
-    QVERIFY(!window.isVisible());
-    window.show();
-    QTRY_VERIFY(isMapped(window) && states(window).contains(above));
-    QVERIFY(!states(window).contains(below) && !states(window).contains(skipTaskbar));
-    QVERIFY(desktop(window) != allDesktops);
-    verifyShownInPlace(window);
-
-    // No change of level: the same X11 window, given its hints again before it is mapped.
-    QWX11WindowState::setSkipsTaskbar(&window, true);
-    QTRY_VERIFY(states(window).contains(skipTaskbar));
-    const WId before = nativeId(window);
-    hideAndShow();
-    QCOMPARE(nativeId(window), before);
-    QVERIFY(states(window).contains(above) && states(window).contains(skipTaskbar));
-}
-
-void TestQWX11WindowStateIntegration::statesSetBeforeTheFirstShowComeWithTheMapping()
-{
-    std::unique_ptr<QWidget> window = makeWindow();
-    QWX11WindowState::setLevel(window.get(), Level::KeepBelow);
-    QWX11WindowState::setSkipsTaskbar(window.get(), true);
-    window->show();
-    // Before any event is handled: the window manager takes the window in with them rather
-    // than showing it in the taskbar first.
-    QVERIFY(states(*window).contains(skipTaskbar));
-    QCOMPARE(desktop(*window), allDesktops);
-    QTRY_VERIFY(isMapped(*window) && states(*window).contains(below));
-    QVERIFY(states(*window).contains(skipTaskbar));
-    verifyShownInPlace(*window);
-}
-
-void TestQWX11WindowStateIntegration::activationIsGrantedWhileAnotherProgramIsActive()
-{
-    const auto active = [] {
-        return xprop({ QStringLiteral("-root"), QStringLiteral("_NET_ACTIVE_WINDOW") })
-            .toULongLong(nullptr, 0);
-    };
-    // A new window of another program takes the focus under openbox.
-    QProcess other;
-    other.start(QStringLiteral("xmessage"),
-        { QStringLiteral("-geometry"), QStringLiteral("+700+500"), QStringLiteral("other") });
-    QVERIFY(other.waitForStarted());
-    QTRY_VERIFY(active() != 0 && active() != nativeId(*m_window));
-    QTRY_VERIFY(!m_window->isActiveWindow());
-
-    QVERIFY(QWX11WindowState::requestActivation(m_window.get()));
-    QTRY_COMPARE(active(), nativeId(*m_window));
-    QTRY_VERIFY(m_window->isActiveWindow());
-
-    // Nothing is asked for a hidden window.
-    m_window->hide();
-    QVERIFY(!QWX11WindowState::requestActivation(m_window.get()));
-    other.kill();
-    other.waitForFinished();
-}
 
 QTEST_MAIN(TestQWX11WindowStateIntegration)
 #include "TestQWX11WindowStateIntegration.moc"
