@@ -85,9 +85,13 @@ void SNNoteWindowSet::showAllNotes(bool shouldShow)
     // Notes that already have a window are only brought forward. A note opened from a file
     // before the stored notes were first shown must not keep those from getting windows, so
     // every note without one gets one here.
+    // Looked up once: at start-up every stored note is asked about.
+    QSet<const SNStickyNote *> shown;
+    for (const SNStickyNoteWindowController *controller : controllers())
+        shown.insert(controller->note().get());
     QList<SNStickyNoteWindowController *> created;
     for (const std::shared_ptr<SNStickyNote> &note : m_store.notesArray()) {
-        if (controllerForNote(note.get()))
+        if (shown.contains(note.get()))
             continue;
         SNStickyNoteWindowController *controller = makeController(note);
         controller->setShouldCascadeWindows(false);
