@@ -40,9 +40,6 @@ private Q_SLOTS:
         const QString text = u"Buy #milk and #eggs, #milk"_s;
         const QList<std::shared_ptr<SNTag>> tags = SNHashtagScanner::tokenizeTags(text, *m_tags);
         QCOMPARE(names(tags), (QStringList { u"#milk"_s, u"#eggs"_s }));
-        // New names entered the index.
-        QCOMPARE(m_tags->count(), 2);
-        QCOMPARE(m_tags->tagWithName(u"#milk"_s), tags.first());
         QCOMPARE(QWRichTextDump::describe(SNHashtagScanner::taggedString(QWAttributedString(text))),
             u"\"Buy \"\n\"#milk\" link=\"#milk\" tag=\"#milk\"\n\" and \"\n"
             "\"#eggs\" link=\"#eggs\" tag=\"#eggs\"\n\", \"\n\"#milk\" link=\"#milk\" tag=\"#milk\"\n"_s);
@@ -65,11 +62,6 @@ private Q_SLOTS:
         QCOMPARE(m_tags->count(), 0);
         QCOMPARE(
             SNHashtagScanner::taggedString(QWAttributedString(text)), QWAttributedString(text));
-        // Lenient: a tag anywhere in the string will do.
-        QVERIFY(!SNHashtagScanner::stringIsValidTag(u"#"_s));
-        QVERIFY(!SNHashtagScanner::stringIsValidTag(u"# milk"_s));
-        QVERIFY(SNHashtagScanner::stringIsValidTag(u"#m"_s));
-        QVERIFY(SNHashtagScanner::stringIsValidTag(u"x #milk y"_s));
     }
 
     void staleMarkersAreClearedLeniently()
@@ -95,13 +87,6 @@ private Q_SLOTS:
         QCOMPARE(QWRichTextDump::describe(stored),
             u"\"#tea\" link=\"#teapot\" tag=\"#teapot\"\n"
             "\"pot\" bold link=\"#teapot\" tag=\"#teapot\"\n"_s);
-
-        // An edited document keeps no stored markers: the editor reads tags from the words.
-        QTextDocument document;
-        stored.toTextDocument(document);
-        SNHashtagScanner::removeTagMarkers(document);
-        QCOMPARE(QWAttributedString::fromTextDocument(document),
-            QWAttributedString(u"#teapot"_s, { { 4, 3, bold } }));
     }
 
     void findsTheTagUnderACharacter()

@@ -1,6 +1,4 @@
-#include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
-#include "kit/QWNotificationCenter.h"
 #include "notes/SNStickyNote.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
@@ -84,22 +82,6 @@ private Q_SLOTS:
         QCOMPARE(index().tagWithName(u"#twin"_s), twins[1]);
     }
 
-    void oneNotificationHalfASecondAfterABurst()
-    {
-        QList<double> postedAt;
-        const QWNotificationCenter::Observation observation
-            = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
-                SNTagManager::updatedTagsNotification, nullptr,
-                [&](const QWNotification &) { postedAt.append(m_scheduler->now()); });
-        for (int i = 0; i < 10; ++i) {
-            index().addTag(newTag(u"#t%1"_s.arg(i)));
-            m_scheduler->advanceBy(0.04);
-        }
-        m_scheduler->advanceBy(5.0);
-        QCOMPARE(postedAt.size(), 1);
-        QVERIFY(qAbs(postedAt.first() - (0.36 + 0.5)) < 1e-6);
-    }
-
     void tagsLeaveWithTheirLastNote()
     {
         const std::shared_ptr<SNTag> tag = newTag(u"#errands"_s);
@@ -117,40 +99,8 @@ private Q_SLOTS:
         QCOMPARE(second->tags().size(), 1); // a deleted note keeps its own list
     }
 
-    void loadedNotesShareTagObjects()
+    void damagedArchives()
     {
-        const auto makeNote = [](const QString &text) {
-            auto note = std::make_shared<SNStickyNote>();
-            note->setAttributedString(QWAttributedString(text));
-            note->setTags({ newTag(u"#shopping"_s) });
-            return note;
-        };
-        // Two notes written with two tag objects of one name...
-        const QByteArray archive
-            = QWKeyedArchiver::archivedDataWithRootObject(QList<std::shared_ptr<SNStickyNote>> {
-                makeNote(u"milk #shopping"_s), makeNote(u"bread #shopping"_s) });
-        // ...read back as one tag that knows both notes.
-        const QList<std::shared_ptr<SNStickyNote>> notes
-            = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<SNStickyNote>>(
-                QWKeyedUnarchiver::parse(archive).root);
-        QCOMPARE(notes.size(), 2);
-        QCOMPARE(index().count(), 1);
-        const std::shared_ptr<SNTag> shared = index().tagWithName(u"#shopping"_s);
-        QCOMPARE(notes[0]->tags().value(0), shared);
-        QCOMPARE(notes[1]->tags().value(0), shared);
-        QCOMPARE(shared->notes().size(), 2);
-    }
-
-    void archiveRoundTripAndDamage()
-    {
-        const std::shared_ptr<SNTag> tag
-            = SNTag::tagWithNameColor(u"#Ünïcode"_s, QWColor(0.2, 0.4, 0.6));
-        const auto read = QWKeyedUnarchiver::decodeObjectOfClass<std::shared_ptr<SNTag>>(
-            QWKeyedArchiver::archivedValue(tag));
-        QCOMPARE((*read)->name(), tag->name());
-        QCOMPARE((*read)->tagColor(), tag->tagColor());
-        QVERIFY((*read)->notes().isEmpty());
-
         // Without a name there is no tag; without a colour it gets a fresh one.
         QVERIFY(!QWKeyedUnarchiver::decodeObjectOfClass<std::shared_ptr<SNTag>>(
             QWArchiveValue::fromObject(u"SNTag"_s, {})));
