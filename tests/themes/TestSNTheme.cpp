@@ -1,6 +1,5 @@
 #include "themes/SNEnglishTheme.h"
 #include "themes/SNHackerTheme.h"
-#include "themes/SNRedTheme.h"
 #include "themes/SNThemeKindRegistry.h"
 
 #include <QFontInfo>
@@ -29,7 +28,6 @@ private Q_SLOTS:
 
     void freshObjectsAndFallbackFonts()
     {
-        QVERIFY(SNRedTheme::theme() != SNRedTheme::theme());
         const QWFont helvetica(QStringLiteral("Helvetica Neue"), 14);
         const std::shared_ptr<SNTheme> base = SNTheme::theme();
         QCOMPARE(base->defaultFont(), helvetica);

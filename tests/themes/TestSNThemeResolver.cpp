@@ -1,5 +1,4 @@
 #include "settings/SNUserDefaults.h"
-#include "themes/SNThemeKindRegistry.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNThemeResolver.h"
 #include "themes/SNUserTheme.h"
@@ -15,22 +14,13 @@ class TestSNThemeResolver final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void kindsAreThemeClassesOnly()
-    {
-        for (const QString &kind : SNThemeKindRegistry::classNames())
-            QCOMPARE(SNThemeKindRegistry::themeWithClassName(kind)->className(), kind);
-        for (const QString &other : { u"NSObject"_s, u"SNThemeManager"_s, u"snyellowpadtheme"_s }) {
-            QVERIFY(!SNThemeKindRegistry::isThemeKind(other));
-            QCOMPARE(SNThemeKindRegistry::themeWithClassName(other), nullptr);
-        }
-    }
-
     void namesThatNameNoThemeGiveYellow_data()
     {
         QTest::addColumn<QString>("saveName");
         QTest::newRow("not a theme class") << "NSObject";
         QTest::newRow("no such class") << "SNPurpleTheme";
         QTest::newRow("display name") << "Yellow";
+        QTest::newRow("class name in other case") << "sndarktheme";
         QTest::newRow("empty") << "";
         QTest::newRow("missing user theme") << "SNUserTheme-Ocean";
         QTest::newRow("built-in name as user theme") << "SNUserTheme-Yellow";
