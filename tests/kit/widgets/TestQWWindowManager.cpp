@@ -46,7 +46,6 @@ private Q_SLOTS:
         // Without showing: loaded, so that closing and activation are seen, but hidden.
         manager.addWindowWithControllerShouldShow(c[0], false);
         QVERIFY(c[0]->isWindowLoaded() && !c[0]->window()->isVisible());
-        QCOMPARE(c[0]->parent(), &manager);
         manager.addWindowControllers(c);
         manager.addWindowWithController(nullptr);
         QCOMPARE(manager.windowControllers(), c);
