@@ -117,7 +117,7 @@ private Q_SLOTS:
         m_browser->showWindow();
         QCOMPARE(browsing.size(), 1);
         QCOMPARE(m_browser->emptyLabel()->text(), SNTagManagerWindowController::addTagsText());
-
+        QVERIFY(m_browser->emptyLabel()->isVisible());
         // A tag made while the browser is open joins the cloud once the index says so.
         addTag(u"#late"_s, QWColor(0.9, 0.1, 0.1));
         QVERIFY(m_browser->tagCloudView()->buttonArray().isEmpty());
