@@ -1,11 +1,7 @@
+#include "SNNoteWindowTestSupport.h"
 #include "kit/QWTextAttributes.h"
-#include "notes/SNStickyNote.h"
 #include "notewindow/SNRainbowizer.h"
 #include "themeview/SNTextColorPalette.h"
-
-#include <QTest>
-#include <QTextCursor>
-#include <QTextDocument>
 
 using namespace Qt::StringLiterals;
 
@@ -17,13 +13,6 @@ QList<QWColor> someColors(int count)
     for (int i = 1; i <= count; ++i)
         colors.append(QWColor(i / 10.0, 0.5, 1.0 - i / 10.0));
     return colors;
-}
-
-QTextCharFormat formatAt(QTextDocument &document, int position)
-{
-    QTextCursor cursor(&document);
-    cursor.setPosition(position + 1);
-    return cursor.charFormat();
 }
 
 // One character per character of the text: the index of its colour in the list, or "." for

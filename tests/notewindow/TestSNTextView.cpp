@@ -1,27 +1,18 @@
-#include "notewindow/SNTextView.h"
+#include "SNNoteWindowTestSupport.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMimeData>
 #include <QScrollBar>
-#include <QTest>
-#include <QTextCursor>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QTextCharFormat formatAt(QTextEdit &view, int position)
-{
-    QTextCursor cursor(view.document());
-    cursor.setPosition(position + 1);
-    return cursor.charFormat();
-}
-
 // Bold, italic and underline, as "biu" with a capital where the character has it.
 QString traitsAt(QTextEdit &view, int position)
 {
-    const QTextCharFormat format = formatAt(view, position);
+    const QTextCharFormat format = formatAt(*view.document(), position);
     return QString(format.fontWeight() >= QFont::Bold ? u'B' : u'b')
         + (format.fontItalic() ? u'I' : u'i')
         + (format.underlineStyle() == QTextCharFormat::SingleUnderline ? u'U' : u'u');
@@ -100,7 +91,7 @@ void TestSNTextView::pastedTextTakesTheNotesFamilyInOneUndoStep()
     QApplication::clipboard()->clear();
 
     QCOMPARE(view.toPlainText(), u"Note: pasted"_s);
-    const QTextCharFormat pasted = formatAt(view, 7);
+    const QTextCharFormat pasted = formatAt(*view.document(), 7);
     QVERIFY(!pasted.hasProperty(QTextFormat::FontFamilies));
     QVERIFY(!pasted.hasProperty(QTextFormat::FontFamily));
     QCOMPARE(pasted.fontWeight(), int(QFont::Bold));
