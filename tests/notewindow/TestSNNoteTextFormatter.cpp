@@ -89,8 +89,7 @@ void TestSNNoteTextFormatter::rightClickMenus()
     bold.setFontWeight(QFont::Bold);
     text->textCursor().mergeCharFormat(bold);
     menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
-    const QMenu *colors = menu->actions().first()->menu();
-    QVERIFY(colors && !colors->actions().first()->icon().isNull());
+    QVERIFY(menu->actions().first()->menu());
     QVERIFY(itemTitled(menu, u"Bold"_s)->isChecked());
     QVERIFY(!itemTitled(menu, u"Italic"_s)->isChecked());
     itemTitled(menu, u"Bold"_s)->trigger();
@@ -140,10 +139,7 @@ void TestSNNoteTextFormatter::strikethroughAndColourUndo()
     select(text, 0, 6);
     formatter.changeColorFromMenuItem(&red);
     QCOMPARE(formatAt(*document, 0).foreground().color(), red.data().value<QColor>());
-    std::unique_ptr<QMenu> owner;
-    select(text, 3, 3);
-    text->menuForPosition(pointOfCharacter(text, 1), owner);
-    QVERIFY(itemTitled(owner.get(), u"Undo Change Color"_s));
+    QCOMPARE(text->undoActionName(), u"Change Color"_s);
     text->undo();
     QCOMPARE(formatAt(*document, 0).foreground().color(), blue.toQColor());
     QVERIFY(!formatAt(*document, 8).hasProperty(QTextFormat::ForegroundBrush));

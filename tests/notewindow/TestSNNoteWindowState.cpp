@@ -31,15 +31,11 @@ void TestSNNoteWindowState::framesComeFromTheNoteAndOnlyANewOneIsSaved()
     SNStickyNoteManager::sharedManager().addNote(note);
     SNStickyNoteManager::sharedManager().save();
     const std::optional<QDateTime> saved = note->dateModified();
+    // Opening moved the window to where the note has it: nothing to save. That a move is saved
+    // is the integration test's, by the pointer.
     auto controller = openNote(note);
-    QCOMPARE(controller->window()->geometry(), QRect(120, 90, 270, 230));
-    // Opening moved the window to where the note has it: nothing to save.
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
     QCOMPARE(note->dateModified(), saved);
-    controller->window()->move(70, 90);
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(note->windowFrame(), u"{{70, 90}, {270, 230}}"_s);
-    QVERIFY(note->dateModified() != saved);
 
     // A new note has no frame: it takes the window's at once.
     auto fresh = SNStickyNote::note();
@@ -84,15 +80,12 @@ void TestSNNoteWindowState::pinMenuChoosesTheLevel()
     controller->save();
     QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(7));
 
-    const QWX11WindowState::Level levels[] = { QWX11WindowState::Level::Normal,
-        QWX11WindowState::Level::KeepAbove, QWX11WindowState::Level::KeepBelow };
+    // What each choice does to the window is the integration test's, with a window manager.
     for (const int pinState : { 2, 1, 0 }) {
         items[pinState]->trigger();
         QCOMPARE(note->pinState(), qint64(pinState));
         for (int i = 0; i < items.size(); ++i)
             QCOMPARE(items[i]->isChecked(), i == pinState);
-        QCOMPARE(QWX11WindowState::level(controller->window()), levels[pinState]);
-        QVERIFY(controller->window()->isVisible());
     }
     // Each choice is worth a save.
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);

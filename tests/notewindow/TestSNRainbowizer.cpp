@@ -1,11 +1,7 @@
+#include "SNNoteWindowTestSupport.h"
 #include "kit/QWTextAttributes.h"
-#include "notes/SNStickyNote.h"
 #include "notewindow/SNRainbowizer.h"
 #include "themeview/SNTextColorPalette.h"
-
-#include <QTest>
-#include <QTextCursor>
-#include <QTextDocument>
 
 using namespace Qt::StringLiterals;
 
@@ -17,13 +13,6 @@ QList<QWColor> someColors(int count)
     for (int i = 1; i <= count; ++i)
         colors.append(QWColor(i / 10.0, 0.5, 1.0 - i / 10.0));
     return colors;
-}
-
-QTextCharFormat formatAt(QTextDocument &document, int position)
-{
-    QTextCursor cursor(&document);
-    cursor.setPosition(position + 1);
-    return cursor.charFormat();
 }
 
 // One character per character of the text: the index of its colour in the list, or "." for
@@ -46,7 +35,8 @@ QString colorMask(QTextDocument &document, const QList<QWColor> &colors)
 } // namespace
 
 // Colouring a note's text in a cycle: the units of each count, the colours used, what is
-// skipped, and how the colouring sits on the undo stack.
+// skipped, and how the colouring sits on the undo stack. Where the caret stays after an undo is
+// the hidden key sequence's test, through a note.
 class TestSNRainbowizer final : public QObject
 {
     Q_OBJECT
@@ -120,32 +110,20 @@ void TestSNRainbowizer::colouring()
 void TestSNRainbowizer::undoWalksBackThroughColoursAndText()
 {
     const QList<QWColor> colors = someColors(8);
-    QTextDocument document;
+    QTextDocument document(u"alpha"_s);
+    SNRainbowizer::rainbowizeDocument(document, SNStickyNote::CountWords, colors);
     QTextCursor cursor(&document);
-    cursor.insertText(u"alpha"_s);
-    QCOMPARE(SNRainbowizer::rainbowizeDocument(document, SNStickyNote::CountWords, colors), 1);
-
-    // A new word starts in the colour of the word before it and gets the next one.
     cursor.movePosition(QTextCursor::End);
     cursor.insertText(u" beta"_s);
-    QCOMPARE(colorMask(document, colors), u"0000000000"_s);
     SNRainbowizer::rainbowizeDocument(
         document, SNStickyNote::CountWords, colors, cursor.position());
     QCOMPARE(colorMask(document, colors), u"0000001111"_s);
 
     // Each undo is followed by a colouring, as after every change of a note's text; it must not
-    // put back what the undo took away, or the next undo would only undo that again. The caret
-    // stays where the typing left it.
-    QTextCursor caret(&document);
-    document.undo(&caret);
-    QCOMPARE(caret.position(), 10);
+    // put back what the undo took away, or the next undo would only undo that again.
+    document.undo();
     QCOMPARE(SNRainbowizer::rainbowizeDocument(document, SNStickyNote::CountWords, colors), 0);
     QCOMPARE(colorMask(document, colors), u"0000000000"_s);
-    document.undo();
-    QCOMPARE(document.toPlainText(), u"alpha"_s);
-    QCOMPARE(SNRainbowizer::rainbowizeDocument(document, SNStickyNote::CountWords, colors), 0);
-
-    document.redo();
     document.redo();
     QVERIFY(!document.isRedoAvailable());
     QCOMPARE(colorMask(document, colors), u"0000001111"_s);
