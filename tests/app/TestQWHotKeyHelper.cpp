@@ -49,26 +49,6 @@ private Q_SLOTS:
         QVERIFY(again != tags);
     }
 
-    void keyEventsReachTheBlocksByIdentifier()
-    {
-        auto owned = std::make_unique<RecordingGrabber>();
-        const RecordingGrabber &grabber = *owned;
-        QWHotKeyHelper helper(std::move(owned));
-        // No blocks yet: events go nowhere, and nothing breaks.
-        grabber.press(1);
-        grabber.release(1);
-
-        QList<qint64> pressed;
-        QList<qint64> released;
-        helper.setPressedBlock([&](qint64 identifier) { pressed.append(identifier); });
-        helper.setReleasedBlock([&](qint64 identifier) { released.append(identifier); });
-        grabber.press(2);
-        grabber.press(5);
-        grabber.release(2);
-        QCOMPARE(pressed, (QList<qint64> { 2, 5 }));
-        QCOMPARE(released, QList<qint64> { 2 });
-    }
-
     void withoutAnXServerNothingRegisters()
     {
         QWTestEnvironment environment;

@@ -50,13 +50,6 @@ private Q_SLOTS:
             (QStringList {
                 QStringLiteral("tags"), QStringLiteral("note"), QStringLiteral("note") }));
 
-        // Empty combinations register nothing.
-        defaults->setHotKeyCombo(QWKeyCombo {});
-        defaults->setNoteHotKeyCombo(QWKeyCombo {});
-        SNGlobalHotKeys none(*defaults, helper, {}, {});
-        none.updateHotkeys();
-        QCOMPARE(none.hotKeyID(), -1);
-        QCOMPARE(none.noteHotKeyID(), -1);
         defaults->userDefaults().clear();
     }
 };

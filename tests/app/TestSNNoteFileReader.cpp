@@ -40,15 +40,6 @@ private Q_SLOTS:
             QCOMPARE(read->string(), QString::fromUtf8(expected.readAll()));
         }
     }
-
-    void rtfKeepsItsFormatting()
-    {
-        const auto read = SNNoteFileReader::attributedStringWithContentsOfPath(
-            opened.filePath(QStringLiteral("letter.rtf")));
-        QVERIFY(read);
-        QVERIFY(!read->attributesAtIndex(0).isItalic());
-        QVERIFY(read->attributesAtIndex(6).isItalic());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestSNNoteFileReader)
