@@ -39,7 +39,7 @@ public:
 };
 
 // Holds every grab it is asked for, as the X server would, refuses the key codes it is told to,
-// and presses and releases keys on request.
+// and presses keys on request.
 class RecordingGrabber final : public QWHotKeyGrabber
 {
 public:
@@ -57,7 +57,6 @@ public:
         ++ungrabs;
     }
     void press(qint64 identifier) const { keyWasPressed(identifier); }
-    void release(qint64 identifier) const { keyWasReleased(identifier); }
 
     QHash<qint64, qint64> codes; // held grabs: identifier to key code
     quint16 lastModifiers = 0;

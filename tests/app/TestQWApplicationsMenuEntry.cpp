@@ -57,80 +57,72 @@ class TestQWApplicationsMenuEntry final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void shippedEntryIsValidAndEachActionRunsItself();
-    void installPointsTheEntryAtTheProgram();
-    void buildTreesAreRecognised();
-};
+    // Installed, the entry runs the program wherever it lies, and each action but quit runs
+    // itself through the command line; the desktop's validator accepts it, and the entry as
+    // shipped for packages too.
+    void installedEntryIsValidAndEachActionRunsItself()
+    {
+        QWTestEnvironment environment;
+        QCOMPARE(validatorComplaints(shippedEntry()), QString());
+        QVERIFY(!QWApplicationsMenuEntry::isInstalled(identifier));
+        const QByteArray icon("<svg xmlns=\"http://www.w3.org/2000/svg\"/>");
+        const QString program = QStringLiteral("/home/anna/my builds/100%/vellumo");
+        QVERIFY(QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
+        QVERIFY(QWApplicationsMenuEntry::isInstalled(identifier));
+        QFile written(QWApplicationsMenuEntry::desktopEntryPath(identifier));
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        const QByteArray entry = written.readAll();
+        QCOMPARE(validatorComplaints(entry), QString());
+        QCOMPARE(entry.count('\n'), shippedEntry().count('\n'));
+        const QString main = QStringLiteral("Desktop Entry");
+        QCOMPARE(valueOf(entry, main, QStringLiteral("TryExec")), program);
+        // Quoted, with the percent sign doubled as Exec lines want it.
+        const QString exec = QStringLiteral("\"/home/anna/my builds/100%%/vellumo\" ");
+        QCOMPARE(valueOf(entry, main, QStringLiteral("Exec")), exec + QStringLiteral("%U"));
+        QVERIFY(
+            valueOf(entry, main, QStringLiteral("MimeType")).contains(QStringLiteral("text/rtf;")));
+        const QStringList actions = valueOf(entry, main, QStringLiteral("Actions"))
+                                        .split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        QCOMPARE(actions.size(), SNLaunchRequest::actionNames().size() - 1);
+        for (const QString &action : actions) {
+            const QString line = valueOf(
+                entry, QStringLiteral("Desktop Action ") + action, QStringLiteral("Exec"));
+            QVERIFY2(line.startsWith(exec), qPrintable(line));
+            SNCommandLine commandLine;
+            QVERIFY2(commandLine.parse(QProcess::splitCommand(line)), qPrintable(line));
+            QCOMPARE(commandLine.request(QStringLiteral("/"), {}).actions, QStringList { action });
+        }
+        QFile writtenIcon(environment.dataHome()
+            + QStringLiteral("/icons/hicolor/scalable/apps/org.vellumo.Vellumo.svg"));
+        QVERIFY(writtenIcon.open(QIODevice::ReadOnly));
+        QCOMPARE(writtenIcon.readAll(), icon);
 
-void TestQWApplicationsMenuEntry::shippedEntryIsValidAndEachActionRunsItself()
-{
-    const QByteArray entry = shippedEntry();
-    QCOMPARE(validatorComplaints(entry), QString());
-    QVERIFY(valueOf(entry, QStringLiteral("Desktop Entry"), QStringLiteral("MimeType"))
-                .contains(QStringLiteral("text/rtf;")));
-    // The desktop offers every action but quit, each through the command line.
-    const QStringList actions
-        = valueOf(entry, QStringLiteral("Desktop Entry"), QStringLiteral("Actions"))
-              .split(QLatin1Char(';'), Qt::SkipEmptyParts);
-    QCOMPARE(actions.size(), SNLaunchRequest::actionNames().size() - 1);
-    for (const QString &action : actions) {
-        const QString exec
-            = valueOf(entry, QStringLiteral("Desktop Action ") + action, QStringLiteral("Exec"));
-        SNCommandLine commandLine;
-        QVERIFY2(commandLine.parse(QProcess::splitCommand(exec)), qPrintable(exec));
-        QCOMPARE(commandLine.request(QStringLiteral("/"), {}).actions, QStringList { action });
+        // A data folder that is a file cannot take the entry.
+        QDir(environment.dataHome()).removeRecursively();
+        QFile blocker(environment.dataHome());
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        QVERIFY(!QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
     }
-}
 
-void TestQWApplicationsMenuEntry::installPointsTheEntryAtTheProgram()
-{
-    QWTestEnvironment environment;
-    QVERIFY(!QWApplicationsMenuEntry::isInstalled(identifier));
-    const QByteArray icon("<svg xmlns=\"http://www.w3.org/2000/svg\"/>");
-    const QString program = QStringLiteral("/home/anna/my builds/100%/vellumo");
-    QVERIFY(QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
-    QVERIFY(QWApplicationsMenuEntry::isInstalled(identifier));
-    QFile written(QWApplicationsMenuEntry::desktopEntryPath(identifier));
-    QVERIFY(written.open(QIODevice::ReadOnly));
-    const QByteArray entry = written.readAll();
-    QCOMPARE(validatorComplaints(entry), QString());
-    // Every Exec line, the actions' too, quoted and escaped; everything else as shipped.
-    const QList<QByteArray> lines = entry.split('\n');
-    QVERIFY(lines.contains("TryExec=/home/anna/my builds/100%/vellumo"));
-    QVERIFY(lines.contains("Exec=\"/home/anna/my builds/100%%/vellumo\" %U"));
-    QVERIFY(lines.contains("Exec=\"/home/anna/my builds/100%%/vellumo\" --new-note"));
-    QVERIFY(!entry.contains("Exec=vellumo"));
-    QCOMPARE(entry.count('\n'), shippedEntry().count('\n'));
-    QFile writtenIcon(environment.dataHome()
-        + QStringLiteral("/icons/hicolor/scalable/apps/org.vellumo.Vellumo.svg"));
-    QVERIFY(writtenIcon.open(QIODevice::ReadOnly));
-    QCOMPARE(writtenIcon.readAll(), icon);
-
-    // A data folder that is a file cannot take the entry.
-    QDir(environment.dataHome()).removeRecursively();
-    QFile blocker(environment.dataHome());
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    QVERIFY(!QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
-}
-
-void TestQWApplicationsMenuEntry::buildTreesAreRecognised()
-{
-    QTemporaryDir tree;
-    QDir(tree.path()).mkpath(QStringLiteral("src"));
-    QDir(tree.path()).mkpath(QStringLiteral("a/b"));
-    const QString program = tree.filePath(QStringLiteral("src/vellumo"));
-    QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(program));
-    QFile cache(tree.filePath(QStringLiteral("CMakeCache.txt")));
-    QVERIFY(cache.open(QIODevice::WriteOnly));
-    cache.close();
-    QVERIFY(QWApplicationsMenuEntry::isRunningFromBuildTree(program));
-    QVERIFY(
-        QWApplicationsMenuEntry::isRunningFromBuildTree(tree.filePath(QStringLiteral("vellumo"))));
-    // Too far up to be this program's build.
-    QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(
-        tree.filePath(QStringLiteral("a/b/vellumo"))));
-}
+    void buildTreesAreRecognised()
+    {
+        QTemporaryDir tree;
+        QDir(tree.path()).mkpath(QStringLiteral("src"));
+        QDir(tree.path()).mkpath(QStringLiteral("a/b"));
+        const QString program = tree.filePath(QStringLiteral("src/vellumo"));
+        QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(program));
+        QFile cache(tree.filePath(QStringLiteral("CMakeCache.txt")));
+        QVERIFY(cache.open(QIODevice::WriteOnly));
+        cache.close();
+        QVERIFY(QWApplicationsMenuEntry::isRunningFromBuildTree(program));
+        QVERIFY(QWApplicationsMenuEntry::isRunningFromBuildTree(
+            tree.filePath(QStringLiteral("vellumo"))));
+        // Too far up to be this program's build.
+        QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(
+            tree.filePath(QStringLiteral("a/b/vellumo"))));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestQWApplicationsMenuEntry)
 #include "TestQWApplicationsMenuEntry.moc"

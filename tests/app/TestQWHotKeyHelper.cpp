@@ -18,70 +18,46 @@ class TestQWHotKeyHelper final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyWhatWasGrabbedGetsAnIdentifierAndIsReleased();
-    void keyEventsReachTheBlocksByIdentifier();
-    void withoutAnXServerNothingRegisters();
+    void onlyWhatWasGrabbedGetsAnIdentifierAndIsReleased()
+    {
+        QWTestEnvironment environment;
+        auto owned = std::make_unique<RecordingGrabber>();
+        RecordingGrabber &grabber = *owned;
+        QWHotKeyHelper helper(std::move(owned));
+        // Empty combinations are never tried; a refusal is logged.
+        QCOMPARE(helper.registerHotKey(QWKeyCombo {}), -1);
+        QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, QWKeyCombo::NoKeyCode }), -1);
+        QCOMPARE(grabber.lastModifiers, 0);
+        grabber.refusedCodes = { 53 };
+        QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, 53 }), -1);
+        QCOMPARE(environment.messages(),
+            QStringList { QStringLiteral("[DEBUG] Error registering hotkey") });
+
+        // Caps Lock and the device's own bits are not part of a combination.
+        const qint64 tags = helper.registerHotKey(QWKeyCombo { controlShift | 0x10000 | 0xFF, 45 });
+        QCOMPARE(grabber.lastModifiers, ControlMask | ShiftMask);
+        QCOMPARE(helper.carbonHotkeys().keys(), QList<qint64> { tags });
+        // Released once; unknown and stale identifiers release nothing; none is used twice.
+        helper.unregisterHotkeyWithID(tags + 7);
+        helper.unregisterHotkeyWithID(-1);
+        helper.unregisterHotkeyWithID(tags);
+        helper.unregisterHotkeyWithID(tags);
+        QCOMPARE(grabber.ungrabs, 1);
+        QVERIFY(helper.carbonHotkeys().isEmpty());
+        const qint64 again = helper.registerHotKey(QWKeyCombo { controlShift, 45 });
+        QCOMPARE(grabber.codes, (QHash<qint64, qint64> { { again, 45 } }));
+        QVERIFY(again != tags);
+    }
+
+    void withoutAnXServerNothingRegisters()
+    {
+        QWTestEnvironment environment;
+        QWHotKeyHelper helper(nullptr);
+        QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, 45 }), -1);
+        QCOMPARE(environment.messages().size(), 1);
+        helper.unregisterHotkeyWithID(1);
+    }
 };
-
-void TestQWHotKeyHelper::onlyWhatWasGrabbedGetsAnIdentifierAndIsReleased()
-{
-    QWTestEnvironment environment;
-    auto owned = std::make_unique<RecordingGrabber>();
-    RecordingGrabber &grabber = *owned;
-    QWHotKeyHelper helper(std::move(owned));
-    // Empty combinations are never tried; a refusal is logged.
-    QCOMPARE(helper.registerHotKey(QWKeyCombo {}), -1);
-    QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, QWKeyCombo::NoKeyCode }), -1);
-    QCOMPARE(grabber.lastModifiers, 0);
-    grabber.refusedCodes = { 53 };
-    QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, 53 }), -1);
-    QCOMPARE(
-        environment.messages(), QStringList { QStringLiteral("[DEBUG] Error registering hotkey") });
-
-    // Caps Lock and the device's own bits are not part of a combination.
-    const qint64 tags = helper.registerHotKey(QWKeyCombo { controlShift | 0x10000 | 0xFF, 45 });
-    QCOMPARE(grabber.lastModifiers, ControlMask | ShiftMask);
-    QCOMPARE(helper.carbonHotkeys().keys(), QList<qint64> { tags });
-    // Released once; unknown and stale identifiers release nothing; none is used twice.
-    helper.unregisterHotkeyWithID(tags + 7);
-    helper.unregisterHotkeyWithID(-1);
-    helper.unregisterHotkeyWithID(tags);
-    helper.unregisterHotkeyWithID(tags);
-    QCOMPARE(grabber.ungrabs, 1);
-    QVERIFY(helper.carbonHotkeys().isEmpty());
-    const qint64 again = helper.registerHotKey(QWKeyCombo { controlShift, 45 });
-    QCOMPARE(grabber.codes, (QHash<qint64, qint64> { { again, 45 } }));
-    QVERIFY(again != tags);
-}
-
-void TestQWHotKeyHelper::keyEventsReachTheBlocksByIdentifier()
-{
-    auto owned = std::make_unique<RecordingGrabber>();
-    const RecordingGrabber &grabber = *owned;
-    QWHotKeyHelper helper(std::move(owned));
-    // No blocks yet: events go nowhere, and nothing breaks.
-    grabber.press(1);
-    grabber.release(1);
-
-    QList<qint64> pressed;
-    QList<qint64> released;
-    helper.setPressedBlock([&](qint64 identifier) { pressed.append(identifier); });
-    helper.setReleasedBlock([&](qint64 identifier) { released.append(identifier); });
-    grabber.press(2);
-    grabber.press(5);
-    grabber.release(2);
-    QCOMPARE(pressed, (QList<qint64> { 2, 5 }));
-    QCOMPARE(released, QList<qint64> { 2 });
-}
-
-void TestQWHotKeyHelper::withoutAnXServerNothingRegisters()
-{
-    QWTestEnvironment environment;
-    QWHotKeyHelper helper(nullptr);
-    QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, 45 }), -1);
-    QCOMPARE(environment.messages().size(), 1);
-    helper.unregisterHotkeyWithID(1);
-}
 
 QTEST_GUILESS_MAIN(TestQWHotKeyHelper)
 #include "TestQWHotKeyHelper.moc"

@@ -16,13 +16,112 @@ class TestQWWelcomeWindowController final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_store = std::make_unique<QSettings>(
+            m_folder.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat);
+        m_store->clear();
+        m_welcome = std::make_unique<QWWelcomeWindowController>(*m_store);
+        for (const QString &name : { QWWelcomeWindowController::didOpenNotification,
+                 QWWelcomeWindowController::didCloseNotification,
+                 QWWelcomeWindowController::didToggleRunAtLoginNotification }) {
+            m_observations.push_back(QWNotificationCenter::defaultCenter().observeNameObjectHandler(
+                name, m_welcome.get(), [this](const QWNotification &notification) {
+                    m_posted.append(notification.name
+                        + notification.userInfo.value(QWWelcomeWindowController::enabledKey())
+                              .toString());
+                }));
+        }
+    }
 
-    void opensOncePerUserAndClosingLetsTheNotesShow();
-    void runAtLoginSwitchReportsOnlyTheUsersChanges();
-    void applicationsMenuOfferNeedsAnInstaller();
-    void windowIsTheSizeOfItsContent();
+    void cleanup()
+    {
+        m_observations.clear();
+        m_posted.clear();
+        m_welcome.reset();
+        m_store.reset();
+    }
+
+    void opensOncePerUserAndClosingLetsTheNotesShow()
+    {
+        m_welcome->applicationDidLaunch();
+        m_welcome->applicationDidLaunch(); // while open, changes nothing
+        QVERIFY(m_welcome->window()->isVisible());
+        QVERIFY(!m_welcome->canShowMainInterface());
+        child<QPushButton>(QStringLiteral("getStartedButton"))->click();
+        QVERIFY(!m_welcome->window()->isVisible());
+        QVERIFY(m_welcome->canShowMainInterface());
+        QCOMPARE(m_posted,
+            (QStringList { QWWelcomeWindowController::didOpenNotification,
+                QWWelcomeWindowController::didCloseNotification }));
+        // Closing a window that was never opened as the welcome announces nothing.
+        m_welcome->window()->show();
+        m_welcome->window()->close();
+        QCOMPARE(m_posted.size(), 2);
+
+        // The next start of the program, with the same settings, meets no window.
+        QWWelcomeWindowController later(*m_store);
+        later.applicationDidLaunch();
+        QVERIFY(later.canShowMainInterface());
+        QVERIFY(!later.isWindowLoaded());
+    }
+
+    void runAtLoginSwitchReportsOnlyTheUsersChanges()
+    {
+        m_welcome->setShowsRunAtLoginButton(true);
+        m_welcome->setRunsAtLogin(true);
+        m_welcome->applicationDidLaunch();
+        m_posted.clear();
+        auto *runAtLogin = child<QCheckBox>(QStringLiteral("runAtLoginButton"));
+        QVERIFY(runAtLogin->isVisible() && runAtLogin->isChecked());
+        runAtLogin->click();
+        QCOMPARE(m_posted,
+            QStringList { QWWelcomeWindowController::didToggleRunAtLoginNotification
+                + QStringLiteral("false") });
+        // The program setting the flag moves the switch without an echo.
+        m_welcome->setRunsAtLogin(true);
+        QVERIFY(runAtLogin->isChecked());
+        QCOMPARE(m_posted.size(), 1);
+        m_welcome->setShowsRunAtLoginButton(false);
+        QVERIFY(!runAtLogin->isVisible());
+    }
+
+    void applicationsMenuOfferNeedsAnInstaller()
+    {
+        m_welcome->applicationDidLaunch();
+        auto *add = child<QPushButton>(QStringLiteral("addToApplicationsMenuButton"));
+        QVERIFY(!add->isVisible());
+        bool succeeds = false;
+        m_welcome->setApplicationsMenuInstaller([&] { return succeeds; });
+        QVERIFY(add->isVisible());
+        auto *label = child<QLabel>(QStringLiteral("applicationsMenuLabel"));
+        add->click();
+        QVERIFY(add->isEnabled()); // to try again
+        const QString failure = label->text();
+        succeeds = true;
+        add->click();
+        QVERIFY(!add->isEnabled());
+        QVERIFY(label->text() != failure);
+    }
+
+    void windowIsTheSizeOfItsContent()
+    {
+        m_welcome->setShowsRunAtLoginButton(true);
+        m_welcome->setApplicationsMenuInstaller([] { return true; });
+        m_welcome->applicationDidLaunch();
+        const QWidget *window = m_welcome->window();
+        // Not resizable: window managers draw a resize handle along the bottom edge of a window
+        // that is, which reads as a frame cut off.
+        QCOMPARE(window->minimumSize(), window->size());
+        QCOMPARE(window->maximumSize(), window->size());
+        for (const QWidget *child : window->findChildren<QWidget *>()) {
+            if (child->isVisible()) {
+                QVERIFY2(
+                    window->rect().contains(QRect(child->mapTo(window, QPoint()), child->size())),
+                    qPrintable(child->objectName()));
+            }
+        }
+    }
 
 private:
     template <typename Widget> Widget *child(const QString &name) const
@@ -36,112 +135,6 @@ private:
     QStringList m_posted;
     std::vector<QWNotificationCenter::Observation> m_observations;
 };
-
-void TestQWWelcomeWindowController::init()
-{
-    m_store = std::make_unique<QSettings>(
-        m_folder.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat);
-    m_store->clear();
-    m_welcome = std::make_unique<QWWelcomeWindowController>(*m_store);
-    for (const QString &name : { QWWelcomeWindowController::didOpenNotification,
-             QWWelcomeWindowController::didCloseNotification,
-             QWWelcomeWindowController::didToggleRunAtLoginNotification }) {
-        m_observations.push_back(QWNotificationCenter::defaultCenter().observeNameObjectHandler(
-            name, m_welcome.get(), [this](const QWNotification &notification) {
-                m_posted.append(notification.name
-                    + notification.userInfo.value(QWWelcomeWindowController::enabledKey())
-                          .toString());
-            }));
-    }
-}
-
-void TestQWWelcomeWindowController::cleanup()
-{
-    m_observations.clear();
-    m_posted.clear();
-    m_welcome.reset();
-    m_store.reset();
-}
-
-void TestQWWelcomeWindowController::opensOncePerUserAndClosingLetsTheNotesShow()
-{
-    m_welcome->applicationDidLaunch();
-    m_welcome->applicationDidLaunch(); // while open, changes nothing
-    QVERIFY(m_welcome->window()->isVisible());
-    QVERIFY(!m_welcome->canShowMainInterface());
-    child<QPushButton>(QStringLiteral("getStartedButton"))->click();
-    QVERIFY(!m_welcome->window()->isVisible());
-    QVERIFY(m_welcome->canShowMainInterface());
-    QCOMPARE(m_posted,
-        (QStringList { QWWelcomeWindowController::didOpenNotification,
-            QWWelcomeWindowController::didCloseNotification }));
-    // Closing a window that was never opened as the welcome announces nothing.
-    m_welcome->window()->show();
-    m_welcome->window()->close();
-    QCOMPARE(m_posted.size(), 2);
-
-    // The next start of the program, with the same settings, meets no window.
-    QWWelcomeWindowController later(*m_store);
-    later.applicationDidLaunch();
-    QVERIFY(later.canShowMainInterface());
-    QVERIFY(!later.isWindowLoaded());
-}
-
-void TestQWWelcomeWindowController::runAtLoginSwitchReportsOnlyTheUsersChanges()
-{
-    m_welcome->setShowsRunAtLoginButton(true);
-    m_welcome->setRunsAtLogin(true);
-    m_welcome->applicationDidLaunch();
-    m_posted.clear();
-    auto *runAtLogin = child<QCheckBox>(QStringLiteral("runAtLoginButton"));
-    QVERIFY(runAtLogin->isVisible() && runAtLogin->isChecked());
-    runAtLogin->click();
-    QCOMPARE(m_posted,
-        QStringList {
-            QWWelcomeWindowController::didToggleRunAtLoginNotification + QStringLiteral("false") });
-    // The program setting the flag moves the switch without an echo.
-    m_welcome->setRunsAtLogin(true);
-    QVERIFY(runAtLogin->isChecked());
-    QCOMPARE(m_posted.size(), 1);
-    m_welcome->setShowsRunAtLoginButton(false);
-    QVERIFY(!runAtLogin->isVisible());
-}
-
-void TestQWWelcomeWindowController::applicationsMenuOfferNeedsAnInstaller()
-{
-    m_welcome->applicationDidLaunch();
-    auto *add = child<QPushButton>(QStringLiteral("addToApplicationsMenuButton"));
-    QVERIFY(!add->isVisible());
-    bool succeeds = false;
-    m_welcome->setApplicationsMenuInstaller([&] { return succeeds; });
-    QVERIFY(add->isVisible());
-    auto *label = child<QLabel>(QStringLiteral("applicationsMenuLabel"));
-    add->click();
-    QVERIFY(add->isEnabled()); // to try again
-    const QString failure = label->text();
-    succeeds = true;
-    add->click();
-    QVERIFY(!add->isEnabled());
-    QVERIFY(label->text() != failure);
-}
-
-void TestQWWelcomeWindowController::windowIsTheSizeOfItsContent()
-{
-    m_welcome->setShowsRunAtLoginButton(true);
-    m_welcome->setApplicationsMenuInstaller([] { return true; });
-    m_welcome->applicationDidLaunch();
-    const QWidget *window = m_welcome->window();
-    // Not resizable: window managers draw a resize handle along the bottom edge of a window
-    // that is, which reads as a frame cut off.
-    QCOMPARE(window->minimumSize(), window->size());
-    QCOMPARE(window->maximumSize(), window->size());
-    for (const QWidget *child : window->findChildren<QWidget *>()) {
-        if (child->isVisible()) {
-            QVERIFY2(window->rect().contains(QRect(child->mapTo(window, QPoint()), child->size())),
-                qPrintable(child->objectName()));
-        }
-    }
-}
 
 QTEST_MAIN(TestQWWelcomeWindowController)
 #include "TestQWWelcomeWindowController.moc"

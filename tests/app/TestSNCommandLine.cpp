@@ -19,73 +19,69 @@ class TestSNCommandLine final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void argumentsBecomeARequest_data();
-    void argumentsBecomeARequest();
-    void helpVersionAndMistakes();
+    void argumentsBecomeARequest_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QStringList>("uris");
+        QTest::addColumn<QStringList>("actions");
+        QTest::addColumn<std::optional<QString>>("input"); // what standard input gave, when read
+        const std::optional<QString> unread;
+        QTest::newRow("files, relative to the folder")
+            << items("notes/a.rtf|../b c.rtf|/tmp/100%.rtf|vellumo-notes.rtf")
+            << items("file:///home/anna/docs/notes/a.rtf|file:///home/anna/b%20c.rtf|"
+                     "file:///tmp/100%25.rtf|file:///home/anna/docs/vellumo-notes.rtf")
+            << QStringList() << unread;
+        QTest::newRow("urls as they are")
+            << items("vellumo://lal|VELLUMO://lal|file:///tmp/x.rtf")
+            << items("vellumo://lal|VELLUMO://lal|file:///tmp/x.rtf") << QStringList() << unread;
+        // The selection is read where the action runs, unless "-" gives standard input.
+        QTest::newRow("actions in their order, quit last")
+            << items("--quit|--toggle-tags|--new-note|--show-all-notes|--note-from-selection")
+            << QStringList() << SNLaunchRequest::actionNames() << unread;
+        QTest::newRow("dash reads standard input")
+            << items("-|--quit") << QStringList() << items("note-from-selection|quit")
+            << std::optional(QStringLiteral("piped\n"));
+        QTest::newRow("nothing") << QStringList() << QStringList() << QStringList() << unread;
+    }
+
+    void argumentsBecomeARequest()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QStringList, uris);
+        QFETCH(QStringList, actions);
+        QFETCH(std::optional<QString>, input);
+        SNCommandLine commandLine;
+        QVERIFY(commandLine.parse(QStringList { QStringLiteral("vellumo") } + arguments));
+        int reads = 0;
+        const SNLaunchRequest request = commandLine.request(QStringLiteral("/home/anna/docs"), [&] {
+            ++reads;
+            return QStringLiteral("piped\n");
+        });
+        QCOMPARE(reads, input ? 1 : 0);
+        QCOMPARE(request.uris, uris);
+        QCOMPARE(request.actions, actions);
+        QCOMPARE(request.selectionText, input);
+        QCOMPARE(request.isEmpty(), arguments.isEmpty());
+    }
+
+    void helpVersionAndMistakes()
+    {
+        SNCommandLine help;
+        QVERIFY(help.parse(items("vellumo|--help")));
+        QVERIFY(help.isHelpRequested() && !help.isVersionRequested());
+        SNCommandLine version;
+        QVERIFY(version.parse(items("vellumo|--version")));
+        QVERIFY(version.isVersionRequested());
+        SNCommandLine mistake;
+        QVERIFY(!mistake.parse(items("vellumo|--new-notes")));
+        QVERIFY(mistake.errorText().contains(QStringLiteral("new-notes")));
+        // Empty input is still input: the note is refused rather than made of the selection.
+        SNCommandLine emptyInput;
+        QVERIFY(emptyInput.parse(items("vellumo|-")));
+        QCOMPARE(emptyInput.request(QStringLiteral("/"), [] { return QString(); }).selectionText,
+            std::optional(QString()));
+    }
 };
-
-void TestSNCommandLine::argumentsBecomeARequest_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QStringList>("uris");
-    QTest::addColumn<QStringList>("actions");
-    QTest::addColumn<std::optional<QString>>("input"); // what standard input gave, when read
-    const std::optional<QString> unread;
-    QTest::newRow("files, relative to the folder")
-        << items("notes/a.rtf|../b c.rtf|/tmp/100%.rtf|vellumo-notes.rtf")
-        << items("file:///home/anna/docs/notes/a.rtf|file:///home/anna/b%20c.rtf|"
-                 "file:///tmp/100%25.rtf|file:///home/anna/docs/vellumo-notes.rtf")
-        << QStringList() << unread;
-    QTest::newRow("urls as they are")
-        << items("vellumo://lal|VELLUMO://lal|file:///tmp/x.rtf")
-        << items("vellumo://lal|VELLUMO://lal|file:///tmp/x.rtf") << QStringList() << unread;
-    // The selection is read where the action runs, unless "-" gives standard input.
-    QTest::newRow("actions in their order, quit last")
-        << items("--quit|--toggle-tags|--new-note|--show-all-notes|--note-from-selection")
-        << QStringList() << SNLaunchRequest::actionNames() << unread;
-    QTest::newRow("dash reads standard input")
-        << items("-|--quit") << QStringList() << items("note-from-selection|quit")
-        << std::optional(QStringLiteral("piped\n"));
-    QTest::newRow("nothing") << QStringList() << QStringList() << QStringList() << unread;
-}
-
-void TestSNCommandLine::argumentsBecomeARequest()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QStringList, uris);
-    QFETCH(QStringList, actions);
-    QFETCH(std::optional<QString>, input);
-    SNCommandLine commandLine;
-    QVERIFY(commandLine.parse(QStringList { QStringLiteral("vellumo") } + arguments));
-    int reads = 0;
-    const SNLaunchRequest request = commandLine.request(QStringLiteral("/home/anna/docs"), [&] {
-        ++reads;
-        return QStringLiteral("piped\n");
-    });
-    QCOMPARE(reads, input ? 1 : 0);
-    QCOMPARE(request.uris, uris);
-    QCOMPARE(request.actions, actions);
-    QCOMPARE(request.selectionText, input);
-    QCOMPARE(request.isEmpty(), arguments.isEmpty());
-}
-
-void TestSNCommandLine::helpVersionAndMistakes()
-{
-    SNCommandLine help;
-    QVERIFY(help.parse(items("vellumo|--help")));
-    QVERIFY(help.isHelpRequested() && !help.isVersionRequested());
-    SNCommandLine version;
-    QVERIFY(version.parse(items("vellumo|--version")));
-    QVERIFY(version.isVersionRequested());
-    SNCommandLine mistake;
-    QVERIFY(!mistake.parse(items("vellumo|--new-notes")));
-    QVERIFY(mistake.errorText().contains(QStringLiteral("new-notes")));
-    // Empty input is still input: the note is refused rather than made of the selection.
-    SNCommandLine emptyInput;
-    QVERIFY(emptyInput.parse(items("vellumo|-")));
-    QCOMPARE(emptyInput.request(QStringLiteral("/"), [] { return QString(); }).selectionText,
-        std::optional(QString()));
-}
 
 QTEST_GUILESS_MAIN(TestSNCommandLine)
 #include "TestSNCommandLine.moc"

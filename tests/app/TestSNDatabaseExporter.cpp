@@ -9,24 +9,22 @@ class TestSNDatabaseExporter final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void failureIsToldAndCancellingDoesNothing();
+    void failureIsToldAndCancellingDoesNothing()
+    {
+        TestNotes notes;
+        auto presenter = std::make_shared<RecordingPresenter>();
+        SNDatabaseExporter exporter(notes.store, presenter);
+        presenter->savePath = notes.folder.filePath(QStringLiteral("no/such/folder/stickies.db"));
+        exporter.exportDatabase(nullptr);
+        QCOMPARE(QFileInfo(presenter->panels.value(0)).fileName(), QStringLiteral("stickies.db"));
+        QCOMPARE(presenter->alerts, QStringList { SNDatabaseExporter::exportFailedMessage() });
+
+        presenter->savePath.clear();
+        exporter.exportDatabase(nullptr);
+        QCOMPARE(presenter->panels.size(), 2);
+        QCOMPARE(presenter->alerts.size(), 1);
+    }
 };
-
-void TestSNDatabaseExporter::failureIsToldAndCancellingDoesNothing()
-{
-    TestNotes notes;
-    auto presenter = std::make_shared<RecordingPresenter>();
-    SNDatabaseExporter exporter(notes.store, presenter);
-    presenter->savePath = notes.folder.filePath(QStringLiteral("no/such/folder/stickies.db"));
-    exporter.exportDatabase(nullptr);
-    QCOMPARE(QFileInfo(presenter->panels.value(0)).fileName(), QStringLiteral("stickies.db"));
-    QCOMPARE(presenter->alerts, QStringList { SNDatabaseExporter::exportFailedMessage() });
-
-    presenter->savePath.clear();
-    exporter.exportDatabase(nullptr);
-    QCOMPARE(presenter->panels.size(), 2);
-    QCOMPARE(presenter->alerts.size(), 1);
-}
 
 QTEST_MAIN(TestSNDatabaseExporter)
 #include "TestSNDatabaseExporter.moc"

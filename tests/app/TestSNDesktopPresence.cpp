@@ -14,40 +14,38 @@ class TestSNDesktopPresence final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void oneWayToTheProgramStaysOn();
+    void oneWayToTheProgramStaysOn()
+    {
+        const auto defaults = GVUserDefaults::make<SNUserDefaults>();
+        defaults->userDefaults().clear();
+        TestNotes notes;
+        notes.windows.showAllNotes(true);
+        QMenu menu;
+        SNDesktopPresence presence(*defaults, notes.windows, &menu, nullptr);
+        // Both off: the tray icon comes on.
+        defaults->setShowMenuIcon(false);
+        defaults->setShowIconInDock(false);
+        presence.applicationDidFinishLaunching();
+        QVERIFY(defaults->showMenuIcon());
+        MTStatusItem *item = presence.statusItem();
+        QCOMPARE(item->statusItem()->contextMenu(), &menu);
+        // Without a tray the notes stay in the taskbar whatever the settings say.
+        QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
+        for (SNStickyNoteWindowController *controller : notes.windows.controllers())
+            QVERIFY(!QWX11WindowState::skipsTaskbar(controller->window()));
+
+        // Off and on again: the same icon leaves the tray and comes back, its menu with it.
+        defaults->setShowIconInDock(true);
+        defaults->setShowMenuIcon(false);
+        presence.toggleMenuBarIconVisible();
+        QCOMPARE(presence.statusItem(), item);
+        QVERIFY(!item->statusItem());
+        defaults->setShowMenuIcon(true);
+        presence.toggleMenuBarIconVisible();
+        QCOMPARE(item->statusItem()->contextMenu(), &menu);
+        defaults->userDefaults().clear();
+    }
 };
-
-void TestSNDesktopPresence::oneWayToTheProgramStaysOn()
-{
-    const auto defaults = GVUserDefaults::make<SNUserDefaults>();
-    defaults->userDefaults().clear();
-    TestNotes notes;
-    notes.windows.showAllNotes(true);
-    QMenu menu;
-    SNDesktopPresence presence(*defaults, notes.windows, &menu, nullptr);
-    // Both off: the tray icon comes on.
-    defaults->setShowMenuIcon(false);
-    defaults->setShowIconInDock(false);
-    presence.applicationDidFinishLaunching();
-    QVERIFY(defaults->showMenuIcon());
-    MTStatusItem *item = presence.statusItem();
-    QCOMPARE(item->statusItem()->contextMenu(), &menu);
-    // Without a tray the notes stay in the taskbar whatever the settings say.
-    QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
-    for (SNStickyNoteWindowController *controller : notes.windows.controllers())
-        QVERIFY(!QWX11WindowState::skipsTaskbar(controller->window()));
-
-    // Off and on again: the same icon leaves the tray and comes back, its menu with it.
-    defaults->setShowIconInDock(true);
-    defaults->setShowMenuIcon(false);
-    presence.toggleMenuBarIconVisible();
-    QCOMPARE(presence.statusItem(), item);
-    QVERIFY(!item->statusItem());
-    defaults->setShowMenuIcon(true);
-    presence.toggleMenuBarIconVisible();
-    QCOMPARE(item->statusItem()->contextMenu(), &menu);
-    defaults->userDefaults().clear();
-}
 
 QTEST_MAIN(TestSNDesktopPresence)
 #include "TestSNDesktopPresence.moc"

@@ -11,56 +11,48 @@ class TestSNGlobalHotKeys final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void settingsReplaceTheGrabsAndPressesGoByIdentifier();
+    void settingsReplaceTheGrabsAndPressesGoByIdentifier()
+    {
+        const auto defaults = GVUserDefaults::make<SNUserDefaults>();
+        defaults->userDefaults().clear();
+        auto owned = std::make_unique<RecordingGrabber>();
+        const RecordingGrabber &grabber = *owned;
+        QWHotKeyHelper helper(std::move(owned));
+        QStringList pressed;
+        SNGlobalHotKeys hotKeys(
+            *defaults, helper, [&] { pressed << QStringLiteral("tags"); },
+            [&] { pressed << QStringLiteral("note"); });
+        // Nothing registered, nothing to point at.
+        defaults->setHotKeyEnabled(false);
+        hotKeys.updateHotkeys();
+        QCOMPARE(hotKeys.hotKeyID(), -1);
+        QCOMPARE(hotKeys.noteHotKeyID(), -1);
+
+        defaults->setHotKeyEnabled(true);
+        hotKeys.updateHotkeys();
+        const qint64 tags = hotKeys.hotKeyID();
+        QCOMPARE(grabber.codes.values(), (QList<qint64> { 45, 45 }));
+        // Turned off, both go; the identifiers stay, stale.
+        defaults->setHotKeyEnabled(false);
+        hotKeys.updateHotkeys();
+        QVERIFY(grabber.codes.isEmpty());
+        QCOMPARE(hotKeys.hotKeyID(), tags);
+        // A new combination replaces both registrations.
+        defaults->setHotKeyEnabled(true);
+        defaults->setNoteHotKeyCombo(QWKeyCombo { QWKeyCombo::ControlKeyMask, 49 });
+        hotKeys.updateHotkeys();
+        QCOMPARE(grabber.codes,
+            (QHash<qint64, qint64> { { hotKeys.hotKeyID(), 45 }, { hotKeys.noteHotKeyID(), 49 } }));
+        // Every identifier other than the show-tags one means a new note, stale ones included.
+        for (const qint64 identifier : { hotKeys.hotKeyID(), hotKeys.noteHotKeyID(), tags })
+            grabber.press(identifier);
+        QCOMPARE(pressed,
+            (QStringList {
+                QStringLiteral("tags"), QStringLiteral("note"), QStringLiteral("note") }));
+
+        defaults->userDefaults().clear();
+    }
 };
-
-void TestSNGlobalHotKeys::settingsReplaceTheGrabsAndPressesGoByIdentifier()
-{
-    const auto defaults = GVUserDefaults::make<SNUserDefaults>();
-    defaults->userDefaults().clear();
-    auto owned = std::make_unique<RecordingGrabber>();
-    const RecordingGrabber &grabber = *owned;
-    QWHotKeyHelper helper(std::move(owned));
-    QStringList pressed;
-    SNGlobalHotKeys hotKeys(
-        *defaults, helper, [&] { pressed << QStringLiteral("tags"); },
-        [&] { pressed << QStringLiteral("note"); });
-    // Nothing registered, nothing to point at.
-    defaults->setHotKeyEnabled(false);
-    hotKeys.updateHotkeys();
-    QCOMPARE(hotKeys.hotKeyID(), -1);
-    QCOMPARE(hotKeys.noteHotKeyID(), -1);
-
-    defaults->setHotKeyEnabled(true);
-    hotKeys.updateHotkeys();
-    const qint64 tags = hotKeys.hotKeyID();
-    QCOMPARE(grabber.codes.values(), (QList<qint64> { 45, 45 }));
-    // Turned off, both go; the identifiers stay, stale.
-    defaults->setHotKeyEnabled(false);
-    hotKeys.updateHotkeys();
-    QVERIFY(grabber.codes.isEmpty());
-    QCOMPARE(hotKeys.hotKeyID(), tags);
-    // A new combination replaces both registrations.
-    defaults->setHotKeyEnabled(true);
-    defaults->setNoteHotKeyCombo(QWKeyCombo { QWKeyCombo::ControlKeyMask, 49 });
-    hotKeys.updateHotkeys();
-    QCOMPARE(grabber.codes,
-        (QHash<qint64, qint64> { { hotKeys.hotKeyID(), 45 }, { hotKeys.noteHotKeyID(), 49 } }));
-    // Every identifier other than the show-tags one means a new note, stale ones included.
-    for (const qint64 identifier : { hotKeys.hotKeyID(), hotKeys.noteHotKeyID(), tags })
-        grabber.press(identifier);
-    QCOMPARE(pressed,
-        (QStringList { QStringLiteral("tags"), QStringLiteral("note"), QStringLiteral("note") }));
-
-    // Empty combinations register nothing.
-    defaults->setHotKeyCombo(QWKeyCombo {});
-    defaults->setNoteHotKeyCombo(QWKeyCombo {});
-    SNGlobalHotKeys none(*defaults, helper, {}, {});
-    none.updateHotkeys();
-    QCOMPARE(none.hotKeyID(), -1);
-    QCOMPARE(none.noteHotKeyID(), -1);
-    defaults->userDefaults().clear();
-}
 
 QTEST_GUILESS_MAIN(TestSNGlobalHotKeys)
 #include "TestSNGlobalHotKeys.moc"

@@ -12,11 +12,91 @@ class TestSNLaunchRequestHandler final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_notes = std::make_unique<TestNotes>();
+        m_presenter = std::make_shared<RecordingPresenter>();
+        m_handler = std::make_unique<SNLaunchRequestHandler>(m_notes->windows, m_presenter);
+        m_passedOn.clear();
+        const auto record
+            = [this](const QString &what) { return [this, what] { m_passedOn << what; }; };
+        connect(m_handler.get(), &SNLaunchRequestHandler::openURLRequested, this,
+            [this](const QString &url) { m_passedOn << url; });
+        connect(m_handler.get(), &SNLaunchRequestHandler::showAllNotesRequested, this,
+            record(QStringLiteral("show")));
+        connect(m_handler.get(), &SNLaunchRequestHandler::newNoteRequested, this,
+            record(QStringLiteral("new")));
+        connect(m_handler.get(), &SNLaunchRequestHandler::toggleTagsRequested, this,
+            record(QStringLiteral("tags")));
+        connect(m_handler.get(), &SNLaunchRequestHandler::quitRequested, this,
+            record(QStringLiteral("quit")));
+    }
 
-    void textBecomesANoteInItsThemeAndNothingIsRefused();
-    void requestsRunInOrderAndPassOnWhatIsNotTheirs();
+    void cleanup()
+    {
+        m_handler.reset();
+        m_notes.reset();
+    }
+
+    void textBecomesANoteInItsThemeAndNothingIsRefused()
+    {
+        const qsizetype notes = m_notes->store.notesArray().size();
+        QString error;
+        m_handler->noteFromServiceUserDataError(QString(), QString(), &error);
+        QCOMPARE(error, SNLaunchRequestHandler::noteFromServiceErrorText());
+        QCOMPARE(m_notes->store.notesArray().size(), notes);
+
+        error.clear();
+        m_handler->noteFromServiceUserDataError(QStringLiteral("Buy stamps"), QString(), &error);
+        QVERIFY(error.isEmpty());
+        const std::shared_ptr<SNStickyNote> note = m_notes->store.notesArray().constLast();
+        QCOMPARE(textOf(note), QStringLiteral("Buy stamps"));
+        const QWTextAttributes attributes = note->attributedString()->attributesAtIndex(0);
+        QCOMPARE(attributes.foregroundColor(), std::optional(note->theme()->defaultFontColor()));
+        QCOMPARE(attributes.font(), note->theme()->defaultFont());
+        QVERIFY(m_notes->windows.controllerForNote(note.get())->window()->isVisible());
+    }
+
+    void requestsRunInOrderAndPassOnWhatIsNotTheirs()
+    {
+        const qsizetype notes = m_notes->store.notesArray().size();
+        const auto file = [this](const char *name, const QByteArray &bytes) {
+            return QUrl::fromLocalFile(
+                writeFile(m_notes->folder.filePath(QString::fromLatin1(name)), bytes))
+                .toString();
+        };
+        SNLaunchRequest request;
+        // Files without text are passed over.
+        request.uris = { QStringLiteral("vellumo://lal"), file("empty.rtf", "{\\rtf1\\ansi }"),
+            file("picture.png", QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)),
+            file("letter.rtf", "{\\rtf1\\ansi Dear {\\b Anna}}") };
+        request.actions = { SNLaunchRequest::showAllNotesAction(), SNLaunchRequest::newNoteAction(),
+            SNLaunchRequest::noteFromSelectionAction(), SNLaunchRequest::toggleTagsAction(),
+            SNLaunchRequest::quitAction() };
+        request.selectionText = QStringLiteral("from a pipe");
+        QCOMPARE(m_handler->handleLaunchRequest(request), QString());
+        QCOMPARE(m_passedOn,
+            (QStringList { QStringLiteral("vellumo://lal"), QStringLiteral("show"),
+                QStringLiteral("new"), QStringLiteral("tags"), QStringLiteral("quit") }));
+        const QList<std::shared_ptr<SNStickyNote>> added = m_notes->store.notesArray().mid(notes);
+        QCOMPARE(added.size(), 2);
+        QCOMPARE(textOf(added.at(0)), QStringLiteral("Dear Anna"));
+        QVERIFY(added.at(0)->attributedString()->attributesAtIndex(5).isBold());
+        QCOMPARE(textOf(added.at(1)), QStringLiteral("from a pipe"));
+        QCOMPARE(m_notes->visibleCount(), 2);
+
+        // Empty input is no text; an unknown action is an error; nothing at all shows the notes.
+        m_passedOn.clear();
+        request = SNLaunchRequest();
+        request.actions = { SNLaunchRequest::noteFromSelectionAction() };
+        request.selectionText = QString();
+        QCOMPARE(m_handler->handleLaunchRequest(request),
+            SNLaunchRequestHandler::noteFromServiceErrorText());
+        request.actions = { QStringLiteral("make-coffee") };
+        QVERIFY(!m_handler->handleLaunchRequest(request).isEmpty());
+        QCOMPARE(m_handler->handleLaunchRequest(SNLaunchRequest()), QString());
+        QCOMPARE(m_passedOn, QStringList { QStringLiteral("show") });
+    }
 
 private:
     std::unique_ptr<TestNotes> m_notes;
@@ -24,92 +104,6 @@ private:
     std::unique_ptr<SNLaunchRequestHandler> m_handler;
     QStringList m_passedOn;
 };
-
-void TestSNLaunchRequestHandler::init()
-{
-    m_notes = std::make_unique<TestNotes>();
-    m_presenter = std::make_shared<RecordingPresenter>();
-    m_handler = std::make_unique<SNLaunchRequestHandler>(m_notes->windows, m_presenter);
-    m_passedOn.clear();
-    const auto record
-        = [this](const QString &what) { return [this, what] { m_passedOn << what; }; };
-    connect(m_handler.get(), &SNLaunchRequestHandler::openURLRequested, this,
-        [this](const QString &url) { m_passedOn << url; });
-    connect(m_handler.get(), &SNLaunchRequestHandler::showAllNotesRequested, this,
-        record(QStringLiteral("show")));
-    connect(m_handler.get(), &SNLaunchRequestHandler::newNoteRequested, this,
-        record(QStringLiteral("new")));
-    connect(m_handler.get(), &SNLaunchRequestHandler::toggleTagsRequested, this,
-        record(QStringLiteral("tags")));
-    connect(m_handler.get(), &SNLaunchRequestHandler::quitRequested, this,
-        record(QStringLiteral("quit")));
-}
-
-void TestSNLaunchRequestHandler::cleanup()
-{
-    m_handler.reset();
-    m_notes.reset();
-}
-
-void TestSNLaunchRequestHandler::textBecomesANoteInItsThemeAndNothingIsRefused()
-{
-    const qsizetype notes = m_notes->store.notesArray().size();
-    QString error;
-    m_handler->noteFromServiceUserDataError(QString(), QString(), &error);
-    QCOMPARE(error, SNLaunchRequestHandler::noteFromServiceErrorText());
-    QCOMPARE(m_notes->store.notesArray().size(), notes);
-
-    error.clear();
-    m_handler->noteFromServiceUserDataError(QStringLiteral("Buy stamps"), QString(), &error);
-    QVERIFY(error.isEmpty());
-    const std::shared_ptr<SNStickyNote> note = m_notes->store.notesArray().constLast();
-    QCOMPARE(textOf(note), QStringLiteral("Buy stamps"));
-    const QWTextAttributes attributes = note->attributedString()->attributesAtIndex(0);
-    QCOMPARE(attributes.foregroundColor(), std::optional(note->theme()->defaultFontColor()));
-    QCOMPARE(attributes.font(), note->theme()->defaultFont());
-    QVERIFY(m_notes->windows.controllerForNote(note.get())->window()->isVisible());
-}
-
-void TestSNLaunchRequestHandler::requestsRunInOrderAndPassOnWhatIsNotTheirs()
-{
-    const qsizetype notes = m_notes->store.notesArray().size();
-    const auto file = [this](const char *name, const QByteArray &bytes) {
-        return QUrl::fromLocalFile(
-            writeFile(m_notes->folder.filePath(QString::fromLatin1(name)), bytes))
-            .toString();
-    };
-    SNLaunchRequest request;
-    // Files without text are passed over.
-    request.uris = { QStringLiteral("vellumo://lal"), file("empty.rtf", "{\\rtf1\\ansi }"),
-        file("picture.png", QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)),
-        file("letter.rtf", "{\\rtf1\\ansi Dear {\\b Anna}}") };
-    request.actions = { SNLaunchRequest::showAllNotesAction(), SNLaunchRequest::newNoteAction(),
-        SNLaunchRequest::noteFromSelectionAction(), SNLaunchRequest::toggleTagsAction(),
-        SNLaunchRequest::quitAction() };
-    request.selectionText = QStringLiteral("from a pipe");
-    QCOMPARE(m_handler->handleLaunchRequest(request), QString());
-    QCOMPARE(m_passedOn,
-        (QStringList { QStringLiteral("vellumo://lal"), QStringLiteral("show"),
-            QStringLiteral("new"), QStringLiteral("tags"), QStringLiteral("quit") }));
-    const QList<std::shared_ptr<SNStickyNote>> added = m_notes->store.notesArray().mid(notes);
-    QCOMPARE(added.size(), 2);
-    QCOMPARE(textOf(added.at(0)), QStringLiteral("Dear Anna"));
-    QVERIFY(added.at(0)->attributedString()->attributesAtIndex(5).isBold());
-    QCOMPARE(textOf(added.at(1)), QStringLiteral("from a pipe"));
-    QCOMPARE(m_notes->visibleCount(), 2);
-
-    // Empty input is no text; an unknown action is an error; nothing at all shows the notes.
-    m_passedOn.clear();
-    request = SNLaunchRequest();
-    request.actions = { SNLaunchRequest::noteFromSelectionAction() };
-    request.selectionText = QString();
-    QCOMPARE(m_handler->handleLaunchRequest(request),
-        SNLaunchRequestHandler::noteFromServiceErrorText());
-    request.actions = { QStringLiteral("make-coffee") };
-    QVERIFY(!m_handler->handleLaunchRequest(request).isEmpty());
-    QCOMPARE(m_handler->handleLaunchRequest(SNLaunchRequest()), QString());
-    QCOMPARE(m_passedOn, QStringList { QStringLiteral("show") });
-}
 
 QTEST_MAIN(TestSNLaunchRequestHandler)
 #include "TestSNLaunchRequestHandler.moc"

@@ -1,12 +1,8 @@
 #include "support/QWProgramDriver.h"
 
-#include "settings/GVUserDefaults.h"
-
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QProcess>
-#include <QSettings>
 
 #include <algorithm>
 
@@ -69,18 +65,6 @@ QList<QRect> visibleGeometries(qint64 pid)
     std::sort(geometries.begin(), geometries.end(),
         [](const QRect &a, const QRect &b) { return a.x() < b.x(); });
     return geometries;
-}
-
-void markWelcomeWindowSeen(const QString &configHome)
-{
-    // The store's path follows XDG_CONFIG_HOME, which is this test's own for the moment.
-    const QByteArray previous = qgetenv("XDG_CONFIG_HOME");
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(configHome));
-    {
-        QSettings settings(GVUserDefaults::standardStorePath(), QSettings::IniFormat);
-        settings.setValue(QStringLiteral("QWWelcomeWindowWasShown"), true);
-    }
-    qputenv("XDG_CONFIG_HOME", previous);
 }
 
 } // namespace QWProgramDriver

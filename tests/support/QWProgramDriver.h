@@ -19,7 +19,5 @@ QStringList visibleWindows(qint64 pid);
 QRect windowGeometry(const QString &window);
 // The frames of the process's mapped windows, left to right.
 QList<QRect> visibleGeometries(qint64 pid);
-// Settings in the configuration folder of a user who has seen the welcome window already.
-void markWelcomeWindowSeen(const QString &configHome);
 
 } // namespace QWProgramDriver

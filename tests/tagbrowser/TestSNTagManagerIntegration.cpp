@@ -1,15 +1,11 @@
 #include "kit/QWAttributedString.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
-#include "settings/SNApplicationInfo.h"
 #include "support/QWProgramDriver.h"
+#include "support/QWProgramSession.h"
 #include "tags/SNTag.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDir>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -18,14 +14,6 @@ using namespace Qt::Literals::StringLiterals;
 using namespace QWProgramDriver;
 
 namespace {
-
-bool isNameOwned()
-{
-    return QDBusConnection::sessionBus()
-        .interface()
-        ->isServiceRegistered(SNApplicationInfo::applicationIdentifier())
-        .value();
-}
 
 // Work notes at x 40 and 300, a home note at x 560.
 const QList<QRect> frames { { 40, 420, 220, 180 }, { 300, 420, 220, 180 }, { 560, 420, 220, 180 } };
@@ -41,9 +29,8 @@ class TestSNTagManagerIntegration final : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_home = std::make_unique<QTemporaryDir>();
-        markWelcomeWindowSeen(m_home->filePath(u"config"_s));
-        const QString folder = m_home->filePath(u"data/Vellumo"_s);
+        m_session = std::make_unique<QWProgramSession>();
+        const QString folder = m_session->notesFolder();
         QVERIFY(QDir().mkpath(folder));
         SNStickyNoteManager store(folder);
         // Loading an empty folder copies the welcome notes in: start from none.
@@ -64,28 +51,12 @@ private Q_SLOTS:
         }
         QVERIFY(store.save());
     }
-    void cleanup()
-    {
-        if (m_program && m_program->state() != QProcess::NotRunning) {
-            m_program->kill();
-            m_program->waitForFinished();
-        }
-        m_program.reset();
-        m_home.reset();
-    }
+    void cleanup() { m_session.reset(); }
 
     void hotKeyOpensTheBrowserAndTypingShowsTheTaggedNotes()
     {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"XDG_CONFIG_HOME"_s, m_home->filePath(u"config"_s));
-        environment.insert(u"XDG_DATA_HOME"_s, m_home->filePath(u"data"_s));
-        m_program = std::make_unique<QProcess>();
-        m_program->setProcessEnvironment(environment);
-        m_program->setProcessChannelMode(QProcess::ForwardedChannels);
-        m_program->start(programPath());
-        QVERIFY(m_program->waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(isNameOwned(), 20000);
-        const qint64 pid = m_program->processId();
+        QVERIFY(m_session->start());
+        const qint64 pid = m_session->program().processId();
         QTRY_COMPARE_WITH_TIMEOUT(visibleGeometries(pid), frames, 20000);
 
         openBrowser();
@@ -118,7 +89,7 @@ private:
     // The browser alone, over the hidden notes, with the keyboard.
     void openBrowser()
     {
-        const qint64 pid = m_program->processId();
+        const qint64 pid = m_session->program().processId();
         xdotool({ u"key"_s, u"ctrl+shift+n"_s });
         QTRY_COMPARE_WITH_TIMEOUT(visibleWindows(pid).size(), 1, 10000);
         const QString browser = visibleWindows(pid).constFirst();
@@ -126,8 +97,7 @@ private:
         QTRY_COMPARE(run(u"xdotool"_s, { u"getactivewindow"_s }).trimmed(), browser);
     }
 
-    std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<QProcess> m_program;
+    std::unique_ptr<QWProgramSession> m_session;
 };
 
 QTEST_MAIN(TestSNTagManagerIntegration)

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+// The built program run by an integration test as a user who has met it before: its settings
+// and notes live in a home of its own, and it is killed at the end if it still runs.
+class QWProgramSession final
+{
+public:
+    QWProgramSession();
+    ~QWProgramSession();
+    QWProgramSession(const QWProgramSession &) = delete;
+    QWProgramSession &operator=(const QWProgramSession &) = delete;
+
+    // Whether a program serves requests: it owns the application's name on the session bus.
+    static bool isServing();
+
+    QString homePath(const QString &relative) const { return m_home.filePath(relative); }
+    // Where the program keeps its notes.
+    QString notesFolder() const { return homePath(QStringLiteral("data/Vellumo")); }
+    QProcess &program() { return m_program; }
+
+    // Starts the program and waits until it serves requests; false if it does not.
+    bool start(const QStringList &arguments = {});
+    // Runs another start from the home folder to its end, which never shows a window of its own;
+    // its exit code, or -1 when it crashed or hung.
+    int runSecond(const QStringList &arguments, const QByteArray &input = {}) const;
+
+private:
+    QProcessEnvironment environment() const;
+
+    QTemporaryDir m_home;
+    QProcess m_program;
+};
