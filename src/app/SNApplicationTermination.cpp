@@ -81,6 +81,7 @@ void SNApplicationTermination::setTerminating(bool terminating)
 void SNApplicationTermination::saveEveryNote(bool terminating)
 {
     m_notes.flushEveryNote(terminating);
-    m_store.save();
+    // The whole archive, so that it holds every note while the program is not running.
     m_store.waitForBackgroundSaves();
+    m_store.compact();
 }

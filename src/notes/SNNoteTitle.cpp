@@ -20,6 +20,18 @@ QString SNNoteTitle::titleTextOfDocument(const QTextDocument &document)
     return QString();
 }
 
+QString SNNoteTitle::titleTextOfString(const QString &text)
+{
+    const QList<QStringView> paragraphs = QStringView(text).split(QChar::ParagraphSeparator);
+    for (QStringView paragraph : paragraphs) {
+        for (QStringView line : paragraph.split(QLatin1Char('\n'))) {
+            if (const QStringView trimmed = line.trimmed(); !trimmed.isEmpty())
+                return trimmed.toString();
+        }
+    }
+    return QString();
+}
+
 QString SNNoteTitle::windowTitle(const QString &titleText)
 {
     if (titleText.isEmpty())

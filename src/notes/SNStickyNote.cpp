@@ -3,6 +3,7 @@
 #include "kit/QWClock.h"
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNHybridClock.h"
 #include "settings/SNUserDefaults.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
@@ -27,6 +28,9 @@ const QString windowAlphaKey = QStringLiteral("windowAlpha");
 const QString tagsKey = QStringLiteral("tags");
 const QString themeNameKey = QStringLiteral("themeName");
 const QString countStateKey = QStringLiteral("countState");
+// Written after the eleven, so that readers of older archives still read them.
+const QString uuidKey = QStringLiteral("uuid");
+const QString versionKey = QStringLiteral("version");
 
 const QString oldNameKey = QStringLiteral("oldName");
 const QString newNameKey = QStringLiteral("newName");
@@ -50,6 +54,7 @@ SNStickyNote::~SNStickyNote() = default;
 std::shared_ptr<SNStickyNote> SNStickyNote::note()
 {
     auto note = std::make_shared<SNStickyNote>();
+    note->m_uuid = QUuid::createUuid();
     const QDateTime now = QWClock::currentDateTime();
     note->m_dateCreated = now;
     note->m_dateModified = now;
@@ -77,7 +82,43 @@ std::optional<QWAttributedString> SNStickyNote::attributedString() const
 
 void SNStickyNote::setAttributedString(const std::optional<QWAttributedString> &text)
 {
-    setLocked(m_attributedString, text);
+    std::lock_guard lock(m_mutex);
+    // The window hands the text back on every save; only a different text is an edit.
+    if (m_attributedString != text)
+        m_textChangedSinceStamp = true;
+    m_attributedString = text;
+}
+
+QUuid SNStickyNote::uuid() const
+{
+    return locked(m_uuid);
+}
+
+void SNStickyNote::setUuid(const QUuid &uuid)
+{
+    setLocked(m_uuid, uuid);
+}
+
+SNNoteVersion SNStickyNote::version() const
+{
+    return locked(m_version);
+}
+
+void SNStickyNote::setVersion(const SNNoteVersion &version)
+{
+    std::lock_guard lock(m_mutex);
+    m_version = version;
+    m_textChangedSinceStamp = false;
+}
+
+void SNStickyNote::stampChange(SNHybridClock &clock)
+{
+    const SNNoteStamp stamp = clock.now();
+    std::lock_guard lock(m_mutex);
+    m_version.stamp = stamp;
+    if (m_textChangedSinceStamp || m_version.textEdits.isEmpty())
+        ++m_version.textEdits[stamp.device];
+    m_textChangedSinceStamp = false;
 }
 
 std::optional<QDateTime> SNStickyNote::dateCreated() const
@@ -210,6 +251,16 @@ void SNStickyNote::didDelete()
     }
 }
 
+void SNStickyNote::didRestore()
+{
+    // The index hands back the tags it holds under these names, or takes these in again.
+    const QList<std::shared_ptr<SNTag>> tags = SNTagManager::sharedManager().addTags(this->tags());
+    const std::shared_ptr<SNStickyNote> self = shared_from_this();
+    for (const std::shared_ptr<SNTag> &tag : tags)
+        tag->addNote(self);
+    setLocked(m_tags, tags);
+}
+
 void SNStickyNote::themeNameDidChange(const QWNotification &notification)
 {
     const QVariant oldName = notification.userInfo.value(oldNameKey);
@@ -249,6 +300,8 @@ void SNStickyNote::encodeWithCoder(QWKeyedArchiver &coder) const
     const QList<std::shared_ptr<SNTag>> tags = m_tags;
     const QString themeName = m_themeName.isNull() ? QStringLiteral("") : m_themeName;
     const qint64 countState = m_countState;
+    const QUuid uuid = m_uuid;
+    const SNNoteVersion version = m_version;
     lock.unlock();
 
     coder.encodeDataForKey(text.archivedData(), dataKey);
@@ -262,6 +315,10 @@ void SNStickyNote::encodeWithCoder(QWKeyedArchiver &coder) const
     coder.encodeArrayOfObjectsForKey(tags, tagsKey);
     coder.encodeStringForKey(themeName, themeNameKey);
     coder.encodeIntegerForKey(countState, countStateKey);
+    if (!uuid.isNull())
+        coder.encodeStringForKey(uuid.toString(QUuid::WithoutBraces), uuidKey);
+    if (!version.isNull())
+        coder.encodeObjectForKey(version, versionKey);
 }
 
 std::shared_ptr<SNStickyNote> SNStickyNote::initWithCoder(const QWKeyedUnarchiver &coder)
@@ -282,6 +339,9 @@ std::shared_ptr<SNStickyNote> SNStickyNote::initWithCoder(const QWKeyedUnarchive
     note->m_windowAlpha = std::isfinite(alpha) ? std::clamp(alpha, 0.0, 1.0) : 0.0;
     note->m_themeName = coder.decodeStringForKey(themeNameKey).value_or(QString());
     note->m_countState = coder.decodeIntegerForKey(countStateKey);
+    note->m_uuid = QUuid::fromString(coder.decodeStringForKey(uuidKey).value_or(QString()));
+    note->m_version
+        = coder.decodeObjectOfClassForKey<SNNoteVersion>(versionKey).value_or(SNNoteVersion());
 
     // The index hands back its own tag wherever it knows the name, so all notes share one.
     const QList<std::shared_ptr<SNTag>> decoded

@@ -2,10 +2,12 @@
 
 #include "kit/QWAttributedString.h"
 #include "kit/QWNotificationCenter.h"
+#include "notes/SNNoteVersion.h"
 
 #include <QDateTime>
 #include <QList>
 #include <QString>
+#include <QUuid>
 
 #include <memory>
 #include <mutex>
@@ -13,6 +15,7 @@
 
 class QWKeyedArchiver;
 class QWKeyedUnarchiver;
+class SNHybridClock;
 class SNTag;
 class SNTheme;
 
@@ -35,9 +38,20 @@ public:
     SNStickyNote(const SNStickyNote &) = delete;
     SNStickyNote &operator=(const SNStickyNote &) = delete;
 
-    // A note just created: both dates now, pin state 0, the default transparency, the
-    // default theme, count state 0; no text, frames or tags.
+    // A note just created: a new id, both dates now, pin state 0, the default transparency,
+    // the default theme, count state 0; no text, frames or tags.
     static std::shared_ptr<SNStickyNote> note();
+
+    // The id that stays with the note through saves, deletion, backups and other computers.
+    // Null for a note read from an archive older than ids; the store gives it one.
+    QUuid uuid() const;
+    void setUuid(const QUuid &uuid);
+    // The version last saved; see SNNoteVersion.
+    SNNoteVersion version() const;
+    void setVersion(const SNNoteVersion &version);
+    // Gives the note the version of a change saved now: a new stamp, and one more text edit of
+    // this device when the text changed since the last stamp.
+    void stampChange(SNHybridClock &clock);
 
     bool isCollapsed() const;
     void setIsCollapsed(bool collapsed);
@@ -75,6 +89,8 @@ public:
     // Called by the note store around removal.
     void willDelete();
     void didDelete();
+    // Called by the note store when a deleted note comes back: its tags know it again.
+    void didRestore();
 
     // The archive form. A note without text writes nothing at all.
     static QString className() { return QStringLiteral("SNStickyNote"); }
@@ -100,6 +116,9 @@ private:
     }
 
     mutable std::mutex m_mutex;
+    QUuid m_uuid;
+    SNNoteVersion m_version;
+    bool m_textChangedSinceStamp = false;
     bool m_isCollapsed = false;
     std::optional<QWAttributedString> m_attributedString;
     std::optional<QDateTime> m_dateCreated;

@@ -2,9 +2,15 @@
 
 #include "kit/QWClock.h"
 #include "kit/QWDebouncer.h"
+#include "kit/QWFileSync.h"
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNHybridClock.h"
+#include "notes/SNJournal.h"
+#include "notes/SNNoteIdentity.h"
+#include "notes/SNNoteTitle.h"
 #include "notes/SNStickyNote.h"
+#include "settings/SNUserDefaults.h"
 
 #include <QAbstractEventDispatcher>
 #include <QDir>
@@ -18,6 +24,9 @@
 #include <algorithm>
 
 const QString SNStickyNoteManager::databaseFileName = QStringLiteral("stickies.db");
+const QString SNStickyNoteManager::journalFileName = QStringLiteral("stickies.journal");
+const QString SNStickyNoteManager::recentlyDeletedFileName = QStringLiteral("Recently Deleted.db");
+const QString SNStickyNoteManager::backupsFolderName = QStringLiteral("Backups");
 const QString SNStickyNoteManager::defaultDatabaseResource
     = QStringLiteral(":/Vellumo/stickies.default.db");
 
@@ -34,19 +43,36 @@ QString withTrailingSlash(const QString &path)
     return path.isEmpty() || path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
 }
 
+qsizetype indexOfNote(const QList<std::shared_ptr<SNStickyNote>> &notes, const QUuid &uuid)
+{
+    for (qsizetype index = 0; index < notes.size(); ++index) {
+        if (notes.at(index)->uuid() == uuid)
+            return index;
+    }
+    return -1;
+}
+
 } // namespace
 
 SNStickyNoteManager::SNStickyNoteManager() : SNStickyNoteManager(standardBaseDatabasePath()) { }
 
-SNStickyNoteManager::SNStickyNoteManager(const QString &baseDatabasePath)
+SNStickyNoteManager::SNStickyNoteManager(const QString &baseDatabasePath, const QString &device)
     : m_baseDatabasePath(withTrailingSlash(baseDatabasePath)),
+      m_journal(std::make_unique<SNJournal>(journalPath())),
+      m_clock(std::make_unique<SNHybridClock>(
+          device.isEmpty() ? SNUserDefaults::standardUserDefaults().deviceIdentifier() : device)),
+      m_backups(m_baseDatabasePath + backupsFolderName),
       m_ownerThread(QThread::currentThread())
 {
     loadDatabase();
-    // A renamed theme renames it in the notes that wear it (each note sees to its own name).
+    // A renamed theme is renamed in the notes that wear it (each note sees to its own name);
+    // renames are rare, so every note is saved again.
     m_themeRenameObservation = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
-        SNStickyNote::themeNameDidChangeNotification, nullptr,
-        [this](const QWNotification &) { scheduleSave(); });
+        SNStickyNote::themeNameDidChangeNotification, nullptr, [this](const QWNotification &) {
+            for (const std::shared_ptr<SNStickyNote> &note : notesArray())
+                queueChange({ note, false, QDateTime() });
+            scheduleSave();
+        });
 }
 
 SNStickyNoteManager::~SNStickyNoteManager()
@@ -56,6 +82,7 @@ SNStickyNoteManager::~SNStickyNoteManager()
     if (hasPendingSave())
         save();
     m_saveDebouncer.reset();
+    m_compactionDebouncer.reset();
     waitForBackgroundSaves();
 }
 
@@ -75,15 +102,36 @@ QString SNStickyNoteManager::databasePath() const
     return m_baseDatabasePath.isEmpty() ? QString() : m_baseDatabasePath + databaseFileName;
 }
 
+QString SNStickyNoteManager::journalPath() const
+{
+    return m_baseDatabasePath.isEmpty() ? QString() : m_baseDatabasePath + journalFileName;
+}
+
 QString SNStickyNoteManager::movedAsidePath() const
 {
-    return m_movedAsidePath;
+    const QString archive = databasePath();
+    for (const QString &path : m_keptAside) {
+        if (path.startsWith(archive + QStringLiteral(".damaged-")))
+            return path;
+    }
+    return QString();
+}
+
+QStringList SNStickyNoteManager::keptAsidePaths() const
+{
+    return m_keptAside;
 }
 
 void SNStickyNoteManager::setSaveFileFactory(SaveFileFactory factory)
 {
     std::lock_guard lock(m_writeMutex);
     m_saveFileFactory = std::move(factory);
+}
+
+void SNStickyNoteManager::setJournalFileFactory(JournalFileFactory factory)
+{
+    std::lock_guard lock(m_writeMutex);
+    m_journal->setFileFactory(std::move(factory));
 }
 
 QList<std::shared_ptr<SNStickyNote>> SNStickyNoteManager::notesArray() const
@@ -96,10 +144,20 @@ void SNStickyNoteManager::addNote(const std::shared_ptr<SNStickyNote> &note)
 {
     if (!note)
         return;
+    bool restored = false;
     {
         std::lock_guard lock(m_listMutex);
-        m_actualNotesArray.append(note);
+        if (!m_actualNotesArray.contains(note)) {
+            // Two notes never share an id: the newcomer takes a new one.
+            if (note->uuid().isNull() || indexOfNote(m_actualNotesArray, note->uuid()) >= 0)
+                note->setUuid(QUuid::createUuid());
+            m_actualNotesArray.append(note);
+            restored = m_recentlyDeleted.take(note->uuid()).has_value();
+        }
     }
+    if (restored)
+        note->didRestore();
+    queueChange({ note, false, QDateTime() });
     scheduleSave();
 }
 
@@ -108,18 +166,39 @@ void SNStickyNoteManager::removeNote(const std::shared_ptr<SNStickyNote> &note)
     if (!note)
         return;
     note->willDelete();
+    const QDateTime now = QWClock::currentDateTime();
     {
         std::lock_guard lock(m_listMutex);
-        m_actualNotesArray.removeAll(note);
+        if (m_actualNotesArray.removeAll(note) > 0 && note->hasContent())
+            m_recentlyDeleted.add(SNJournalRecord::deleting(note, now));
     }
+    queueChange({ note, true, now });
     scheduleSave();
     note->didDelete();
 }
 
 void SNStickyNoteManager::noteDidChange(const std::shared_ptr<SNStickyNote> &note)
 {
-    if (note)
-        scheduleSave();
+    if (!note)
+        return;
+    queueChange({ note, false, QDateTime() });
+    scheduleSave();
+}
+
+void SNStickyNoteManager::queueChange(const Change &change)
+{
+    std::lock_guard lock(m_listMutex);
+    // A note already waiting to be saved is saved as it is then: one record is enough.
+    if (!change.isDeletion) {
+        for (auto waiting = m_changes.crbegin(); waiting != m_changes.crend(); ++waiting) {
+            if (waiting->note == change.note) {
+                if (!waiting->isDeletion)
+                    return;
+                break;
+            }
+        }
+    }
+    m_changes.append(change);
 }
 
 void SNStickyNoteManager::scheduleSave()
@@ -127,9 +206,13 @@ void SNStickyNoteManager::scheduleSave()
     // A thread without an event loop has nobody to run the save later: it saves itself.
     if (QThread::currentThread() != m_ownerThread || !QAbstractEventDispatcher::instance())
         return;
-    if (!m_saveDebouncer)
+    if (!m_saveDebouncer) {
         m_saveDebouncer = std::make_unique<QWDebouncer>(0.0, [this] { saveInBackground(); });
+        m_compactionDebouncer = std::make_unique<QWDebouncer>(
+            idleSecondsBeforeCompaction, [this] { runInBackground([this] { compact(); }); });
+    }
     m_saveDebouncer->restart();
+    m_compactionDebouncer->restart();
 }
 
 bool SNStickyNoteManager::hasPendingSave() const
@@ -137,21 +220,37 @@ bool SNStickyNoteManager::hasPendingSave() const
     return m_saveDebouncer && m_saveDebouncer->isPending();
 }
 
+// MARK: - Loading
+
 void SNStickyNoteManager::removeUnfinishedSaves() const
 {
-    // A save writes a temporary file beside the archive ("stickies.db.AbC123") and renames it
-    // into place; one killed in between leaves the temporary file. Only one Vellumo runs, so at
-    // load no save of this program is under way.
-    const QFileInfo archive(databasePath());
-    const QRegularExpression unfinished(QStringLiteral("^%1\\.[A-Za-z0-9]{6}$")
-                                            .arg(QRegularExpression::escape(archive.fileName())));
-    QDir folder = archive.dir();
-    const QStringList names
-        = folder.entryList({ archive.fileName() + QStringLiteral(".??????") }, QDir::Files);
-    for (const QString &name : names) {
-        if (unfinished.match(name).hasMatch())
-            folder.remove(name);
+    // A save writes a temporary file beside its file ("stickies.db.AbC123") and renames it into
+    // place; one killed in between leaves the temporary file. Only one Vellumo runs, so at load
+    // no save of this program is under way.
+    QDir folder(m_baseDatabasePath);
+    for (const QString &file : { databaseFileName, journalFileName, recentlyDeletedFileName }) {
+        const QRegularExpression unfinished(
+            QStringLiteral("^%1\\.[A-Za-z0-9]{6}$").arg(QRegularExpression::escape(file)));
+        for (const QString &name :
+            folder.entryList({ file + QStringLiteral(".??????") }, QDir::Files)) {
+            if (unfinished.match(name).hasMatch())
+                folder.remove(name);
+        }
     }
+}
+
+QString SNStickyNoteManager::keepAside(const QString &path, bool copy)
+{
+    const QString stamped = path + QStringLiteral(".damaged-")
+        + QWClock::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    // Never onto an earlier damaged copy from the same second.
+    QString aside = stamped;
+    for (int number = 2; QFileInfo::exists(aside); ++number)
+        aside = stamped + QStringLiteral("-%1").arg(number);
+    if (!(copy ? QFile::copy(path, aside) : QFile::rename(path, aside)))
+        return QString();
+    m_keptAside.append(aside);
+    return aside;
 }
 
 void SNStickyNoteManager::loadDatabase()
@@ -159,20 +258,29 @@ void SNStickyNoteManager::loadDatabase()
     {
         std::lock_guard lock(m_listMutex);
         m_actualNotesArray.clear();
+        m_changes.clear();
+        m_recentlyDeleted = SNRecentlyDeleted();
     }
-    const QString path = databasePath();
-    if (path.isEmpty())
+    if (databasePath().isEmpty())
         return;
     removeUnfinishedSaves();
-    if (!QFileInfo::exists(path)) {
+    if (!QFileInfo::exists(databasePath()) && !QFileInfo::exists(journalPath())) {
         QDir().mkpath(m_baseDatabasePath);
-        if (QFile::copy(defaultDatabaseResource, path)) {
+        if (QFile::copy(defaultDatabaseResource, databasePath())) {
             // Files copied out of the resources are read-only.
-            QFile::setPermissions(
-                path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+            QFile::setPermissions(databasePath(),
+                QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
         }
     }
+    loadArchive();
+    loadRecentlyDeleted();
+    replayJournal();
+    m_archiveSize = QFileInfo(databasePath()).size();
+}
 
+void SNStickyNoteManager::loadArchive()
+{
+    const QString path = databasePath();
     QFile file(path);
     if (!file.exists())
         return;
@@ -186,23 +294,19 @@ void SNStickyNoteManager::loadDatabase()
         error = file.errorString();
     }
 
-    const QList<std::shared_ptr<SNStickyNote>> notes
+    QList<std::shared_ptr<SNStickyNote>> notes
         = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<SNStickyNote>>(
             result.root);
+    if (SNNoteIdentity::giveIdsToNotesWithout(notes) > 0)
+        m_archiveIsBehind = true;
     if (!error.isEmpty()) {
         // The user's only copy: move it aside before anything can write over it.
-        const QString stamped = path + QStringLiteral(".damaged-")
-            + QWClock::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-        // Never onto an earlier damaged copy from the same second.
-        QString aside = stamped;
-        for (int copy = 2; QFileInfo::exists(aside); ++copy)
-            aside = stamped + QStringLiteral("-%1").arg(copy);
-        if (QFile::rename(path, aside)) {
-            m_movedAsidePath = aside;
+        if (const QString aside = keepAside(path, false); !aside.isEmpty()) {
             qWarning("[DEBUG] Could not read %s (%s); moved it to %s and kept the %lld notes it "
                      "still held",
                 qUtf8Printable(path), qUtf8Printable(error), qUtf8Printable(aside),
                 qlonglong(notes.size()));
+            m_archiveIsBehind = true;
         } else {
             std::lock_guard lock(m_writeMutex);
             m_writeRefused = true;
@@ -214,38 +318,215 @@ void SNStickyNoteManager::loadDatabase()
     m_actualNotesArray = notes;
 }
 
-bool SNStickyNoteManager::save()
+void SNStickyNoteManager::loadRecentlyDeleted()
 {
-    // This snapshot holds every change scheduled so far.
-    if (m_saveDebouncer && QThread::currentThread() == m_ownerThread)
-        m_saveDebouncer->cancel();
-    QByteArray archive;
-    quint64 generation;
-    {
-        std::lock_guard lock(m_snapshotMutex);
-        generation = ++m_lastGeneration;
-        QList<std::shared_ptr<SNStickyNote>> notes = notesArray();
-        // Notes never typed into stay in their windows but do not survive a restart.
-        notes.removeIf(
-            [](const std::shared_ptr<SNStickyNote> &note) { return !note->hasContent(); });
-        archive = QWKeyedArchiver::archivedDataWithRootObject(notes);
+    const QString path = m_baseDatabasePath + recentlyDeletedFileName;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    QString error;
+    SNRecentlyDeleted deleted = SNRecentlyDeleted::fromArchivedData(file.readAll(), &error);
+    file.close();
+    if (!error.isEmpty()) {
+        const QString aside = keepAside(path, true);
+        qWarning("[DEBUG] Could not read %s (%s); kept a copy at %s", qUtf8Printable(path),
+            qUtf8Printable(error), qUtf8Printable(aside));
     }
-    return writeArchive(archive, generation);
+    for (const SNJournalRecord &record : deleted.records()) {
+        // Deleted notes are in no tag.
+        record.note->didDelete();
+    }
+    std::lock_guard lock(m_listMutex);
+    m_recentlyDeleted = deleted;
 }
 
-bool SNStickyNoteManager::writeArchive(const QByteArray &archive, quint64 generation)
+void SNStickyNoteManager::replayJournal()
+{
+    const SNJournal::Contents contents = SNJournal::read(journalPath());
+    if (!contents.isComplete()) {
+        // What follows the damage cannot be trusted: the whole file is kept aside as it was,
+        // and the journal goes on from its last whole record.
+        const QString aside = keepAside(journalPath(), true);
+        qWarning("[DEBUG] Could not read all of %s (%s); kept a copy at %s and read the %lld "
+                 "records before the damage",
+            qUtf8Printable(journalPath()), qUtf8Printable(contents.error), qUtf8Printable(aside),
+            qlonglong(contents.records.size()));
+        if (contents.validLength == 0)
+            QFile::remove(journalPath());
+        else
+            m_journal->truncate(contents.validLength);
+    }
+    if (!contents.records.isEmpty())
+        m_archiveIsBehind = true;
+
+    std::lock_guard lock(m_listMutex);
+    qsizetype unreadable = 0;
+    for (const QByteArray &bytes : contents.records) {
+        const std::optional<SNJournalRecord> record = SNJournalRecord::fromArchivedData(bytes);
+        if (!record) {
+            ++unreadable;
+            continue;
+        }
+        if (record->note)
+            m_clock->observe(record->note->version().stamp);
+        const qsizetype index = indexOfNote(m_actualNotesArray, record->uuid);
+        if (record->isDeletion) {
+            if (index >= 0)
+                m_actualNotesArray.takeAt(index)->didDelete();
+            if (record->note) {
+                record->note->didDelete();
+                if (record->note->hasContent())
+                    m_recentlyDeleted.add(*record);
+            }
+            continue;
+        }
+        if (const std::optional<SNJournalRecord> deleted = m_recentlyDeleted.take(record->uuid))
+            deleted->note->didDelete();
+        if (index >= 0)
+            m_actualNotesArray.at(index)->didDelete();
+        if (!record->note->hasContent()) {
+            // A note whose text was all erased is not kept, as a whole save would not keep it.
+            record->note->didDelete();
+            if (index >= 0)
+                m_actualNotesArray.removeAt(index);
+        } else if (index >= 0) {
+            m_actualNotesArray[index] = record->note;
+        } else {
+            m_actualNotesArray.append(record->note);
+        }
+    }
+    if (unreadable > 0)
+        qWarning("[DEBUG] Skipped %lld journal records that were not notes", qlonglong(unreadable));
+}
+
+// MARK: - Saving
+
+bool SNStickyNoteManager::save()
+{
+    // This save takes every change told so far.
+    if (m_saveDebouncer && QThread::currentThread() == m_ownerThread)
+        m_saveDebouncer->cancel();
+    std::lock_guard lock(m_writeMutex);
+    QList<Change> changes = takeChanges();
+    if (changes.isEmpty())
+        return true;
+    if (appendLocked(changes)) {
+        m_archiveIsBehind = true;
+        if (journalWantsCompaction())
+            compactLocked(false);
+        return true;
+    }
+    // The journal cannot take them; the whole archive still may.
+    putBackChanges(changes);
+    return compactLocked(false);
+}
+
+QList<SNStickyNoteManager::Change> SNStickyNoteManager::takeChanges()
+{
+    std::lock_guard lock(m_listMutex);
+    QList<Change> changes;
+    changes.swap(m_changes);
+    return changes;
+}
+
+void SNStickyNoteManager::putBackChanges(const QList<Change> &changes)
+{
+    std::lock_guard lock(m_listMutex);
+    m_changes = changes + m_changes;
+}
+
+bool SNStickyNoteManager::appendLocked(const QList<Change> &changes)
+{
+    const QList<std::shared_ptr<SNStickyNote>> notes = notesArray();
+    QList<const SNStickyNote *> stamped;
+    QList<QByteArray> records;
+    for (const Change &change : changes) {
+        // A note deleted since it changed is saved by its deletion alone.
+        if (!change.isDeletion && !notes.contains(change.note))
+            continue;
+        if (!stamped.contains(change.note.get())) {
+            change.note->stampChange(*m_clock);
+            stamped.append(change.note.get());
+        }
+        const SNJournalRecord record = change.isDeletion
+            ? SNJournalRecord::deleting(change.note, change.date)
+            : SNJournalRecord::saving(change.note);
+        records.append(record.archivedData());
+    }
+    QString error;
+    if (m_journal->append(records, &error))
+        return true;
+    qWarning(
+        "[DEBUG] Could not append to %s: %s", qUtf8Printable(journalPath()), qUtf8Printable(error));
+    return false;
+}
+
+bool SNStickyNoteManager::journalWantsCompaction() const
+{
+    const qint64 journal = m_journal->size();
+    return journal > smallestJournalToCompact && journal > m_archiveSize / 4;
+}
+
+bool SNStickyNoteManager::compact()
 {
     std::lock_guard lock(m_writeMutex);
-    if (generation <= m_writtenGeneration || m_writeRefused)
+    return compactLocked(false);
+}
+
+bool SNStickyNoteManager::compactLocked(bool evenWhenCurrent)
+{
+    if (m_writeRefused || databasePath().isEmpty())
         return false;
-    const QString path = databasePath();
-    if (path.isEmpty())
-        return false;
+    QList<Change> changes = takeChanges();
+    if (changes.isEmpty() && !m_archiveIsBehind && !evenWhenCurrent)
+        return true;
+    for (const Change &change : std::as_const(changes))
+        change.note->stampChange(*m_clock);
+    SNRecentlyDeleted deleted;
+    {
+        std::lock_guard listLock(m_listMutex);
+        m_recentlyDeleted.dropExpired(QWClock::currentDateTime());
+        deleted = m_recentlyDeleted;
+    }
+    const QByteArray archive = archiveOfNotes();
     QDir().mkpath(m_baseDatabasePath);
-    if (!replaceFile(path, archive))
+    QString error;
+    if (!replaceFile(databasePath(), archive, &error)) {
+        qWarning("[DEBUG] Could not write %s: %s", qUtf8Printable(databasePath()),
+            qUtf8Printable(error));
+        putBackChanges(changes);
         return false;
-    m_writtenGeneration = generation;
+    }
+    QWFileSync::syncFolderOf(databasePath());
+    m_archiveSize = archive.size();
+    m_archiveIsBehind = false;
+
+    // The first compaction of a day keeps a copy of the day.
+    const QDate today = QWClock::currentDateTime().date();
+    if (!m_backups.hasBackupOf(today) && !m_backups.addBackup(archive, today, &error))
+        qWarning("[DEBUG] Could not make the backup of today: %s", qUtf8Printable(error));
+
+    const QString deletedPath = m_baseDatabasePath + recentlyDeletedFileName;
+    if ((!deleted.isEmpty() || QFileInfo::exists(deletedPath))
+        && !replaceFile(deletedPath, deleted.archivedData(), &error)) {
+        // The journal still holds the deletions: it stays.
+        qWarning(
+            "[DEBUG] Could not write %s: %s", qUtf8Printable(deletedPath), qUtf8Printable(error));
+        return true;
+    }
+    if (m_journal->size() > 0 && !m_journal->reset(&error)) {
+        // Replaying the old journal over the new archive gives the same notes again.
+        qWarning("[DEBUG] Could not start a new journal: %s", qUtf8Printable(error));
+    }
     return true;
+}
+
+QByteArray SNStickyNoteManager::archiveOfNotes() const
+{
+    QList<std::shared_ptr<SNStickyNote>> notes = notesArray();
+    // Notes never typed into stay in their windows but do not survive a restart.
+    notes.removeIf([](const std::shared_ptr<SNStickyNote> &note) { return !note->hasContent(); });
+    return QWKeyedArchiver::archivedDataWithRootObject(notes);
 }
 
 bool SNStickyNoteManager::replaceFile(const QString &path, const QByteArray &data, QString *error)
@@ -273,11 +554,16 @@ bool SNStickyNoteManager::replaceFile(const QString &path, const QByteArray &dat
 
 void SNStickyNoteManager::saveInBackground()
 {
+    runInBackground([this] { save(); });
+}
+
+void SNStickyNoteManager::runInBackground(std::function<void()> job)
+{
     reapFinishedWorkers();
     auto finished = std::make_shared<std::atomic<bool>>(false);
     std::lock_guard lock(m_workersMutex);
-    m_workers.push_back(Worker { std::thread([this, finished] {
-                                    save();
+    m_workers.push_back(Worker { std::thread([job = std::move(job), finished] {
+                                    job();
                                     finished->store(true);
                                 }),
         finished });
@@ -308,22 +594,92 @@ void SNStickyNoteManager::waitForBackgroundSaves()
         worker.thread.join();
 }
 
+// MARK: - History
+
+QList<SNDeletedNote> SNStickyNoteManager::recentlyDeletedNotes() const
+{
+    const QDateTime limit = QWClock::currentDateTime().addDays(-SNRecentlyDeleted::keptDays);
+    QList<SNDeletedNote> notes;
+    std::lock_guard lock(m_listMutex);
+    for (const SNJournalRecord &record : m_recentlyDeleted.records()) {
+        if (record.dateDeleted < limit)
+            continue;
+        const std::optional<QWAttributedString> text = record.note->attributedString();
+        notes.append({ record.uuid, record.dateDeleted,
+            SNNoteTitle::titleTextOfString(text ? text->string() : QString()) });
+    }
+    return notes;
+}
+
+std::shared_ptr<SNStickyNote> SNStickyNoteManager::restoreDeletedNote(const QUuid &uuid)
+{
+    std::shared_ptr<SNStickyNote> note;
+    {
+        std::lock_guard lock(m_listMutex);
+        const std::optional<SNJournalRecord> record = m_recentlyDeleted.take(uuid);
+        if (!record)
+            return nullptr;
+        note = record->note;
+        m_actualNotesArray.append(note);
+    }
+    note->didRestore();
+    queueChange({ note, false, QDateTime() });
+    scheduleSave();
+    return note;
+}
+
+QList<SNBackup> SNStickyNoteManager::backups() const
+{
+    return m_backups.backups();
+}
+
+bool SNStickyNoteManager::backUpNow(QString *error)
+{
+    std::lock_guard lock(m_writeMutex);
+    if (!compactLocked(true)) {
+        if (error)
+            *error = QStringLiteral("the notes could not be written");
+        return false;
+    }
+    QFile archive(databasePath());
+    if (!archive.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = archive.errorString();
+        return false;
+    }
+    return m_backups.addBackup(archive.readAll(), QWClock::currentDateTime().date(), error);
+}
+
+QList<std::shared_ptr<SNStickyNote>> SNStickyNoteManager::restoreBackup(
+    const QString &path, QString *error)
+{
+    QList<std::shared_ptr<SNStickyNote>> notes = SNBackupShelf::notesInArchive(path, error);
+    SNNoteIdentity::giveIdsToNotesWithout(notes);
+    QList<std::shared_ptr<SNStickyNote>> added;
+    for (const std::shared_ptr<SNStickyNote> &note : std::as_const(notes)) {
+        bool present;
+        {
+            std::lock_guard lock(m_listMutex);
+            present = indexOfNote(m_actualNotesArray, note->uuid()) >= 0;
+        }
+        if (present) {
+            note->didDelete(); // only this copy is let go
+            continue;
+        }
+        addNote(note);
+        added.append(note);
+    }
+    return added;
+}
+
 bool SNStickyNoteManager::exportDatabaseToPath(const QString &path)
 {
-    // Under the lock of saves, so that the copy is the newest file written. A file already at
-    // the path is one the user chose to replace; a failure leaves it as it was.
+    // Under the lock of saves, so that the copy holds every note saved. A file already at the
+    // path is one the user chose to replace; a failure leaves it as it was.
     std::lock_guard lock(m_writeMutex);
-    QFile source(databasePath());
     QString error;
-    if (source.open(QIODevice::ReadOnly)) {
-        const QByteArray archive = source.readAll();
-        if (source.error() != QFileDevice::NoError)
-            error = source.errorString();
-        else if (replaceFile(path, archive, &error))
-            return true;
-    } else {
-        error = source.errorString();
-    }
+    if (replaceFile(path, archiveOfNotes(), &error))
+        return true;
     qWarning("[DEBUG] Could not save because of error: %s", qUtf8Printable(error));
     return false;
 }

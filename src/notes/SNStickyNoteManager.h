@@ -1,9 +1,13 @@
 #pragma once
 
 #include "kit/QWNotificationCenter.h"
+#include "notes/SNBackupShelf.h"
+#include "notes/SNRecentlyDeleted.h"
 
+#include <QDateTime>
 #include <QList>
 #include <QString>
+#include <QUuid>
 
 #include <atomic>
 #include <functional>
@@ -12,36 +16,61 @@
 #include <thread>
 #include <vector>
 
+class QFile;
 class QSaveFile;
 class QThread;
 class QWDebouncer;
+class SNHybridClock;
+class SNJournal;
 class SNStickyNote;
 
-// The one store of all notes: it loads "stickies.db" once, keeps the notes in order, writes
-// the whole list back and copies the file for export. It knows nothing of windows.
+// A note in Recently Deleted, as menus list it.
+struct SNDeletedNote
+{
+    QUuid uuid;
+    QDateTime dateDeleted;
+    QString title; // the first line of its text
+};
+
+// The one store of all notes: it loads "stickies.db" and its journal once, keeps the notes in
+// order, saves what changed, keeps deleted notes for 30 days and a daily backup, and copies the
+// notes for export. It knows nothing of windows.
 //
 // The store decides when to save: whoever changes a note tells it (noteDidChange), and every
 // change made in one turn of the event loop, the list's own included, becomes one save in the
 // background. Only changes made on the thread that made the store are scheduled so; tools and
 // other threads call save() themselves.
 //
-// Saving never loses data: the archive is written beside the old one and renamed over it,
-// an older snapshot never replaces a newer one, and a file that cannot be read is moved
-// aside before anything could replace it.
+// A save appends the changed notes to the journal ("stickies.journal") and waits for the disk;
+// compaction writes the whole archive and starts a new journal, when the journal has grown
+// (past 1 MB and a quarter of the archive), after a minute without changes, and at quit.
+// Nothing is lost on the way: the archive is written beside the old one and renamed over it,
+// replaying the journal over any archive gives the same notes, and a file that cannot be read
+// is kept aside before anything could replace it.
 class SNStickyNoteManager final
 {
 public:
     static const QString databaseFileName; // "stickies.db"
+    static const QString journalFileName; // "stickies.journal"
+    static const QString recentlyDeletedFileName; // "Recently Deleted.db"
+    static const QString backupsFolderName; // "Backups"
     static const QString
         defaultDatabaseResource; // the welcome notes, ":/Vellumo/stickies.default.db"
+    static constexpr qint64 smallestJournalToCompact = 1024 * 1024;
+    static constexpr int idleSecondsBeforeCompaction = 60;
 
-    // Where the files that saves and exports write come from; tests hand in devices that fail.
+    // Where the files that compaction and exports write come from; tests hand in devices that
+    // fail.
     using SaveFileFactory = std::function<std::unique_ptr<QSaveFile>(const QString &path)>;
+    // Where the journal's appends write.
+    using JournalFileFactory = std::function<std::unique_ptr<QFile>(const QString &path)>;
 
     // The store over the folder "Vellumo/" of the user's data folder; loads at once.
     SNStickyNoteManager();
-    // The store over another folder, for tests and tools; loads at once.
-    explicit SNStickyNoteManager(const QString &baseDatabasePath);
+    // The store over another folder, for tests and tools; loads at once. The device id stamps
+    // this computer's changes; empty takes the one of the settings.
+    explicit SNStickyNoteManager(
+        const QString &baseDatabasePath, const QString &device = QString());
     // Writes a scheduled save at once and waits for saves still running in the background.
     ~SNStickyNoteManager();
     SNStickyNoteManager(const SNStickyNoteManager &) = delete;
@@ -51,62 +80,110 @@ public:
 
     QString baseDatabasePath() const; // ends with "/"
     QString databasePath() const;
+    QString journalPath() const;
 
     // A copy of the list: later changes to the store do not show in it.
     QList<std::shared_ptr<SNStickyNote>> notesArray() const;
+    // Adding a note already in the list does nothing more than noteDidChange; adding one that
+    // is in Recently Deleted brings it back.
     void addNote(const std::shared_ptr<SNStickyNote> &note);
+    // The note goes to Recently Deleted (when it has text).
     void removeNote(const std::shared_ptr<SNStickyNote> &note);
     // The note's fields changed: it is saved with the next save.
     void noteDidChange(const std::shared_ptr<SNStickyNote> &note);
     // Whether a save is scheduled and has not run yet.
     bool hasPendingSave() const;
 
-    // Writes every note that has text to the file, on the calling thread, taking the place of
-    // a scheduled save. False when the file could not be written (or a newer save had already
-    // written it: nothing to do).
+    // Appends every change told so far to the journal, on the calling thread, taking the place
+    // of a scheduled save; compacts when the journal has grown. False when nothing could be
+    // written: the changes stay for the next save.
     bool save();
     // The same on a worker of its own; the interface thread does not wait.
     void saveInBackground();
+    // Writes the whole archive and starts a new journal; also makes the backup of the day.
+    bool compact();
     // Returns once every background save has finished; called at quit.
     void waitForBackgroundSaves();
 
-    // Copies the file, replacing whatever is at the path. Logs and returns false on failure,
-    // leaving the path as it was.
+    // Recently Deleted, newest first; nothing older than 30 days.
+    QList<SNDeletedNote> recentlyDeletedNotes() const;
+    // Puts the deleted note back at the end of the list, as it was; null when it is not in
+    // Recently Deleted.
+    std::shared_ptr<SNStickyNote> restoreDeletedNote(const QUuid &uuid);
+
+    // The daily copies, newest first.
+    QList<SNBackup> backups() const;
+    // Compacts and copies the archive as today's backup.
+    bool backUpNow(QString *error = nullptr);
+    // Adds the notes of a backup (or of any archive) that the store does not hold (by id) at
+    // the end of the list, and returns them; deletes nothing. The error says what could not be
+    // read.
+    QList<std::shared_ptr<SNStickyNote>> restoreBackup(
+        const QString &path, QString *error = nullptr);
+
+    // Writes the notes as one archive, replacing whatever is at the path. Logs and returns
+    // false on failure, leaving the path as it was.
     bool exportDatabaseToPath(const QString &path);
 
     void loadDatabase();
 
-    // Where an unreadable file went, if loading moved one aside.
+    // Where unreadable files went, if loading moved or copied some aside.
     QString movedAsidePath() const;
+    QStringList keptAsidePaths() const;
 
     void setSaveFileFactory(SaveFileFactory factory);
+    void setJournalFileFactory(JournalFileFactory factory);
 
 private:
+    struct Change
+    {
+        std::shared_ptr<SNStickyNote> note;
+        bool isDeletion = false;
+        QDateTime date;
+    };
+
     void scheduleSave();
+    void queueChange(const Change &change);
     // Takes away the temporary files of saves that a crash interrupted.
     void removeUnfinishedSaves() const;
-    bool writeArchive(const QByteArray &archive, quint64 generation);
+    QString keepAside(const QString &path, bool copy);
+    void loadArchive();
+    void loadRecentlyDeleted();
+    void replayJournal();
+    QList<Change> takeChanges();
+    void putBackChanges(const QList<Change> &changes);
+    // Called with m_writeMutex held.
+    bool appendLocked(const QList<Change> &changes);
+    bool compactLocked(bool evenWhenCurrent);
     // Writes beside the path and renames over it; called with m_writeMutex held.
     bool replaceFile(const QString &path, const QByteArray &data, QString *error = nullptr);
+    QByteArray archiveOfNotes() const;
+    bool journalWantsCompaction() const;
     void reapFinishedWorkers();
+    void runInBackground(std::function<void()> job);
 
     const QString m_baseDatabasePath;
 
     mutable std::mutex m_listMutex;
     QList<std::shared_ptr<SNStickyNote>> m_actualNotesArray;
+    QList<Change> m_changes; // in the order they were told, not yet written
+    SNRecentlyDeleted m_recentlyDeleted;
 
-    // Snapshots are taken and encoded in order under this lock, so a snapshot's number says
-    // how fresh its content is; the file only ever moves to a higher number.
-    std::mutex m_snapshotMutex;
-    quint64 m_lastGeneration = 0;
+    // Every write of the journal and the archive happens under this lock, in the order the
+    // changes were taken.
     std::mutex m_writeMutex;
-    quint64 m_writtenGeneration = 0;
-    bool m_writeRefused = false; // the file on disk could not be read nor moved aside
-    QString m_movedAsidePath;
+    std::unique_ptr<SNJournal> m_journal;
+    std::unique_ptr<SNHybridClock> m_clock;
+    SNBackupShelf m_backups;
+    qint64 m_archiveSize = 0;
+    bool m_archiveIsBehind = false; // the journal or ids given at load hold what it lacks
+    bool m_writeRefused = false; // the archive on disk could not be read nor moved aside
+    QStringList m_keptAside;
     SaveFileFactory m_saveFileFactory;
 
     QThread *const m_ownerThread;
     std::unique_ptr<QWDebouncer> m_saveDebouncer; // made on the first change of its thread
+    std::unique_ptr<QWDebouncer> m_compactionDebouncer;
     QWNotificationCenter::Observation m_themeRenameObservation;
 
     struct Worker

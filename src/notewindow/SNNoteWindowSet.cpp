@@ -226,7 +226,9 @@ void SNNoteWindowSet::flushEveryNote(bool terminating)
         if (terminating)
             controller->setIsTerminating(true);
         // The windows stay open while the program ends, so their last edits are taken here.
-        if (controller->isWindowLoaded())
+        if (controller->isWindowLoaded()) {
             controller->flushNote();
+            m_store.noteDidChange(controller->note());
+        }
     }
 }

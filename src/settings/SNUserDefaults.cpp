@@ -4,6 +4,7 @@
 #include "settings/SNApplicationInfo.h"
 
 #include <QSettings>
+#include <QUuid>
 
 SNUserDefaults::SNUserDefaults(ConstructionKey key) : GVUserDefaults(key) { }
 
@@ -168,6 +169,16 @@ bool SNUserDefaults::suppressThemeDeletionAlert() const
 void SNUserDefaults::setSuppressThemeDeletionAlert(bool suppress)
 {
     setBoolForKey(suppress, suppressThemeDeletionAlertKey());
+}
+
+QString SNUserDefaults::deviceIdentifier()
+{
+    QString identifier = stringForKey(deviceIdentifierKey());
+    if (QUuid::fromString(identifier).isNull()) {
+        identifier = QUuid::createUuid().toString(QUuid::WithoutBraces);
+        setStringForKey(identifier, deviceIdentifierKey());
+    }
+    return identifier;
 }
 
 double SNUserDefaults::defaultWindowAlpha() const

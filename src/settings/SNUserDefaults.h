@@ -40,6 +40,7 @@ public:
     static QString noteHotKeyModifierKey() { return QStringLiteral("noteHotKeyModifier"); }
     // The preferences window's "continue to run in the background" alert; lives in the
     // standard store, outside the typed settings.
+    static QString deviceIdentifierKey() { return QStringLiteral("deviceIdentifier"); }
     static QString suppressQuitAlertKey() { return QStringLiteral("SuppressQuitAlert"); }
 
     // The setters write, flush at once and announce the combination's key.
@@ -71,6 +72,10 @@ public:
     void setCheckSpelling(bool check);
     bool autoCorrectSpelling() const;
     void setAutoCorrectSpelling(bool correct);
+
+    // This computer's id in the notes' versions: made on first use and kept in these local
+    // settings, never with the notes, so that a copied notes folder does not copy it.
+    QString deviceIdentifier();
 
     // "SuppressQuitAlert", read and written straight in the standard store; the setter flushes.
     static bool suppressQuitAlert();

@@ -1,0 +1,117 @@
+#include "notes/SNBackupShelf.h"
+
+#include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNStickyNote.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QSaveFile>
+#include <QSet>
+
+#include <algorithm>
+
+namespace {
+
+const QString dateFormat = QStringLiteral("yyyy-MM-dd");
+
+} // namespace
+
+SNBackupShelf::SNBackupShelf(const QString &folder) : m_folder(folder) { }
+
+QString SNBackupShelf::pathForDate(const QDate &date) const
+{
+    return QDir(m_folder).filePath(QStringLiteral("stickies-%1.db").arg(date.toString(dateFormat)));
+}
+
+bool SNBackupShelf::hasBackupOf(const QDate &date) const
+{
+    return QFile::exists(pathForDate(date));
+}
+
+QList<QDate> SNBackupShelf::dates() const
+{
+    static const QRegularExpression name(QStringLiteral("^stickies-(\\d{4}-\\d{2}-\\d{2})\\.db$"));
+    QList<QDate> found;
+    for (const QString &file :
+        QDir(m_folder).entryList({ QStringLiteral("stickies-*.db") }, QDir::Files)) {
+        const QRegularExpressionMatch match = name.match(file);
+        if (!match.hasMatch())
+            continue;
+        if (const QDate date = QDate::fromString(match.captured(1), dateFormat); date.isValid())
+            found.append(date);
+    }
+    std::sort(found.begin(), found.end(), std::greater<>());
+    return found;
+}
+
+bool SNBackupShelf::addBackup(const QByteArray &archive, const QDate &date, QString *error)
+{
+    QDir().mkpath(m_folder);
+    QSaveFile file(pathForDate(date));
+    if (!file.open(QIODevice::WriteOnly) || file.write(archive) != archive.size()) {
+        if (error)
+            *error = file.errorString();
+        file.cancelWriting();
+        return false;
+    }
+    if (!file.commit()) {
+        if (error)
+            *error = file.errorString();
+        return false;
+    }
+    dropOldCopies();
+    return true;
+}
+
+void SNBackupShelf::dropOldCopies()
+{
+    const QList<QDate> all = dates();
+    QSet<QDate> kept;
+    for (qsizetype index = 0; index < all.size() && index < keptDays; ++index)
+        kept.insert(all.at(index));
+    // Before the daily copies, the newest copy of each week, for a few weeks.
+    QSet<int> weeks;
+    for (qsizetype index = keptDays; index < all.size() && weeks.size() < keptWeeks; ++index) {
+        int year = 0;
+        const int week = all.at(index).weekNumber(&year);
+        if (!weeks.contains(year * 100 + week)) {
+            weeks.insert(year * 100 + week);
+            kept.insert(all.at(index));
+        }
+    }
+    for (const QDate &date : all) {
+        if (!kept.contains(date))
+            QFile::remove(pathForDate(date));
+    }
+}
+
+QList<SNBackup> SNBackupShelf::backups() const
+{
+    QList<SNBackup> shelf;
+    for (const QDate &date : dates()) {
+        QString error;
+        const qsizetype count = notesInArchive(pathForDate(date), &error).size();
+        shelf.append({ pathForDate(date), date, count == 0 && !error.isEmpty() ? -1 : count });
+    }
+    return shelf;
+}
+
+QList<std::shared_ptr<SNStickyNote>> SNBackupShelf::notesInArchive(
+    const QString &path, QString *error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = file.errorString();
+        return {};
+    }
+    const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(file.readAll());
+    if (error)
+        *error = result.error;
+    QList<std::shared_ptr<SNStickyNote>> notes
+        = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<SNStickyNote>>(
+            result.root);
+    notes.removeIf([](const std::shared_ptr<SNStickyNote> &note) { return !note->hasContent(); });
+    return notes;
+}

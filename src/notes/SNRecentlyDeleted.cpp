@@ -1,0 +1,62 @@
+#include "notes/SNRecentlyDeleted.h"
+
+#include "kit/QWKeyedArchiver.h"
+#include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNStickyNote.h"
+
+#include <algorithm>
+
+void SNRecentlyDeleted::add(const SNJournalRecord &deletion)
+{
+    if (!deletion.note)
+        return;
+    take(deletion.uuid);
+    // Kept newest first, wherever the record comes from.
+    const auto position = std::find_if(
+        m_records.begin(), m_records.end(), [&deletion](const SNJournalRecord &record) {
+            return record.dateDeleted <= deletion.dateDeleted;
+        });
+    m_records.insert(position, deletion);
+}
+
+std::optional<SNJournalRecord> SNRecentlyDeleted::take(const QUuid &uuid)
+{
+    for (qsizetype index = 0; index < m_records.size(); ++index) {
+        if (m_records.at(index).uuid == uuid)
+            return m_records.takeAt(index);
+    }
+    return std::nullopt;
+}
+
+bool SNRecentlyDeleted::contains(const QUuid &uuid) const
+{
+    return std::any_of(m_records.cbegin(), m_records.cend(),
+        [&uuid](const SNJournalRecord &record) { return record.uuid == uuid; });
+}
+
+void SNRecentlyDeleted::dropExpired(const QDateTime &now)
+{
+    const QDateTime limit = now.addDays(-keptDays);
+    m_records.removeIf([&limit](const SNJournalRecord &record) {
+        return !record.dateDeleted.isValid() || record.dateDeleted < limit;
+    });
+}
+
+QByteArray SNRecentlyDeleted::archivedData() const
+{
+    return QWKeyedArchiver::archivedDataWithRootObject(m_records);
+}
+
+SNRecentlyDeleted SNRecentlyDeleted::fromArchivedData(const QByteArray &data, QString *error)
+{
+    const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(data);
+    if (error)
+        *error = result.error;
+    SNRecentlyDeleted deleted;
+    for (const SNJournalRecord &record :
+        QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<SNJournalRecord>(result.root)) {
+        if (record.isDeletion)
+            deleted.add(record);
+    }
+    return deleted;
+}
