@@ -55,8 +55,9 @@ SNRecentlyDeleted SNRecentlyDeleted::fromArchivedData(const QByteArray &data, QS
     SNRecentlyDeleted deleted;
     for (const SNJournalRecord &record :
         QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<SNJournalRecord>(result.root)) {
-        if (record.isDeletion)
-            deleted.add(record);
+        // In the file's order, which is already newest first.
+        if (record.isDeletion && record.note && !deleted.contains(record.uuid))
+            deleted.m_records.append(record);
     }
     return deleted;
 }

@@ -31,7 +31,8 @@ private Q_SLOTS:
     {
         m_notes = std::make_unique<TestNotes>();
         m_notes->store.setSaveFileFactory([this](const QString &path) {
-            ++m_archiveWrites;
+            if (path.endsWith(SNStickyNoteManager::databaseFileName))
+                ++m_archiveWrites;
             return std::make_unique<QSaveFile>(path);
         });
         m_termination

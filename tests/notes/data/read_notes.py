@@ -19,3 +19,4 @@ for note in notes:
         color = tag["color"]
         print("tag", tag["name"], color["red"], color["green"], color["blue"])
     print("theme", note["themeName"])
+    print("uuid", note["uuid"])
