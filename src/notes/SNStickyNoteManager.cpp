@@ -477,17 +477,20 @@ bool SNStickyNoteManager::compactLocked(bool evenWhenCurrent)
 {
     if (m_writeRefused || databasePath().isEmpty())
         return false;
+    SNRecentlyDeleted deleted;
+    bool dropped;
+    {
+        std::lock_guard listLock(m_listMutex);
+        const qsizetype before = m_recentlyDeleted.records().size();
+        m_recentlyDeleted.dropExpired(QWClock::currentDateTime());
+        dropped = m_recentlyDeleted.records().size() < before;
+        deleted = m_recentlyDeleted;
+    }
     QList<Change> changes = takeChanges();
-    if (changes.isEmpty() && !m_archiveIsBehind && !evenWhenCurrent)
+    if (changes.isEmpty() && !m_archiveIsBehind && !dropped && !evenWhenCurrent)
         return true;
     for (const Change &change : std::as_const(changes))
         change.note->stampChange(*m_clock);
-    SNRecentlyDeleted deleted;
-    {
-        std::lock_guard listLock(m_listMutex);
-        m_recentlyDeleted.dropExpired(QWClock::currentDateTime());
-        deleted = m_recentlyDeleted;
-    }
     const QByteArray archive = archiveOfNotes();
     QDir().mkpath(m_baseDatabasePath);
     QString error;
@@ -616,9 +619,14 @@ std::shared_ptr<SNStickyNote> SNStickyNoteManager::restoreDeletedNote(const QUui
     std::shared_ptr<SNStickyNote> note;
     {
         std::lock_guard lock(m_listMutex);
-        const std::optional<SNJournalRecord> record = m_recentlyDeleted.take(uuid);
-        if (!record)
+        const QDateTime limit = QWClock::currentDateTime().addDays(-SNRecentlyDeleted::keptDays);
+        const QList<SNJournalRecord> records = m_recentlyDeleted.records();
+        // Past its 30 days a note is gone, even before a compaction drops it from the file.
+        if (std::none_of(records.cbegin(), records.cend(), [&](const SNJournalRecord &record) {
+                return record.uuid == uuid && record.dateDeleted >= limit;
+            }))
             return nullptr;
+        const std::optional<SNJournalRecord> record = m_recentlyDeleted.take(uuid);
         note = record->note;
         m_actualNotesArray.append(note);
     }

@@ -1,0 +1,126 @@
+#include "kit/QWClock.h"
+#include "notes/SNBackupShelf.h"
+#include "notes/SNStickyNote.h"
+#include "notes/SNStickyNoteManager.h"
+#include "support/QWTestEnvironment.h"
+
+#include <QDir>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+// The daily backups: made by the first compaction of a day, 7 days and 4 weeks kept, and a
+// restore that brings back what is missing, never twice, and deletes nothing.
+class TestSNBackupShelf final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_environment = std::make_unique<QWTestEnvironment>();
+        m_now = QDateTime(QDate(2026, 1, 1), QTime(10, 0), Qt::UTC);
+        QWClock::setCurrentDateTimeProvider([this] { return m_now; });
+    }
+
+    void cleanup()
+    {
+        QWClock::setCurrentDateTimeProvider({});
+        m_environment.reset();
+    }
+
+    void oneBackupADaySevenDaysAndFourWeeksKept()
+    {
+        SNStickyNoteManager store(folder());
+        const std::shared_ptr<SNStickyNote> note = store.notesArray().value(0);
+        for (int day = 0; day < 60; ++day) {
+            // Two edits a day, each compacted: the day's first makes its backup.
+            for (int edit = 0; edit < 2; ++edit) {
+                note->setAttributedString(
+                    QWAttributedString(u"day %1 edit %2"_s.arg(day).arg(edit)));
+                store.noteDidChange(note);
+                QVERIFY(store.compact());
+            }
+            m_now = m_now.addDays(1);
+        }
+        const QList<SNBackup> backups = store.backups();
+        QStringList dates;
+        for (const SNBackup &backup : backups)
+            dates.append(backup.date.toString(Qt::ISODate));
+        // 1 March 2026 back: seven days, then the newest kept copy of four weeks before them.
+        QCOMPARE(dates,
+            (QStringList { u"2026-03-01"_s, u"2026-02-28"_s, u"2026-02-27"_s, u"2026-02-26"_s,
+                u"2026-02-25"_s, u"2026-02-24"_s, u"2026-02-23"_s, u"2026-02-22"_s, u"2026-02-15"_s,
+                u"2026-02-08"_s, u"2026-02-01"_s }));
+        QCOMPARE(backups.value(0).noteCount, store.notesArray().size());
+        QCOMPARE(SNBackupShelf::notesInArchive(backups.value(0).path)
+                     .value(0)
+                     ->attributedString()
+                     ->string(),
+            u"day 59 edit 0"_s);
+
+        // Backing up now replaces the copy of the day with the newest notes.
+        note->setAttributedString(QWAttributedString(u"now"_s));
+        store.noteDidChange(note);
+        QVERIFY(store.backUpNow());
+        QCOMPARE(store.backups().size(), 11);
+        QCOMPARE(SNBackupShelf::notesInArchive(store.backups().value(0).path)
+                     .value(0)
+                     ->attributedString()
+                     ->string(),
+            u"now"_s);
+    }
+
+    void restoringAddsWhatIsMissingOnce()
+    {
+        SNStickyNoteManager store(folder());
+        QVERIFY(store.backUpNow());
+        const QString backup = store.backups().value(0).path;
+        const QList<std::shared_ptr<SNStickyNote>> welcome = store.notesArray();
+
+        // Everything is still here: nothing comes twice.
+        QVERIFY(store.restoreBackup(backup).isEmpty());
+        // A note deleted (and even dropped from Recently Deleted) comes back with its id; the
+        // note written since stays.
+        const std::shared_ptr<SNStickyNote> later = SNStickyNote::note();
+        later->setAttributedString(QWAttributedString(u"written later"_s));
+        store.addNote(later);
+        store.removeNote(welcome.value(1));
+        const QList<std::shared_ptr<SNStickyNote>> back = store.restoreBackup(backup);
+        QCOMPARE(back.size(), 1);
+        QCOMPARE(back.value(0)->uuid(), welcome.value(1)->uuid());
+        QCOMPARE(store.notesArray().size(), welcome.size() + 1);
+        QVERIFY(store.notesArray().contains(later));
+        QVERIFY(store.restoreBackup(backup).isEmpty());
+
+        // The backup of another computer: its notes are added once, restored twice or not.
+        const QString otherFolder = m_environment->dataHome() + u"/other/"_s;
+        {
+            SNStickyNoteManager other(otherFolder);
+            const std::shared_ptr<SNStickyNote> theirs = SNStickyNote::note();
+            theirs->setAttributedString(QWAttributedString(u"from the laptop"_s));
+            other.addNote(theirs);
+            QVERIFY(other.backUpNow());
+        }
+        const QString theirBackup
+            = SNBackupShelf(otherFolder + u"Backups"_s).backups().value(0).path;
+        QCOMPARE(store.restoreBackup(theirBackup).size(), 1);
+        QVERIFY(store.restoreBackup(theirBackup).isEmpty());
+        QVERIFY(store.save());
+        QCOMPARE(SNStickyNoteManager(folder()).notesArray().size(), welcome.size() + 2);
+
+        // A damaged or missing file says so and adds nothing.
+        QString error;
+        QVERIFY(store.restoreBackup(folder() + u"nothing.db"_s, &error).isEmpty());
+        QVERIFY(!error.isEmpty());
+    }
+
+private:
+    QString folder() const { return m_environment->dataHome() + u"/Vellumo/"_s; }
+
+    std::unique_ptr<QWTestEnvironment> m_environment;
+    QDateTime m_now;
+};
+
+QTEST_GUILESS_MAIN(TestSNBackupShelf)
+#include "TestSNBackupShelf.moc"
