@@ -10,13 +10,13 @@
 #include "notes/SNNoteIdentity.h"
 #include "notes/SNNoteTitle.h"
 #include "notes/SNStickyNote.h"
+#include "notes/SNStoreLoader.h"
 #include "settings/SNUserDefaults.h"
 
 #include <QAbstractEventDispatcher>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QThread>
@@ -109,12 +109,7 @@ QString SNStickyNoteManager::journalPath() const
 
 QString SNStickyNoteManager::movedAsidePath() const
 {
-    const QString archive = databasePath();
-    for (const QString &path : m_keptAside) {
-        if (path.startsWith(archive + QStringLiteral(".damaged-")))
-            return path;
-    }
-    return QString();
+    return m_movedAsidePath;
 }
 
 QStringList SNStickyNoteManager::keptAsidePaths() const
@@ -222,181 +217,24 @@ bool SNStickyNoteManager::hasPendingSave() const
 
 // MARK: - Loading
 
-void SNStickyNoteManager::removeUnfinishedSaves() const
-{
-    // A save writes a temporary file beside its file ("stickies.db.AbC123") and renames it into
-    // place; one killed in between leaves the temporary file. Only one Vellumo runs, so at load
-    // no save of this program is under way.
-    QDir folder(m_baseDatabasePath);
-    for (const QString &file : { databaseFileName, journalFileName, recentlyDeletedFileName }) {
-        const QRegularExpression unfinished(
-            QStringLiteral("^%1\\.[A-Za-z0-9]{6}$").arg(QRegularExpression::escape(file)));
-        for (const QString &name :
-            folder.entryList({ file + QStringLiteral(".??????") }, QDir::Files)) {
-            if (unfinished.match(name).hasMatch())
-                folder.remove(name);
-        }
-    }
-}
-
-QString SNStickyNoteManager::keepAside(const QString &path, bool copy)
-{
-    const QString stamped = path + QStringLiteral(".damaged-")
-        + QWClock::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    // Never onto an earlier damaged copy from the same second.
-    QString aside = stamped;
-    for (int number = 2; QFileInfo::exists(aside); ++number)
-        aside = stamped + QStringLiteral("-%1").arg(number);
-    if (!(copy ? QFile::copy(path, aside) : QFile::rename(path, aside)))
-        return QString();
-    m_keptAside.append(aside);
-    return aside;
-}
-
 void SNStickyNoteManager::loadDatabase()
 {
+    const QString base = m_baseDatabasePath;
+    SNStoreLoader::Result loaded = SNStoreLoader::load({ base, databasePath(), journalPath(),
+        base.isEmpty() ? QString() : base + recentlyDeletedFileName, defaultDatabaseResource });
+    m_clock->observe(loaded.newestStamp);
     {
-        std::lock_guard lock(m_listMutex);
-        m_actualNotesArray.clear();
-        m_changes.clear();
-        m_recentlyDeleted = SNRecentlyDeleted();
-    }
-    if (databasePath().isEmpty())
-        return;
-    removeUnfinishedSaves();
-    if (!QFileInfo::exists(databasePath()) && !QFileInfo::exists(journalPath())) {
-        QDir().mkpath(m_baseDatabasePath);
-        if (QFile::copy(defaultDatabaseResource, databasePath())) {
-            // Files copied out of the resources are read-only.
-            QFile::setPermissions(databasePath(),
-                QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
-        }
-    }
-    loadArchive();
-    loadRecentlyDeleted();
-    replayJournal();
-    m_archiveSize = QFileInfo(databasePath()).size();
-}
-
-void SNStickyNoteManager::loadArchive()
-{
-    const QString path = databasePath();
-    QFile file(path);
-    if (!file.exists())
-        return;
-    QString error;
-    QWKeyedUnarchiver::ParseResult result;
-    if (file.open(QIODevice::ReadOnly)) {
-        result = QWKeyedUnarchiver::parse(file.readAll());
-        error = result.error;
-        file.close();
-    } else {
-        error = file.errorString();
-    }
-
-    QList<std::shared_ptr<SNStickyNote>> notes
-        = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<SNStickyNote>>(
-            result.root);
-    if (SNNoteIdentity::giveIdsToNotesWithout(notes) > 0)
-        m_archiveIsBehind = true;
-    if (!error.isEmpty()) {
-        // The user's only copy: move it aside before anything can write over it.
-        if (const QString aside = keepAside(path, false); !aside.isEmpty()) {
-            qWarning("[DEBUG] Could not read %s (%s); moved it to %s and kept the %lld notes it "
-                     "still held",
-                qUtf8Printable(path), qUtf8Printable(error), qUtf8Printable(aside),
-                qlonglong(notes.size()));
-            m_archiveIsBehind = true;
-        } else {
-            std::lock_guard lock(m_writeMutex);
-            m_writeRefused = true;
-            qWarning("[DEBUG] Could not read %s (%s) nor move it aside; it will not be overwritten",
-                qUtf8Printable(path), qUtf8Printable(error));
-        }
+        std::lock_guard lock(m_writeMutex);
+        m_writeRefused = loaded.archiveMustNotBeReplaced;
+        m_archiveIsBehind = loaded.archiveIsBehind;
+        m_keptAside = loaded.keptAside;
+        m_movedAsidePath = loaded.archiveMovedAside;
+        m_archiveSize = QFileInfo(databasePath()).size();
     }
     std::lock_guard lock(m_listMutex);
-    m_actualNotesArray = notes;
-}
-
-void SNStickyNoteManager::loadRecentlyDeleted()
-{
-    const QString path = m_baseDatabasePath + recentlyDeletedFileName;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    QString error;
-    SNRecentlyDeleted deleted = SNRecentlyDeleted::fromArchivedData(file.readAll(), &error);
-    file.close();
-    if (!error.isEmpty()) {
-        const QString aside = keepAside(path, true);
-        qWarning("[DEBUG] Could not read %s (%s); kept a copy at %s", qUtf8Printable(path),
-            qUtf8Printable(error), qUtf8Printable(aside));
-    }
-    for (const SNJournalRecord &record : deleted.records()) {
-        // Deleted notes are in no tag.
-        record.note->didDelete();
-    }
-    std::lock_guard lock(m_listMutex);
-    m_recentlyDeleted = deleted;
-}
-
-void SNStickyNoteManager::replayJournal()
-{
-    const SNJournal::Contents contents = SNJournal::read(journalPath());
-    if (!contents.isComplete()) {
-        // What follows the damage cannot be trusted: the whole file is kept aside as it was,
-        // and the journal goes on from its last whole record.
-        const QString aside = keepAside(journalPath(), true);
-        qWarning("[DEBUG] Could not read all of %s (%s); kept a copy at %s and read the %lld "
-                 "records before the damage",
-            qUtf8Printable(journalPath()), qUtf8Printable(contents.error), qUtf8Printable(aside),
-            qlonglong(contents.records.size()));
-        if (contents.validLength == 0)
-            QFile::remove(journalPath());
-        else
-            m_journal->truncate(contents.validLength);
-    }
-    if (!contents.records.isEmpty())
-        m_archiveIsBehind = true;
-
-    std::lock_guard lock(m_listMutex);
-    qsizetype unreadable = 0;
-    for (const QByteArray &bytes : contents.records) {
-        const std::optional<SNJournalRecord> record = SNJournalRecord::fromArchivedData(bytes);
-        if (!record) {
-            ++unreadable;
-            continue;
-        }
-        if (record->note)
-            m_clock->observe(record->note->version().stamp);
-        const qsizetype index = indexOfNote(m_actualNotesArray, record->uuid);
-        if (record->isDeletion) {
-            if (index >= 0)
-                m_actualNotesArray.takeAt(index)->didDelete();
-            if (record->note) {
-                record->note->didDelete();
-                if (record->note->hasContent())
-                    m_recentlyDeleted.add(*record);
-            }
-            continue;
-        }
-        if (const std::optional<SNJournalRecord> deleted = m_recentlyDeleted.take(record->uuid))
-            deleted->note->didDelete();
-        if (index >= 0)
-            m_actualNotesArray.at(index)->didDelete();
-        if (!record->note->hasContent()) {
-            // A note whose text was all erased is not kept, as a whole save would not keep it.
-            record->note->didDelete();
-            if (index >= 0)
-                m_actualNotesArray.removeAt(index);
-        } else if (index >= 0) {
-            m_actualNotesArray[index] = record->note;
-        } else {
-            m_actualNotesArray.append(record->note);
-        }
-    }
-    if (unreadable > 0)
-        qWarning("[DEBUG] Skipped %lld journal records that were not notes", qlonglong(unreadable));
+    m_actualNotesArray = loaded.notes;
+    m_changes.clear();
+    m_recentlyDeleted = loaded.recentlyDeleted;
 }
 
 // MARK: - Saving

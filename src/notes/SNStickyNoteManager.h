@@ -144,12 +144,6 @@ private:
 
     void scheduleSave();
     void queueChange(const Change &change);
-    // Takes away the temporary files of saves that a crash interrupted.
-    void removeUnfinishedSaves() const;
-    QString keepAside(const QString &path, bool copy);
-    void loadArchive();
-    void loadRecentlyDeleted();
-    void replayJournal();
     QList<Change> takeChanges();
     void putBackChanges(const QList<Change> &changes);
     // Called with m_writeMutex held.
@@ -179,6 +173,7 @@ private:
     bool m_archiveIsBehind = false; // the journal or ids given at load hold what it lacks
     bool m_writeRefused = false; // the archive on disk could not be read nor moved aside
     QStringList m_keptAside;
+    QString m_movedAsidePath;
     SaveFileFactory m_saveFileFactory;
 
     QThread *const m_ownerThread;

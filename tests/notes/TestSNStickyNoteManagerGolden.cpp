@@ -10,8 +10,9 @@
 #include <QTest>
 
 // Archives that Vellumo wrote, and what they must read as. Each folder of data/golden holds a
-// case: stickies.db as a release wrote it (or as damage left it), notes.txt with the notes the
-// store must read from it (each note's fields, then its text as runs), and note-N.rtf with
+// case: stickies.db as a release wrote it (or as damage left it), with the journal and Recently
+// Deleted beside it where the case has them, notes.txt with the notes the store must read
+// (each note's fields, then its text as runs, then the deleted notes), and note-N.rtf with
 // each note's text as an exported RTF file. A change of the format shows as a changed file in
 // review.
 //
@@ -38,9 +39,15 @@ private Q_SLOTS:
         QTemporaryDir home;
         const QString base = home.filePath(u"Vellumo/"_s);
         QVERIFY(QDir().mkpath(base));
-        QVERIFY(QFile::copy(folder + u"/stickies.db"_s, base + u"stickies.db"_s));
+        for (const QString &file :
+            { SNStickyNoteManager::databaseFileName, SNStickyNoteManager::journalFileName,
+                SNStickyNoteManager::recentlyDeletedFileName }) {
+            if (QFile::exists(folder + u'/' + file))
+                QVERIFY(QFile::copy(folder + u'/' + file, base + file));
+        }
 
-        const QList<std::shared_ptr<SNStickyNote>> notes = SNStickyNoteManager(base).notesArray();
+        const SNStickyNoteManager store(base, u"golden-device"_s);
+        const QList<std::shared_ptr<SNStickyNote>> notes = store.notesArray();
         QString read;
         for (qsizetype index = 0; index < notes.size(); ++index) {
             read += u"note %1\n"_s.arg(index + 1) + describe(*notes.at(index));
@@ -49,6 +56,10 @@ private Q_SLOTS:
                 QWRichTextDump::compareWithFile(
                     folder + u"/note-%1.rtf"_s.arg(index + 1), QWRtfWriter().write(*text));
         }
+        for (const SNDeletedNote &deleted : store.recentlyDeletedNotes())
+            read += u"deleted %1 at %2: %3\n"_s.arg(deleted.uuid.toString(QUuid::WithoutBraces),
+                deleted.dateDeleted.toUTC().toString(Qt::ISODateWithMs),
+                QWRichTextDump::quoted(deleted.title));
         QWRichTextDump::compareWithFile(folder + u"/notes.txt"_s, read.toUtf8());
     }
 
@@ -62,16 +73,26 @@ private:
         for (const std::shared_ptr<SNTag> &tag : note.tags())
             tags.append(QWRichTextDump::quoted(tag->name()) + u' '
                 + QWRichTextDump::color(tag->tagColor()));
-        return u"created %1, modified %2\ntheme %3, frame %4, collapsed %5, collapsed frame %6\n"
-               "pin %7, count %8, alpha %9, tags %10\n"_s
-                   .arg(date(note.dateCreated()), date(note.dateModified()), note.themeName(),
-                       QWRichTextDump::quoted(note.windowFrame()),
-                       note.isCollapsed() ? u"yes"_s : u"no"_s,
-                       QWRichTextDump::quoted(note.collapsedWindowFrame()))
-                   .arg(note.pinState())
-                   .arg(note.countState())
-                   .arg(QWRichTextDump::number(note.windowAlpha()),
-                       tags.isEmpty() ? u"none"_s : tags.join(u", "))
+        const SNNoteVersion version = note.version();
+        QStringList edits;
+        for (auto edit = version.textEdits.cbegin(); edit != version.textEdits.cend(); ++edit)
+            edits.append(u"%1 %2"_s.arg(edit.key()).arg(edit.value()));
+        return u"uuid %1, version %2.%3 by %4, text edits %5\n"_s
+                   .arg(note.uuid().toString(QUuid::WithoutBraces))
+                   .arg(version.stamp.millis)
+                   .arg(version.stamp.counter)
+                   .arg(QWRichTextDump::quoted(version.stamp.device),
+                       edits.isEmpty() ? u"none"_s : edits.join(u", "))
+            + u"created %1, modified %2\ntheme %3, frame %4, collapsed %5, collapsed frame %6\n"
+              "pin %7, count %8, alpha %9, tags %10\n"_s
+                  .arg(date(note.dateCreated()), date(note.dateModified()), note.themeName(),
+                      QWRichTextDump::quoted(note.windowFrame()),
+                      note.isCollapsed() ? u"yes"_s : u"no"_s,
+                      QWRichTextDump::quoted(note.collapsedWindowFrame()))
+                  .arg(note.pinState())
+                  .arg(note.countState())
+                  .arg(QWRichTextDump::number(note.windowAlpha()),
+                      tags.isEmpty() ? u"none"_s : tags.join(u", "))
             + QWRichTextDump::describe(note.attributedString().value_or(QWAttributedString()));
     }
 };
