@@ -206,7 +206,7 @@ private Q_SLOTS:
                 QCOMPARE(items.at(i), tray.at(i));
         }
         // Its notes list fills as it opens, as the tray's does.
-        QMenu *list = m_delegate->applicationMenu()->notesMenu();
+        QMenu *list = m_delegate->applicationMenu()->submenuFor(m_delegate->notesMenu());
         list->popup(QPoint(0, 0));
         list->close();
         QCOMPARE(list->actions().size(), notes().size());
