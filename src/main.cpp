@@ -2,8 +2,10 @@
 #include "app/QWTerminationSignalWatcher.h"
 #include "app/SNApplicationInstance.h"
 #include "app/SNCommandLine.h"
+#include "app/SNHistoryCommandRunner.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNPlatformSelection.h"
+#include "notes/SNStickyNoteManager.h"
 #include "settings/SNApplicationInfo.h"
 
 #include <QApplication>
@@ -65,6 +67,48 @@ int printText(int argc, char *argv[])
     commandLine.showVersion();
 }
 
+// The history commands answer in a terminal and need no display either.
+bool asksForHistory(int argc, char *argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        for (const QString &option : { SNHistoryCommand::listDeletedOption(),
+                 SNHistoryCommand::restoreDeletedOption(), SNHistoryCommand::backUpNowOption() }) {
+            const QByteArray name = "--" + option.toLatin1();
+            if (argument == name || argument.startsWith(name + '='))
+                return true;
+        }
+    }
+    return false;
+}
+
+// Runs in the Vellumo that holds the notes, else on the store itself; nothing else may run
+// on the store meanwhile, as the name on the session bus is held until the end.
+int runHistoryCommand(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    setApplicationNames();
+    SNCommandLine commandLine;
+    if (!commandLine.parse(QCoreApplication::arguments()) || !commandLine.historyCommand()) {
+        printError(commandLine.errorText());
+        return 2;
+    }
+    const SNHistoryCommand command = *commandLine.historyCommand();
+    SNHistoryCommand::Result result;
+    SNApplicationInstance instance;
+    if (instance.claim() == SNApplicationInstance::Claim::Secondary) {
+        result = instance.forward(command);
+    } else {
+        SNStickyNoteManager store;
+        result = SNHistoryCommandRunner(store).run(command);
+    }
+    std::fputs(qUtf8Printable(result.output), stdout);
+    if (result.succeeded())
+        return 0;
+    printError(result.error);
+    return 1;
+}
+
 // The program's icon at the sizes taskbars and window switchers draw. Every window hands
 // its icon to the X server as pixels of each size it has; a scalable icon would go as five
 // renderings up to 128 pixels, about 90 KB for each note window.
@@ -83,6 +127,8 @@ int main(int argc, char *argv[])
 {
     if (asksOnlyForText(argc, argv))
         return printText(argc, argv);
+    if (asksForHistory(argc, argv))
+        return runHistoryCommand(argc, argv);
     SNPlatformSelection::apply(argc, argv);
     QApplication application(argc, argv);
     setApplicationNames();
@@ -117,6 +163,9 @@ int main(int argc, char *argv[])
     AppDelegate delegate;
     instance.setRequestHandler([&delegate](const SNLaunchRequest &received) {
         return delegate.handleLaunchRequest(received);
+    });
+    instance.setHistoryHandler([&delegate](const SNHistoryCommand &received) {
+        return delegate.handleHistoryCommand(received);
     });
 
     // A shutdown, a kill, a closed terminal and the end of the session all end the program the

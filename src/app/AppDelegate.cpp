@@ -8,8 +8,10 @@
 #include "app/SNDesktopPresence.h"
 #include "app/SNGlobalHotKeys.h"
 #include "app/SNHelpWindowController.h"
+#include "app/SNHistoryCommandRunner.h"
 #include "app/SNNoteArrangement.h"
 #include "app/SNNotesMenuDelegate.h"
+#include "app/SNRecentlyDeletedMenuDelegate.h"
 #include "kit/QWDebouncer.h"
 #include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/SNModalPresenter.h"
@@ -81,8 +83,12 @@ AppDelegate::AppDelegate(const Services &services, QObject *parent)
         = std::make_unique<SNNoteArrangement>([this] { return noteWindows().controllers(); },
             m_ui->arrangeNotesItem, m_ui->putNotesBackItem);
     connectParts();
-    m_applicationMenu = std::make_unique<SNApplicationMenu>(*m_statusItemMenu, *m_ui->notesMenu,
-        [this](QMenu *menu) { m_notesMenuDelegate->menuNeedsUpdate(menu); });
+    m_applicationMenu = std::make_unique<SNApplicationMenu>(*m_statusItemMenu,
+        QList<SNApplicationMenu::FilledSubmenu> {
+            { m_ui->notesMenu,
+                [this](QMenu *menu) { m_notesMenuDelegate->menuNeedsUpdate(menu); } },
+            { m_ui->recentlyDeletedMenu,
+                [this](QMenu *menu) { m_recentlyDeletedMenuDelegate->menuNeedsUpdate(menu); } } });
 
     connect(
         qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
@@ -133,6 +139,18 @@ QMenu *AppDelegate::notesMenu() const
     return m_ui->notesMenu;
 }
 
+QMenu *AppDelegate::recentlyDeletedMenu() const
+{
+    return m_ui->recentlyDeletedMenu;
+}
+
+SNHistoryCommand::Result AppDelegate::handleHistoryCommand(const SNHistoryCommand &command)
+{
+    return SNHistoryCommandRunner(noteManager(), [this](const std::shared_ptr<SNStickyNote> &note) {
+        noteWindows().openNote(note, true);
+    }).run(command);
+}
+
 void AppDelegate::connectMenuItems()
 {
     connect(
@@ -167,6 +185,8 @@ void AppDelegate::connectParts()
         defaults(), noteWindows(), m_statusItemMenu.get(), this);
     m_exporter = std::make_unique<SNDatabaseExporter>(noteManager(), m_services.presenter);
     m_notesMenuDelegate = std::make_unique<SNNotesMenuDelegate>(noteWindows(), windowManager());
+    m_recentlyDeletedMenuDelegate
+        = std::make_unique<SNRecentlyDeletedMenuDelegate>(noteManager(), noteWindows());
     m_hotKeys = std::make_unique<SNGlobalHotKeys>(
         defaults(), hotKeyHelper(), [this] { showTagManagerIfNeeded(); },
         [this] { newDocument(nullptr); });
@@ -218,6 +238,8 @@ void AppDelegate::applicationDidFinishLaunching()
 
     connect(notesMenu(), &QMenu::aboutToShow, this,
         [this] { m_notesMenuDelegate->menuNeedsUpdate(notesMenu()); });
+    connect(recentlyDeletedMenu(), &QMenu::aboutToShow, this,
+        [this] { m_recentlyDeletedMenuDelegate->menuNeedsUpdate(recentlyDeletedMenu()); });
 
     SNThemeManager::sharedManager().load();
 
@@ -423,6 +445,11 @@ void AppDelegate::makePreferencesControllerIfNeeded()
         return;
     m_preferencesWindowController = QWPreferencesWindowController::controller();
     m_preferencesWindowController->setModalPresenter(m_services.presenter);
+    m_preferencesWindowController->setNoteStore(
+        &noteManager(), [this](const QList<std::shared_ptr<SNStickyNote>> &notes) {
+            for (const std::shared_ptr<SNStickyNote> &note : notes)
+                noteWindows().openNote(note, true);
+        });
     connect(m_preferencesWindowController.get(), &QWWindowController::windowWillClose, this,
         &AppDelegate::preferencesDidClose);
 }

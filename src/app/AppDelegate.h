@@ -3,6 +3,7 @@
 #include "app/MTStatusItemDelegate.h"
 #include "app/QWApplicationHider.h"
 #include "app/SNApplicationTermination.h"
+#include "app/SNHistoryCommand.h"
 #include "app/SNLaunchRequestHandler.h"
 #include "kit/QWNotificationCenter.h"
 
@@ -28,6 +29,7 @@ class SNModalPresenter;
 class SNNoteArrangement;
 class SNNoteWindowSet;
 class SNNotesMenuDelegate;
+class SNRecentlyDeletedMenuDelegate;
 class SNStickyNoteManager;
 class SNTagManagerWindowController;
 class SNUserDefaults;
@@ -89,6 +91,8 @@ public:
     {
         return m_launchRequests->handleLaunchRequest(request);
     }
+    // A command of the command line about deleted notes and backups; a restored note shows.
+    SNHistoryCommand::Result handleHistoryCommand(const SNHistoryCommand &command);
 
     // Commands.
     void newDocument(QObject *sender);
@@ -136,6 +140,7 @@ public:
     void setIsActive(bool active);
     QMenu *statusItemMenu() const;
     QMenu *notesMenu() const;
+    QMenu *recentlyDeletedMenu() const;
     // The "Vellumo" submenu of every note's settings menu.
     SNApplicationMenu *applicationMenu() const { return m_applicationMenu.get(); }
     QWWelcomeWindowController *welcomeWindowController() const { return m_welcome.get(); }
@@ -146,6 +151,10 @@ public:
     SNDesktopPresence &desktopPresence() const { return *m_presence; }
     SNGlobalHotKeys &hotKeys() const { return *m_hotKeys; }
     SNNotesMenuDelegate &notesMenuDelegate() const { return *m_notesMenuDelegate; }
+    SNRecentlyDeletedMenuDelegate &recentlyDeletedMenuDelegate() const
+    {
+        return *m_recentlyDeletedMenuDelegate;
+    }
     SNDatabaseExporter &exporter() const { return *m_exporter; }
     SNLaunchRequestHandler &launchRequests() const { return *m_launchRequests; }
 
@@ -191,6 +200,7 @@ private:
     std::unique_ptr<SNDesktopPresence> m_presence;
     std::unique_ptr<SNGlobalHotKeys> m_hotKeys;
     std::unique_ptr<SNNotesMenuDelegate> m_notesMenuDelegate;
+    std::unique_ptr<SNRecentlyDeletedMenuDelegate> m_recentlyDeletedMenuDelegate;
     std::unique_ptr<SNDatabaseExporter> m_exporter;
     std::unique_ptr<SNLaunchRequestHandler> m_launchRequests;
 };

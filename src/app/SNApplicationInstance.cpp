@@ -14,10 +14,11 @@ namespace {
 // Long enough for a busy program to answer; a hung one must not hang the caller for ever.
 constexpr int callTimeout = 20000;
 
-QDBusMessage methodCall(const QString &method)
+QDBusMessage methodCall(
+    const QString &method, const QString &interface = SNApplicationService::interfaceName())
 {
     return QDBusMessage::createMethodCall(SNApplicationInfo::applicationIdentifier(),
-        SNApplicationInstance::objectPath(), SNApplicationService::interfaceName(), method);
+        SNApplicationInstance::objectPath(), interface, method);
 }
 
 } // namespace
@@ -29,7 +30,9 @@ QString SNApplicationInstance::objectPath()
 }
 
 SNApplicationInstance::SNApplicationInstance(QObject *parent)
-    : QObject(parent), m_service(new SNApplicationService(&m_exported))
+    : QObject(parent),
+      m_service(new SNApplicationService(&m_exported)),
+      m_historyService(new SNHistoryService(&m_exported))
 { }
 
 SNApplicationInstance::~SNApplicationInstance() = default;
@@ -59,6 +62,23 @@ SNApplicationInstance::Claim SNApplicationInstance::claim()
 void SNApplicationInstance::setRequestHandler(SNApplicationService::Handler handler)
 {
     m_service->setHandler(std::move(handler));
+}
+
+void SNApplicationInstance::setHistoryHandler(SNHistoryService::Handler handler)
+{
+    m_historyService->setHandler(std::move(handler));
+}
+
+SNHistoryCommand::Result SNApplicationInstance::forward(const SNHistoryCommand &command) const
+{
+    QDBusMessage call
+        = methodCall(SNHistoryService::methodName(command.kind), SNHistoryService::interfaceName());
+    if (command.kind == SNHistoryCommand::Kind::RestoreDeleted)
+        call << command.id;
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, callTimeout);
+    if (reply.type() == QDBusMessage::ErrorMessage)
+        return { QString(), reply.errorMessage() };
+    return { reply.arguments().value(0).toString(), QString() };
 }
 
 bool SNApplicationInstance::forward(const SNLaunchRequest &request, QString *errorText) const

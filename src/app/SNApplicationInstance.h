@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/SNApplicationService.h"
+#include "app/SNHistoryService.h"
 
 #include <QObject>
 #include <QString>
@@ -31,14 +32,19 @@ public:
 
     // Who carries out the requests that arrive; until set, callers are asked to try again.
     void setRequestHandler(SNApplicationService::Handler handler);
+    // Who carries out the history commands that arrive.
+    void setHistoryHandler(SNHistoryService::Handler handler);
 
     // Hands the request to the instance that holds the name. False, with a reason, when the
     // bus or the instance answered with an error.
     bool forward(const SNLaunchRequest &request, QString *errorText) const;
+    // Runs the command in the instance that holds the name and gives back its answer.
+    SNHistoryCommand::Result forward(const SNHistoryCommand &command) const;
     // After a forwarded quit: waits until the running instance has saved and gone.
     bool waitUntilNameIsReleased(int timeoutMilliseconds) const;
 
 private:
     QObject m_exported;
     SNApplicationService *m_service;
+    SNHistoryService *m_historyService;
 };

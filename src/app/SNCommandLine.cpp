@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QUrl>
 
+#include <algorithm>
+
 namespace {
 
 QString actionDescription(const QString &action)
@@ -30,7 +32,17 @@ bool hasScheme(const QString &argument, QLatin1StringView scheme)
 } // namespace
 
 SNCommandLine::SNCommandLine()
-    : m_helpOption(m_parser.addHelpOption()), m_versionOption(m_parser.addVersionOption())
+    : m_helpOption(m_parser.addHelpOption()),
+      m_versionOption(m_parser.addVersionOption()),
+      m_listDeletedOption(SNHistoryCommand::listDeletedOption(),
+          QCoreApplication::translate("SNCommandLine",
+              "List the notes in Recently Deleted, one a line: id, when it was deleted, title.")),
+      m_restoreDeletedOption(SNHistoryCommand::restoreDeletedOption(),
+          QCoreApplication::translate(
+              "SNCommandLine", "Bring back the deleted note with this id, as it was."),
+          QStringLiteral("ID")),
+      m_backUpNowOption(SNHistoryCommand::backUpNowOption(),
+          QCoreApplication::translate("SNCommandLine", "Back up every note now."))
 {
     m_parser.setApplicationDescription(
         QCoreApplication::translate("SNCommandLine", "Sticky notes for the Linux desktop."));
@@ -44,6 +56,9 @@ SNCommandLine::SNCommandLine()
         m_parser.addOption(option);
         m_actionOptions.append(option);
     }
+    for (const QCommandLineOption &option :
+        { m_listDeletedOption, m_restoreDeletedOption, m_backUpNowOption })
+        m_parser.addOption(option);
 }
 
 bool SNCommandLine::isHelpRequested() const
@@ -53,13 +68,39 @@ bool SNCommandLine::isHelpRequested() const
 
 bool SNCommandLine::parse(const QStringList &arguments)
 {
-    return m_parser.parse(arguments);
+    m_historyCommand.reset();
+    if (!m_parser.parse(arguments)) {
+        m_errorText = m_parser.errorText();
+        return false;
+    }
+    QList<SNHistoryCommand> commands;
+    if (m_parser.isSet(m_listDeletedOption))
+        commands.append({ SNHistoryCommand::Kind::ListDeleted, QString() });
+    // Given twice, the option would quietly drop one of the ids.
+    for (const QString &id : m_parser.values(m_restoreDeletedOption))
+        commands.append({ SNHistoryCommand::Kind::RestoreDeleted, id });
+    if (m_parser.isSet(m_backUpNowOption))
+        commands.append({ SNHistoryCommand::Kind::BackUpNow, QString() });
+    if (commands.isEmpty())
+        return true;
+    const bool hasOthers = !m_parser.positionalArguments().isEmpty()
+        || std::any_of(m_actionOptions.cbegin(), m_actionOptions.cend(),
+            [this](const QCommandLineOption &option) { return m_parser.isSet(option); });
+    if (commands.size() > 1 || hasOthers) {
+        m_errorText = QCoreApplication::translate(
+            "SNCommandLine", "--list-deleted, --restore-deleted and --backup-now each go alone.");
+        return false;
+    }
+    m_historyCommand = commands.constFirst();
+    return true;
 }
 
 SNLaunchRequest SNCommandLine::request(
     const QString &workingDirectory, const std::function<QString()> &readStandardInput) const
 {
     SNLaunchRequest request;
+    if (m_historyCommand)
+        return request;
     bool readsStandardInput = false;
     const QDir directory(workingDirectory);
     for (const QString &argument : m_parser.positionalArguments()) {

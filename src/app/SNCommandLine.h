@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/SNHistoryCommand.h"
 #include "app/SNLaunchRequest.h"
 
 #include <QCommandLineParser>
@@ -7,13 +8,16 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 // The program's command line: files and URLs to open, one option per action, help and version.
 //
 //   vellumo [FILE | vellumo://lal | -]... [--new-note] [--show-all-notes] [--toggle-tags]
 //           [--note-from-selection] [--quit] [--help] [--version]
+//   vellumo --list-deleted | --restore-deleted ID | --backup-now
 //
-// "-" makes a note of what standard input holds.
+// "-" makes a note of what standard input holds. The history commands stand alone: each
+// answers on standard output, so none mixes with the others or with files and actions.
 class SNCommandLine final
 {
     Q_DISABLE_COPY_MOVE(SNCommandLine)
@@ -23,7 +27,7 @@ public:
 
     // False when the arguments (the program name first) are not understood; errorText() says why.
     bool parse(const QStringList &arguments);
-    QString errorText() const { return m_parser.errorText(); }
+    QString errorText() const { return m_errorText; }
     bool isHelpRequested() const;
     bool isVersionRequested() const { return m_parser.isSet(m_versionOption); }
     // Print to standard output and end the process with status 0.
@@ -34,10 +38,17 @@ public:
     // `readStandardInput` is called only when "-" was given.
     SNLaunchRequest request(
         const QString &workingDirectory, const std::function<QString()> &readStandardInput) const;
+    // The history command asked for, if any; then request() is empty.
+    std::optional<SNHistoryCommand> historyCommand() const { return m_historyCommand; }
 
 private:
     QCommandLineParser m_parser;
     QCommandLineOption m_helpOption;
     QCommandLineOption m_versionOption;
     QList<QCommandLineOption> m_actionOptions; // in SNLaunchRequest::actionNames() order
+    QCommandLineOption m_listDeletedOption;
+    QCommandLineOption m_restoreDeletedOption;
+    QCommandLineOption m_backUpNowOption;
+    std::optional<SNHistoryCommand> m_historyCommand;
+    QString m_errorText;
 };

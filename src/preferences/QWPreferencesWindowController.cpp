@@ -1,6 +1,8 @@
 #include "preferences/QWPreferencesWindowController.h"
 
 #include "kit/widgets/SNModalPresenter.h"
+#include "notes/SNStickyNoteManager.h"
+#include "preferences/BackupsPreferencesViewController.h"
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWAboutViewController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
@@ -112,6 +114,14 @@ void QWPreferencesWindowController::setModalPresenter(
     m_presenter = presenter ? presenter : SNModalPresenter::defaultPresenter();
     if (SDApperancePreferencesViewController *themes = appearanceViewController())
         themes->setModalPresenter(m_presenter);
+    if (BackupsPreferencesViewController *backups = backupsViewController())
+        backups->setModalPresenter(m_presenter);
+}
+
+void QWPreferencesWindowController::setNoteStore(SNStickyNoteManager *store, NotesOpener opener)
+{
+    m_noteStore = store;
+    m_notesOpener = std::move(opener);
 }
 
 std::unique_ptr<QWidget> QWPreferencesWindowController::loadWindow()
@@ -144,9 +154,13 @@ void QWPreferencesWindowController::qw_viewDidLoad()
     auto general = std::make_unique<GeneralPreferencesViewController>();
     auto themes = std::make_unique<SDApperancePreferencesViewController>();
     themes->setModalPresenter(m_presenter);
+    auto backups = std::make_unique<BackupsPreferencesViewController>(
+        m_noteStore ? *m_noteStore : SNStickyNoteManager::sharedManager(), m_notesOpener);
+    backups->setModalPresenter(m_presenter);
     auto about = std::make_unique<QWAboutViewController>();
     m_modules.push_back(std::move(general));
     m_modules.push_back(std::move(themes));
+    m_modules.push_back(std::move(backups));
     m_modules.push_back(std::move(about));
     for (const std::unique_ptr<QWModuleViewController> &module : m_modules) {
         connect(module.get(), &QWViewController::resizeRequested, this,
@@ -229,6 +243,11 @@ SDApperancePreferencesViewController *
 QWPreferencesWindowController::appearanceViewController() const
 {
     return qobject_cast<SDApperancePreferencesViewController *>(moduleAtRow(themesModuleRow));
+}
+
+BackupsPreferencesViewController *QWPreferencesWindowController::backupsViewController() const
+{
+    return qobject_cast<BackupsPreferencesViewController *>(moduleAtRow(backupsModuleRow));
 }
 
 QWAboutViewController *QWPreferencesWindowController::aboutViewController() const

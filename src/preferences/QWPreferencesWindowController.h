@@ -9,15 +9,19 @@
 #include <QPropertyAnimation>
 #include <QSize>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
+class BackupsPreferencesViewController;
 class GeneralPreferencesViewController;
 class QListWidget;
 class QWAboutViewController;
 class SDApperancePreferencesViewController;
 class SNModalPresenter;
+class SNStickyNote;
+class SNStickyNoteManager;
 
 namespace Ui {
 class QWPreferencesWindowController;
@@ -35,7 +39,11 @@ public:
     // Sidebar rows.
     static constexpr int generalModuleRow = 0;
     static constexpr int themesModuleRow = 1;
-    static constexpr int aboutModuleRow = 2;
+    static constexpr int backupsModuleRow = 2;
+    static constexpr int aboutModuleRow = 3;
+
+    // Shows the notes a backup brought back.
+    using NotesOpener = std::function<void(const QList<std::shared_ptr<SNStickyNote>> &notes)>;
 
     static QString windowTitleText(); // "Preferences"
     static QString quitAlertMessage(); // "%@ will continue to run in the background", filled in
@@ -52,6 +60,9 @@ public:
     // Who asks the user; tests answer in place of a person. Modules use it too.
     const std::shared_ptr<SNModalPresenter> &modalPresenter() const { return m_presenter; }
     void setModalPresenter(const std::shared_ptr<SNModalPresenter> &presenter);
+    // The store whose backups the Backups page lists, else the shared one; set before the
+    // window loads.
+    void setNoteStore(SNStickyNoteManager *store, NotesOpener opener);
 
     // The first time, the window comes up in the middle of the screen the pointer is on.
     void showWindow() override;
@@ -92,6 +103,7 @@ public:
     GeneralPreferencesViewController *generalViewController() const;
     SDApperancePreferencesViewController *appearanceViewController() const;
     QWAboutViewController *aboutViewController() const;
+    BackupsPreferencesViewController *backupsViewController() const;
 
 protected:
     std::unique_ptr<QWidget> loadWindow() override;
@@ -108,6 +120,8 @@ private:
 
     std::unique_ptr<Ui::QWPreferencesWindowController> m_ui;
     std::shared_ptr<SNModalPresenter> m_presenter;
+    SNStickyNoteManager *m_noteStore = nullptr;
+    NotesOpener m_notesOpener;
     std::vector<std::unique_ptr<QWModuleViewController>> m_modules;
     QPointer<QWModuleViewController> m_currentModule;
     QPointer<QWidget> m_currentView;

@@ -202,14 +202,24 @@ private Q_SLOTS:
         const QList<QAction *> items = (*vellumo)->menu()->actions();
         QCOMPARE(items.size(), tray.size());
         for (qsizetype i = 0; i < tray.size(); ++i) {
-            if (tray.at(i) != m_delegate->notesMenu()->menuAction())
+            if (tray.at(i) != m_delegate->notesMenu()->menuAction()
+                && tray.at(i) != m_delegate->recentlyDeletedMenu()->menuAction())
                 QCOMPARE(items.at(i), tray.at(i));
         }
         // Its notes list fills as it opens, as the tray's does.
-        QMenu *list = m_delegate->applicationMenu()->notesMenu();
+        QMenu *list = m_delegate->applicationMenu()->submenuFor(m_delegate->notesMenu());
         list->popup(QPoint(0, 0));
         list->close();
         QCOMPARE(list->actions().size(), notes().size());
+        // So does its list of deleted notes.
+        QMenu *deleted
+            = m_delegate->applicationMenu()->submenuFor(m_delegate->recentlyDeletedMenu());
+        QVERIFY(deleted && deleted != m_delegate->recentlyDeletedMenu());
+        m_notes->store.removeNote(notes().constFirst()->note());
+        deleted->popup(QPoint(0, 0));
+        deleted->close();
+        QCOMPARE(deleted->actions().size(), 1);
+        QVERIFY(deleted->actions().constFirst()->isEnabled());
     }
 
     void arrangedNotesTileSaveTheirFramesAndGoBack()

@@ -81,6 +81,47 @@ private Q_SLOTS:
         QCOMPARE(emptyInput.request(QStringLiteral("/"), [] { return QString(); }).selectionText,
             std::optional(QString()));
     }
+
+    void historyCommandsStandAlone_data()
+    {
+        using Kind = SNHistoryCommand::Kind;
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<std::optional<SNHistoryCommand>>("command"); // nothing: refused
+        const std::optional<SNHistoryCommand> refused;
+        QTest::newRow("list") << items("--list-deleted")
+                              << std::optional(SNHistoryCommand { Kind::ListDeleted, {} });
+        QTest::newRow("restore, id apart")
+            << items("--restore-deleted|6f9619ff-8b86-d011-b42d-00cf4fc964ff")
+            << std::optional(SNHistoryCommand {
+                   Kind::RestoreDeleted, QStringLiteral("6f9619ff-8b86-d011-b42d-00cf4fc964ff") });
+        QTest::newRow("restore, id joined")
+            << items("--restore-deleted={6f9619ff-8b86-d011-b42d-00cf4fc964ff}")
+            << std::optional(SNHistoryCommand { Kind::RestoreDeleted,
+                   QStringLiteral("{6f9619ff-8b86-d011-b42d-00cf4fc964ff}") });
+        QTest::newRow("backup") << items("--backup-now")
+                                << std::optional(SNHistoryCommand { Kind::BackUpNow, {} });
+        QTest::newRow("restore without an id") << items("--restore-deleted") << refused;
+        QTest::newRow("two commands") << items("--list-deleted|--backup-now") << refused;
+        QTest::newRow("two ids") << items("--restore-deleted|a|--restore-deleted|b") << refused;
+        QTest::newRow("with an action") << items("--backup-now|--quit") << refused;
+        QTest::newRow("with a file") << items("--list-deleted|notes.rtf") << refused;
+    }
+
+    void historyCommandsStandAlone()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(std::optional<SNHistoryCommand>, command);
+        SNCommandLine commandLine;
+        QCOMPARE(commandLine.parse(QStringList { QStringLiteral("vellumo") } + arguments),
+            command.has_value());
+        QCOMPARE(commandLine.historyCommand(), command);
+        if (!command) {
+            QVERIFY(!commandLine.errorText().isEmpty());
+            return;
+        }
+        // Nothing else runs: no notes are brought forward.
+        QVERIFY(commandLine.request(QStringLiteral("/"), {}).isEmpty());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestSNCommandLine)

@@ -54,7 +54,8 @@ bool QWProgramSession::start(const QStringList &arguments)
     return m_program.waitForStarted() && QTest::qWaitFor(isServing, 20000);
 }
 
-int QWProgramSession::runSecond(const QStringList &arguments, const QByteArray &input) const
+int QWProgramSession::runSecond(
+    const QStringList &arguments, const QByteArray &input, QString *output) const
 {
     QProcess second;
     second.setProcessEnvironment(environment());
@@ -68,5 +69,7 @@ int QWProgramSession::runSecond(const QStringList &arguments, const QByteArray &
         second.kill();
         return -1;
     }
+    if (output)
+        *output = QString::fromUtf8(second.readAllStandardOutput());
     return second.exitStatus() == QProcess::NormalExit ? second.exitCode() : -1;
 }

@@ -25,7 +25,9 @@ public:
     bool start(const QStringList &arguments = {});
     // Runs another start from the home folder to its end, which never shows a window of its own;
     // its exit code, or -1 when it crashed or hung.
-    int runSecond(const QStringList &arguments, const QByteArray &input = {}) const;
+    // What it printed goes to `output` when given.
+    int runSecond(const QStringList &arguments, const QByteArray &input = {},
+        QString *output = nullptr) const;
 
 private:
     QProcessEnvironment environment() const;
