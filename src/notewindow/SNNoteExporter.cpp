@@ -64,7 +64,8 @@ bool SNNoteExporter::shouldCloseAfterExportQuestion()
     alert.setIcon(QMessageBox::Warning);
     alert.setWindowTitle(QGuiApplication::applicationDisplayName());
     alert.setText(tr("Would you like to export this note?"));
-    alert.setInformativeText(tr("A deleted note stays in Recently Deleted for 30 days."));
+    alert.setInformativeText(
+        tr("If you do not export this note, its contents will be permanently lost."));
     QPushButton *exportButton = alert.addButton(tr("Export"), QMessageBox::AcceptRole);
     QPushButton *cancelButton = alert.addButton(tr("Cancel"), QMessageBox::RejectRole);
     alert.addButton(tr("Delete Note"), QMessageBox::DestructiveRole);
