@@ -1,6 +1,7 @@
 // Kills a process that edits, adds, deletes and restores notes at random moments of its saves
 // and compactions, hundreds of times, and checks after each kill that a fresh store loads every
 // note it had reported saved, at the edit it reported or the one it was saving, and nothing twice.
+// In half of the rounds the append under way is also cut short, as a power cut would leave it.
 //
 // The kill times and the writer's choices come from one seed, printed at the start; set
 // VELLUMO_CRASH_SEED to run the same rounds again.
