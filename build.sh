@@ -20,6 +20,8 @@ packages=(
   python3 python3-cbor2
   xvfb xauth openbox x11-utils xdotool dbus imagemagick desktop-file-utils
   libbenchmark-dev
+  # The benchmarks run xpad beside Vellumo.
+  xpad
   pandoc
   fonts-dejavu-core fonts-liberation2
 )

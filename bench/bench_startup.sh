@@ -30,79 +30,25 @@ done
 for tool in Xvfb openbox dbus-daemon; do
   command -v "$tool" >/dev/null || { echo "bench_startup: $tool is missing (./build.sh installs it)" >&2; exit 1; }
 done
-if ! command -v xpad >/dev/null; then
-  echo "bench_startup: installing xpad for the comparison" >&2
-  sudo=()
-  [ "$(id -u)" -ne 0 ] && sudo=(sudo)
-  "${sudo[@]}" apt-get install -y --no-install-recommends xpad >&2
-fi
-xpad_version=$(dpkg-query -W -f='${Version}' xpad 2>/dev/null || echo unknown)
+source "$here/bench/bench_session.sh"
+ensure_xpad
+xpad_version=$(xpad_version)
 
 workspace=$(mktemp -d)
-session_pids=()
-stop_session() {
-  local pid
-  for pid in "${session_pids[@]}"; do kill "$pid" 2>/dev/null || true; done
-  session_pids=()
-}
 cleanup() { stop_session; rm -rf "$workspace"; }
 trap cleanup EXIT
 
-# A private X server with openbox and a session bus; sets DISPLAY and DBUS_SESSION_BUS_ADDRESS.
-start_session() {
-  local display_fd display
-  exec {display_fd}<> <(:)
-  Xvfb -displayfd "$display_fd" -screen 0 1280x800x24 -nolisten tcp >/dev/null 2>&1 &
-  session_pids+=($!)
-  read -r -t 20 display <&"$display_fd"
-  export DISPLAY=":$display"
-  openbox --sm-disable >/dev/null 2>&1 &
-  session_pids+=($!)
-  for _ in $(seq 100); do
-    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
-    sleep 0.05
-  done
-  local bus
-  bus=$(dbus-daemon --session --fork --print-address=1 --print-pid=1)
-  export DBUS_SESSION_BUS_ADDRESS=$(sed -n 1p <<<"$bus")
-  session_pids+=("$(sed -n 2p <<<"$bus")")
-}
-
-seed_vellumo() { # HOME COUNT
-  "$seed" "$2" "$1/data" "$width" "$height" >/dev/null
-  mkdir -p "$1/config/Vellumo"
-  # A user who has met the welcome window already.
-  printf '[General]\nQWWelcomeWindowWasShown=true\n' >"$1/config/Vellumo/Vellumo.conf"
-}
-
 seed_bare() { :; }
-
-seed_xpad() { # HOME COUNT
-  local folder=$1/config/xpad i x y
-  mkdir -p "$folder"
-  printf 'decorations 0\nwidth %d\nheight %d\ntray_enabled 1\ntoolbar 1\nauto_hide_toolbar 1\n' \
-    "$width" "$height" >"$folder/default-style"
-  for ((i = 0; i < $2; i++)); do
-    x=$(( (i * 37) % (1280 - width) ))
-    y=$(( 30 + (i * 23) % (800 - height - 30) ))
-    printf 'Note %d\nMilk, eggs and bread. Call Anna about the #weekend.' $((i + 1)) >"$folder/content-$i"
-    printf 'width %d\nheight %d\nx %d\ny %d\nfollow_font 1\nfollow_color 1\nsticky 0\nhidden 0\ncontent content-%d\n' \
-      "$width" "$height" "$x" "$y" "$i" >"$folder/info-$i"
-  done
-}
 
 measure() { # PROGRAM COUNT -> "milliseconds kilobytes"
   local home=$workspace/home result
-  rm -rf "$home"
-  mkdir -p "$home/config" "$home/data" "$home/runtime"
-  chmod 700 "$home/runtime"
+  fresh_home "$home"
   "seed_$1" "$home" "$2"
   start_session
   local command=("$vellumo")
   [ "$1" = xpad ] && command=(xpad)
   [ "$1" = bare ] && command=("$bare" "$2" "$width" "$height")
-  if ! result=$(HOME=$home XDG_CONFIG_HOME=$home/config XDG_DATA_HOME=$home/data \
-    XDG_CACHE_HOME=$home/cache XDG_RUNTIME_DIR=$home/runtime \
+  if ! result=$(in_home "$home" \
     "$watch" "$2" "$width" "$height" "$timeout" -- "${command[@]}" 2>"$workspace/errors"); then
     echo "bench_startup: $1 with $2 notes: $(grep bench_startup_watch "$workspace/errors" | tail -1)" >&2
     result="- -"

@@ -1,4 +1,5 @@
-// Writes a notes archive of N notes for the start-up benchmark, each window in its own place.
+// Writes a notes archive of N notes for the start-up and writes benchmarks, each window in its
+// own place.
 //
 //   bench_startup_seed COUNT DATA_HOME WIDTH HEIGHT
 //
@@ -49,7 +50,7 @@ int main(int argc, char *argv[])
             QStringLiteral("{{%1, %2}, {%3, %4}}").arg(x).arg(y).arg(width).arg(height));
         store.addNote(note);
     }
-    // The whole archive, as the program leaves it when it quits.
+    // Written whole, with an empty journal, as Vellumo leaves its folder when it quits.
     if (!store.compact())
         return 1;
     return store.notesArray().size() == count ? 0 : 1;
