@@ -89,12 +89,24 @@ void SNBackupShelf::dropOldCopies()
 QList<SNBackup> SNBackupShelf::backups() const
 {
     QList<SNBackup> shelf;
-    for (const QDate &date : dates()) {
-        QString error;
-        const qsizetype count = notesInArchive(pathForDate(date), &error).size();
-        shelf.append({ pathForDate(date), date, count == 0 && !error.isEmpty() ? -1 : count });
-    }
+    for (const QDate &date : dates())
+        shelf.append({ pathForDate(date), date, noteCountOfArchive(pathForDate(date)) });
     return shelf;
+}
+
+qsizetype SNBackupShelf::noteCountOfArchive(const QString &path)
+{
+    // Counted without making notes of them: a note made joins the tag index.
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(file.readAll());
+    const QWArchiveValue::Array &notes = result.root.toArray();
+    if (notes.empty() && !result.isComplete())
+        return -1;
+    return std::count_if(notes.cbegin(), notes.cend(), [](const QWArchiveValue &note) {
+        return note.isObject() && note.className() == SNStickyNote::className();
+    });
 }
 
 QList<std::shared_ptr<SNStickyNote>> SNBackupShelf::notesInArchive(
@@ -112,6 +124,11 @@ QList<std::shared_ptr<SNStickyNote>> SNBackupShelf::notesInArchive(
     QList<std::shared_ptr<SNStickyNote>> notes
         = QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<SNStickyNote>>(
             result.root);
-    notes.removeIf([](const std::shared_ptr<SNStickyNote> &note) { return !note->hasContent(); });
+    notes.removeIf([](const std::shared_ptr<SNStickyNote> &note) {
+        if (note->hasContent())
+            return false;
+        note->didDelete();
+        return true;
+    });
     return notes;
 }

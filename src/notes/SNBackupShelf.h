@@ -37,11 +37,12 @@ public:
     QList<SNBackup> backups() const;
 
     // The notes of a copy (or of any archive file); the error says why some or all could not
-    // be read.
+    // be read. The notes join the tag index: call didDelete() on those not kept.
     static QList<std::shared_ptr<SNStickyNote>> notesInArchive(
         const QString &path, QString *error = nullptr);
 
 private:
+    static qsizetype noteCountOfArchive(const QString &path); // -1 when unreadable
     QList<QDate> dates() const; // newest first
     QString pathForDate(const QDate &date) const;
     void dropOldCopies();

@@ -3,6 +3,7 @@
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
 #include "support/QWTestEnvironment.h"
+#include "tags/SNTagManager.h"
 
 #include <QDir>
 #include <QTest>
@@ -77,6 +78,12 @@ private Q_SLOTS:
         QVERIFY(store.backUpNow());
         const QString backup = store.backups().value(0).path;
         const QList<std::shared_ptr<SNStickyNote>> welcome = store.notesArray();
+        // Listing the backups makes no notes of them: no tag of an old copy joins the index.
+        for (const std::shared_ptr<SNStickyNote> &note : welcome)
+            note->setTags({});
+        QCOMPARE(SNTagManager::sharedManager().count(), 0);
+        QCOMPARE(store.backups().value(0).noteCount, welcome.size());
+        QCOMPARE(SNTagManager::sharedManager().count(), 0);
 
         // Everything is still here: nothing comes twice.
         QVERIFY(store.restoreBackup(backup).isEmpty());
