@@ -6,6 +6,7 @@
 #include "tags/SNTag.h"
 
 #include <QDir>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -15,6 +16,10 @@
 // (each note's fields, then its text as runs, then the deleted notes), and note-N.rtf with
 // each note's text as an exported RTF file. A change of the format shows as a changed file in
 // review.
+//
+// Where a case has a journal, journal.txt holds what the Python reader of
+// docs/archive-format.md, taken from the page as it stands, prints of it: the page stays true
+// to the files.
 //
 // After a deliberate change, VELLUMO_UPDATE_GOLDEN=1 writes the expected files anew.
 class TestSNStickyNoteManagerGolden final : public QObject
@@ -61,6 +66,39 @@ private Q_SLOTS:
                 deleted.dateDeleted.toUTC().toString(Qt::ISODateWithMs),
                 QWRichTextDump::quoted(deleted.title));
         QWRichTextDump::compareWithFile(folder + u"/notes.txt"_s, read.toUtf8());
+    }
+
+    void theFormatPagesReaderReadsTheJournal()
+    {
+        QFile page(QStringLiteral(VELLUMO_TEST_DATA_DIR "/../../../docs/archive-format.md"));
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(page.readAll());
+        const QString opening = u"```python\n"_s;
+        const qsizetype start
+            = text.indexOf(opening, text.indexOf(u"### Reading the journal with Python"_s));
+        const qsizetype end = text.indexOf(u"\n```"_s, start);
+        QVERIFY(start >= 0 && end > start);
+        QTemporaryDir folder;
+        QFile script(folder.filePath(u"read_journal.py"_s));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write(text.mid(start + opening.size(), end - start - opening.size() + 1).toUtf8());
+        script.close();
+
+        const QDir golden(QStringLiteral(VELLUMO_TEST_DATA_DIR "/golden"));
+        qsizetype journals = 0;
+        for (const QString &name : golden.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            const QString journal = golden.filePath(name + u"/stickies.journal"_s);
+            if (!QFile::exists(journal))
+                continue;
+            ++journals;
+            QProcess python;
+            python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON), { script.fileName(), journal });
+            QVERIFY(python.waitForFinished(60000));
+            QCOMPARE(python.exitCode(), 0);
+            QWRichTextDump::compareWithFile(golden.filePath(name + u"/journal.txt"_s),
+                python.readAllStandardOutput() + "stderr: " + python.readAllStandardError());
+        }
+        QVERIFY(journals > 0);
     }
 
 private:
