@@ -116,7 +116,7 @@ void SNStickyNote::stampChange(SNHybridClock &clock)
     const SNNoteStamp stamp = clock.now();
     std::lock_guard lock(m_mutex);
     m_version.stamp = stamp;
-    if (m_textChangedSinceStamp || m_version.textEdits.isEmpty())
+    if (m_textChangedSinceStamp)
         ++m_version.textEdits[stamp.device];
     m_textChangedSinceStamp = false;
 }

@@ -423,11 +423,10 @@ void SNStickyNoteWindowController::windowWillClose(SNStickyWindow *)
 {
     m_window->setDelegate(nullptr);
     m_collapser->removeTrackingArea();
-    if (!m_isTerminating) {
+    // The last typing, frame and look go with the note, into Recently Deleted too.
+    flushNote();
+    if (!m_isTerminating)
         m_store.removeNote(m_note);
-    } else {
-        flushNote();
-    }
     // Last: the window manager may let go of this controller now.
     announceWindowWillClose();
 }

@@ -17,7 +17,7 @@ private Q_SLOTS:
     void init() { f.init(); }
     void cleanup() { f.cleanup(); }
 
-    void emptyNoteClosesWithoutQuestionAndLeavesTheStore();
+    void closedNotesLeaveTheStoreWithTheirLastTyping();
     void editsInABurstSaveOnceAfterTheLast();
     void commandsPostTheirNotifications();
     void clickOnATagOpensTheTagMenuForIt();
@@ -26,7 +26,7 @@ private:
     NoteWindowFixture f;
 };
 
-void TestSNStickyNoteWindowController::emptyNoteClosesWithoutQuestionAndLeavesTheStore()
+void TestSNStickyNoteWindowController::closedNotesLeaveTheStoreWithTheirLastTyping()
 {
     auto controller = openWithText(QString());
     controller->setModalPresenter(f.presenter);
@@ -39,6 +39,15 @@ void TestSNStickyNoteWindowController::emptyNoteClosesWithoutQuestionAndLeavesTh
     QVERIFY(!storeHolds(controller->note()));
     QCOMPARE(willClose.count(), 1);
     QVERIFY(!controller->stickyWindow()->delegate());
+
+    // A note deleted right after typing, before its save was due, keeps that typing in
+    // Recently Deleted.
+    auto typed = openWithText(QString());
+    typed->setModalPresenter(f.presenter);
+    f.presenter->alertAnswers = { u"Delete Note"_s };
+    QTest::keyClicks(typed->textView(), u"milk"_s);
+    typed->close();
+    QCOMPARE(SNStickyNoteManager::sharedManager().recentlyDeletedNotes().value(0).title, u"milk"_s);
 }
 
 void TestSNStickyNoteWindowController::editsInABurstSaveOnceAfterTheLast()
