@@ -31,7 +31,8 @@ bool SNBackupShelf::hasBackupOf(const QDate &date) const
 
 QList<QDate> SNBackupShelf::dates() const
 {
-    static const QRegularExpression name(QStringLiteral("^stickies-(\\d{4}-\\d{2}-\\d{2})\\.db$"));
+    // Not static: the shared store may still save while statics are being destroyed at exit.
+    const QRegularExpression name(QStringLiteral("^stickies-(\\d{4}-\\d{2}-\\d{2})\\.db$"));
     QList<QDate> found;
     for (const QString &file :
         QDir(m_folder).entryList({ QStringLiteral("stickies-*.db") }, QDir::Files)) {
