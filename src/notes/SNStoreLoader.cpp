@@ -9,22 +9,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QRegularExpression>
 
 #include <algorithm>
-
-namespace {
-
-qsizetype indexOfNote(const QList<std::shared_ptr<SNStickyNote>> &notes, const QUuid &uuid)
-{
-    for (qsizetype index = 0; index < notes.size(); ++index) {
-        if (notes.at(index)->uuid() == uuid)
-            return index;
-    }
-    return -1;
-}
-
-} // namespace
 
 SNStoreLoader::Result SNStoreLoader::load(const Files &files)
 {
@@ -157,7 +145,20 @@ void SNStoreLoader::replayJournal()
     if (!contents.records.isEmpty())
         m_result.archiveIsBehind = true;
 
-    QList<std::shared_ptr<SNStickyNote>> &notes = m_result.notes;
+    // Places in the list by id; a deleted note leaves its place empty until the end, so that
+    // no place moves while records are replayed.
+    std::vector<std::shared_ptr<SNStickyNote>> places(
+        m_result.notes.cbegin(), m_result.notes.cend());
+    QHash<QUuid, size_t> placeOf;
+    for (size_t place = 0; place < places.size(); ++place)
+        placeOf.insert(places[place]->uuid(), place);
+    const auto leave = [&](const QUuid &uuid) {
+        if (const auto found = placeOf.constFind(uuid); found != placeOf.cend()) {
+            places[*found]->didDelete();
+            places[*found] = nullptr;
+            placeOf.erase(found);
+        }
+    };
     qsizetype unreadable = 0;
     for (const QByteArray &bytes : contents.records) {
         const std::optional<SNJournalRecord> record = SNJournalRecord::fromArchivedData(bytes);
@@ -167,10 +168,8 @@ void SNStoreLoader::replayJournal()
         }
         if (record->note)
             m_result.newestStamp = std::max(m_result.newestStamp, record->note->version().stamp);
-        const qsizetype index = indexOfNote(notes, record->uuid);
         if (record->isDeletion) {
-            if (index >= 0)
-                notes.takeAt(index)->didDelete();
+            leave(record->uuid);
             if (record->note) {
                 record->note->didDelete();
                 if (record->note->hasContent())
@@ -181,18 +180,22 @@ void SNStoreLoader::replayJournal()
         if (const std::optional<SNJournalRecord> deleted
             = m_result.recentlyDeleted.take(record->uuid))
             deleted->note->didDelete();
-        if (index >= 0)
-            notes.at(index)->didDelete();
         if (!record->note->hasContent()) {
             // A note whose text was all erased is not kept, as a whole save would not keep it.
+            leave(record->uuid);
             record->note->didDelete();
-            if (index >= 0)
-                notes.removeAt(index);
-        } else if (index >= 0) {
-            notes[index] = record->note;
+        } else if (const auto found = placeOf.constFind(record->uuid); found != placeOf.cend()) {
+            places[*found]->didDelete();
+            places[*found] = record->note;
         } else {
-            notes.append(record->note);
+            placeOf.insert(record->uuid, places.size());
+            places.push_back(record->note);
         }
+    }
+    m_result.notes.clear();
+    for (const std::shared_ptr<SNStickyNote> &note : places) {
+        if (note)
+            m_result.notes.append(note);
     }
     if (unreadable > 0)
         qWarning("[DEBUG] Skipped %lld journal records that were not notes", qlonglong(unreadable));
