@@ -8,7 +8,6 @@
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QImage>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -178,17 +177,3 @@ BENCHMARK(BM_SaveOneNoteAmong1000Notes)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Compact50MBOfPictures)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Load50MBOfPictures)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SaveOneNoteBeside50MBOfPictures)->Unit(benchmark::kMillisecond);
-
-int main(int argc, char **argv)
-{
-    // Never the user's real folders: the settings get scratch ones.
-    QTemporaryDir home;
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath(QStringLiteral("config"))));
-    qputenv("XDG_DATA_HOME", QFile::encodeName(home.filePath(QStringLiteral("data"))));
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -7,7 +7,6 @@
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
-#include <QGuiApplication>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -108,30 +107,6 @@ void BM_SaveInBackgroundCallerCost1000Notes(benchmark::State &state)
     }
 }
 
-// What the worker does for one edited note among 1,000: an append to the journal.
-void BM_SaveOneEditedNoteOf1000(benchmark::State &state)
-{
-    QTemporaryDir folder;
-    const std::unique_ptr<SNStickyNoteManager> store = storeWithNotes(folder, 1000);
-    const std::shared_ptr<SNStickyNote> note = store->notesArray().constFirst();
-    for (auto _ : state) {
-        store->noteDidChange(note);
-        benchmark::DoNotOptimize(store->save());
-    }
-}
-
-// The whole archive of 1,000 notes, as compaction writes it.
-void BM_Compact1000Notes(benchmark::State &state)
-{
-    QTemporaryDir folder;
-    const std::unique_ptr<SNStickyNoteManager> store = storeWithNotes(folder, 1000);
-    const std::shared_ptr<SNStickyNote> note = store->notesArray().constFirst();
-    for (auto _ : state) {
-        store->noteDidChange(note);
-        benchmark::DoNotOptimize(store->compact());
-    }
-}
-
 void BM_TagLookupAmong10000Tags(benchmark::State &state)
 {
     SNTagManager &index = SNTagManager::sharedManager();
@@ -154,20 +129,4 @@ BENCHMARK(BM_Encode100NotesOf100KB)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Decode100NotesOf100KB)->Unit(benchmark::kMillisecond);
 // Each iteration also waits, untimed, for the whole save: keep the count small.
 BENCHMARK(BM_SaveInBackgroundCallerCost1000Notes)->Unit(benchmark::kMicrosecond)->Iterations(40);
-BENCHMARK(BM_SaveOneEditedNoteOf1000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_Compact1000Notes)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TagLookupAmong10000Tags)->Unit(benchmark::kNanosecond);
-
-int main(int argc, char **argv)
-{
-    // Never the user's real folders: the store and the settings get scratch ones.
-    QTemporaryDir home;
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath(QStringLiteral("config"))));
-    qputenv("XDG_DATA_HOME", QFile::encodeName(home.filePath(QStringLiteral("data"))));
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

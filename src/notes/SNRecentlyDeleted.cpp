@@ -28,6 +28,21 @@ std::optional<SNJournalRecord> SNRecentlyDeleted::take(const QUuid &uuid)
     return std::nullopt;
 }
 
+std::optional<SNJournalRecord> SNRecentlyDeleted::takeKept(const QUuid &uuid, const QDateTime &now)
+{
+    for (qsizetype index = 0; index < m_records.size(); ++index) {
+        if (m_records.at(index).uuid == uuid)
+            return isKept(m_records.at(index), now) ? std::optional(m_records.takeAt(index))
+                                                    : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+bool SNRecentlyDeleted::isKept(const SNJournalRecord &deletion, const QDateTime &now)
+{
+    return deletion.dateDeleted.isValid() && deletion.dateDeleted >= now.addDays(-keptDays);
+}
+
 bool SNRecentlyDeleted::contains(const QUuid &uuid) const
 {
     return std::any_of(m_records.cbegin(), m_records.cend(),
@@ -36,10 +51,7 @@ bool SNRecentlyDeleted::contains(const QUuid &uuid) const
 
 void SNRecentlyDeleted::dropExpired(const QDateTime &now)
 {
-    const QDateTime limit = now.addDays(-keptDays);
-    m_records.removeIf([&limit](const SNJournalRecord &record) {
-        return !record.dateDeleted.isValid() || record.dateDeleted < limit;
-    });
+    m_records.removeIf([&now](const SNJournalRecord &record) { return !isKept(record, now); });
 }
 
 QByteArray SNRecentlyDeleted::archivedData() const

@@ -18,6 +18,9 @@ public:
     void add(const SNJournalRecord &deletion);
     // The entry of the note, taken out; nothing when the note is not here.
     std::optional<SNJournalRecord> take(const QUuid &uuid);
+    // The same, but only while it is within its 30 days at the time given.
+    std::optional<SNJournalRecord> takeKept(const QUuid &uuid, const QDateTime &now);
+    static bool isKept(const SNJournalRecord &deletion, const QDateTime &now);
     bool contains(const QUuid &uuid) const;
     // Drops what was deleted more than 30 days before the time given.
     void dropExpired(const QDateTime &now);

@@ -439,11 +439,11 @@ void SNStickyNoteManager::waitForBackgroundSaves()
 
 QList<SNDeletedNote> SNStickyNoteManager::recentlyDeletedNotes() const
 {
-    const QDateTime limit = QWClock::currentDateTime().addDays(-SNRecentlyDeleted::keptDays);
+    const QDateTime now = QWClock::currentDateTime();
     QList<SNDeletedNote> notes;
     std::lock_guard lock(m_listMutex);
     for (const SNJournalRecord &record : m_recentlyDeleted.records()) {
-        if (record.dateDeleted < limit)
+        if (!SNRecentlyDeleted::isKept(record, now))
             continue;
         const std::optional<QWAttributedString> text = record.note->attributedString();
         notes.append({ record.uuid, record.dateDeleted,
@@ -457,14 +457,11 @@ std::shared_ptr<SNStickyNote> SNStickyNoteManager::restoreDeletedNote(const QUui
     std::shared_ptr<SNStickyNote> note;
     {
         std::lock_guard lock(m_listMutex);
-        const QDateTime limit = QWClock::currentDateTime().addDays(-SNRecentlyDeleted::keptDays);
-        const QList<SNJournalRecord> records = m_recentlyDeleted.records();
         // Past its 30 days a note is gone, even before a compaction drops it from the file.
-        if (std::none_of(records.cbegin(), records.cend(), [&](const SNJournalRecord &record) {
-                return record.uuid == uuid && record.dateDeleted >= limit;
-            }))
+        const std::optional<SNJournalRecord> record
+            = m_recentlyDeleted.takeKept(uuid, QWClock::currentDateTime());
+        if (!record)
             return nullptr;
-        const std::optional<SNJournalRecord> record = m_recentlyDeleted.take(uuid);
         note = record->note;
         m_actualNotesArray.append(note);
     }
