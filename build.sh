@@ -22,6 +22,8 @@ packages=(
   libbenchmark-dev
   # The benchmarks run xpad beside Vellumo.
   xpad
+  # The sync test passes notes between two Vellumos through two real Syncthings.
+  syncthing
   pandoc
   fonts-dejavu-core fonts-liberation2
 )

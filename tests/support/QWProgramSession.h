@@ -2,19 +2,28 @@
 
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QVariant>
 
 // The built program run by an integration test as a user who has met it before: its settings
 // and notes live in a home of its own, and it is killed at the end if it still runs.
 class QWProgramSession final
 {
 public:
-    QWProgramSession();
+    // The program serves one instance per session bus: two programs side by side need a bus
+    // each, which the session then starts and stops itself.
+    enum class Bus { Shared, Own };
+
+    explicit QWProgramSession(Bus bus = Bus::Shared);
     ~QWProgramSession();
     QWProgramSession(const QWProgramSession &) = delete;
     QWProgramSession &operator=(const QWProgramSession &) = delete;
 
     // Whether a program serves requests: it owns the application's name on the session bus.
     static bool isServing();
+    // The same on this session's bus.
+    bool serves() const;
+    // Stores a setting as the program reads it when it starts.
+    void setSetting(const QString &key, const QVariant &value);
 
     QString homePath(const QString &relative) const { return m_home.filePath(relative); }
     // Where the program keeps its notes.
@@ -33,5 +42,8 @@ private:
     QProcessEnvironment environment() const;
 
     QTemporaryDir m_home;
+    const bool m_ownBus;
+    QProcess m_bus;
+    QString m_busAddress;
     QProcess m_program;
 };
