@@ -8,6 +8,8 @@
 #include <QSaveFile>
 #include <QtEndian>
 
+#include <algorithm>
+
 const QByteArray SNJournal::header = QByteArrayLiteral("Vellumo journal 1\n");
 
 namespace {
@@ -43,7 +45,7 @@ QByteArray SNJournal::frame(const QByteArray &record)
     return framed + record;
 }
 
-SNJournal::Contents SNJournal::read(const QString &path)
+SNJournal::Contents SNJournal::read(const QString &path, qint64 from)
 {
     Contents contents;
     QFile file(path);
@@ -53,28 +55,37 @@ SNJournal::Contents SNJournal::read(const QString &path)
         contents.error = file.errorString();
         return contents;
     }
-    const QByteArray bytes = file.readAll();
-    if (bytes.isEmpty())
+    const QByteArray start = file.read(header.size());
+    if (start.isEmpty())
         return contents; // created, then cut off before its header
-    if (!bytes.startsWith(header)) {
+    if (start != header) {
         contents.error = QStringLiteral("not a journal: the header is missing");
         return contents;
     }
-    qint64 position = header.size();
+    from = std::max(from, qint64(header.size()));
+    if (!file.seek(from)) {
+        contents.error = file.errorString();
+        return contents;
+    }
+    const QByteArray bytes = file.readAll();
+    // Positions count from the file's start; the bytes read begin `from` bytes into it.
+    const qint64 end = from + bytes.size();
+    const auto at
+        = [&bytes, from](qint64 position) { return bytes.constData() + (position - from); };
+    qint64 position = from;
     contents.validLength = position;
-    while (position < bytes.size()) {
-        if (bytes.size() - position < frameSize) {
+    while (position < end) {
+        if (end - position < frameSize) {
             contents.error = QStringLiteral("a record is cut off at byte %1").arg(position);
             break;
         }
-        const quint32 length = qFromLittleEndian<quint32>(bytes.constData() + position);
-        const quint32 checksum = qFromLittleEndian<quint32>(bytes.constData() + position + 4);
-        if (qint64(length) > maximumRecordSize
-            || qint64(length) > bytes.size() - position - frameSize) {
+        const quint32 length = qFromLittleEndian<quint32>(at(position));
+        const quint32 checksum = qFromLittleEndian<quint32>(at(position) + 4);
+        if (qint64(length) > maximumRecordSize || qint64(length) > end - position - frameSize) {
             contents.error = QStringLiteral("a record is cut off at byte %1").arg(position);
             break;
         }
-        const QByteArray record = bytes.mid(position + frameSize, length);
+        const QByteArray record = bytes.mid(position - from + frameSize, length);
         if (QWCrc32c::checksum(record) != checksum) {
             contents.error = QStringLiteral("the record at byte %1 is damaged").arg(position);
             break;

@@ -39,8 +39,10 @@ public:
     QString path() const { return m_path; }
     void setFileFactory(FileFactory factory);
 
-    // A missing file reads as an empty, complete journal.
-    static Contents read(const QString &path);
+    // A missing file reads as an empty, complete journal. Reading may start at a record
+    // boundary past the header, as where a reader stopped before; the valid length then still
+    // counts from the start of the file.
+    static Contents read(const QString &path, qint64 from = 0);
     static QByteArray frame(const QByteArray &record);
 
     // Appends the records and waits until they are on the disk. On failure the file is cut

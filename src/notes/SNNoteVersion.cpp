@@ -10,6 +10,9 @@ const QString counterKey = QStringLiteral("counter");
 const QString deviceKey = QStringLiteral("device");
 const QString textEditsKey = QStringLiteral("textEdits");
 const QString countKey = QStringLiteral("count");
+const QString lookMillisKey = QStringLiteral("lookMillis");
+const QString lookCounterKey = QStringLiteral("lookCounter");
+const QString lookDeviceKey = QStringLiteral("lookDevice");
 
 // One entry of the version vector, an object of its own so that any CBOR reader sees names.
 struct SNTextEditCount
@@ -53,6 +56,14 @@ bool SNNoteVersion::hasSeenTextOf(const SNNoteVersion &other) const
     return true;
 }
 
+QMap<QString, qint64> SNNoteVersion::joinedTextEdits(const SNNoteVersion &a, const SNNoteVersion &b)
+{
+    QMap<QString, qint64> joined = a.textEdits;
+    for (auto edit = b.textEdits.cbegin(); edit != b.textEdits.cend(); ++edit)
+        joined[edit.key()] = std::max(joined.value(edit.key()), edit.value());
+    return joined;
+}
+
 void SNNoteVersion::encodeWithCoder(QWKeyedArchiver &coder) const
 {
     coder.encodeIntegerForKey(stamp.millis, millisKey);
@@ -62,6 +73,11 @@ void SNNoteVersion::encodeWithCoder(QWKeyedArchiver &coder) const
     for (auto edit = textEdits.cbegin(); edit != textEdits.cend(); ++edit)
         edits.append({ edit.key(), edit.value() });
     coder.encodeArrayOfObjectsForKey(edits, textEditsKey);
+    if (!lookStamp.isNull()) {
+        coder.encodeIntegerForKey(lookStamp.millis, lookMillisKey);
+        coder.encodeIntegerForKey(lookStamp.counter, lookCounterKey);
+        coder.encodeStringForKey(lookStamp.device, lookDeviceKey);
+    }
 }
 
 std::optional<SNNoteVersion> SNNoteVersion::initWithCoder(const QWKeyedUnarchiver &coder)
@@ -70,6 +86,9 @@ std::optional<SNNoteVersion> SNNoteVersion::initWithCoder(const QWKeyedUnarchive
     version.stamp.millis = coder.decodeIntegerForKey(millisKey);
     version.stamp.counter = coder.decodeIntegerForKey(counterKey);
     version.stamp.device = coder.decodeStringForKey(deviceKey).value_or(QString());
+    version.lookStamp.millis = coder.decodeIntegerForKey(lookMillisKey);
+    version.lookStamp.counter = coder.decodeIntegerForKey(lookCounterKey);
+    version.lookStamp.device = coder.decodeStringForKey(lookDeviceKey).value_or(QString());
     const QList<SNTextEditCount> edits
         = coder.decodeArrayOfObjectsOfClassForKey<SNTextEditCount>(textEditsKey)
               .value_or(QList<SNTextEditCount>());

@@ -62,6 +62,7 @@ std::shared_ptr<SNStickyNote> SNStickyNote::note()
     note->m_windowAlpha = SNUserDefaults::standardUserDefaults().defaultWindowAlpha();
     note->updateTheme();
     note->m_countState = CountWords;
+    note->m_lookChangedSinceStamp = true;
     return note;
 }
 
@@ -109,6 +110,7 @@ void SNStickyNote::setVersion(const SNNoteVersion &version)
     std::lock_guard lock(m_mutex);
     m_version = version;
     m_textChangedSinceStamp = false;
+    m_lookChangedSinceStamp = false;
 }
 
 void SNStickyNote::stampChange(SNHybridClock &clock)
@@ -118,7 +120,44 @@ void SNStickyNote::stampChange(SNHybridClock &clock)
     m_version.stamp = stamp;
     if (m_textChangedSinceStamp)
         ++m_version.textEdits[stamp.device];
+    if (m_lookChangedSinceStamp)
+        m_version.lookStamp = stamp;
     m_textChangedSinceStamp = false;
+    m_lookChangedSinceStamp = false;
+}
+
+void SNStickyNote::markTextEdited()
+{
+    setLocked(m_textChangedSinceStamp, true);
+}
+
+void SNStickyNote::takeTextOf(const SNStickyNote &other)
+{
+    std::optional<QWAttributedString> text;
+    std::optional<QDateTime> modified;
+    {
+        std::lock_guard lock(other.m_mutex);
+        text = other.m_attributedString;
+        modified = other.m_dateModified;
+    }
+    {
+        std::lock_guard lock(m_mutex);
+        m_attributedString = text;
+        m_dateModified = modified;
+    }
+    setTags(other.tags());
+}
+
+void SNStickyNote::takeLookOf(const SNStickyNote &other)
+{
+    {
+        std::scoped_lock lock(other.m_mutex, m_mutex);
+        m_themeName = other.m_themeName;
+        m_windowAlpha = other.m_windowAlpha;
+        m_pinState = other.m_pinState;
+        m_countState = other.m_countState;
+    }
+    updateTheme();
 }
 
 std::optional<QDateTime> SNStickyNote::dateCreated() const
@@ -150,6 +189,7 @@ void SNStickyNote::setThemeName(const QString &name)
 {
     {
         std::lock_guard lock(m_mutex);
+        m_lookChangedSinceStamp |= m_themeName != name;
         m_themeName = name;
     }
     updateTheme();
@@ -182,7 +222,9 @@ qint64 SNStickyNote::pinState() const
 
 void SNStickyNote::setPinState(qint64 pinState)
 {
-    setLocked(m_pinState, pinState);
+    std::lock_guard lock(m_mutex);
+    m_lookChangedSinceStamp |= m_pinState != pinState;
+    m_pinState = pinState;
 }
 
 qint64 SNStickyNote::countState() const
@@ -192,7 +234,9 @@ qint64 SNStickyNote::countState() const
 
 void SNStickyNote::setCountState(qint64 countState)
 {
-    setLocked(m_countState, countState);
+    std::lock_guard lock(m_mutex);
+    m_lookChangedSinceStamp |= m_countState != countState;
+    m_countState = countState;
 }
 
 double SNStickyNote::windowAlpha() const
@@ -202,7 +246,9 @@ double SNStickyNote::windowAlpha() const
 
 void SNStickyNote::setWindowAlpha(double alpha)
 {
-    setLocked(m_windowAlpha, alpha);
+    std::lock_guard lock(m_mutex);
+    m_lookChangedSinceStamp |= m_windowAlpha != alpha;
+    m_windowAlpha = alpha;
 }
 
 QList<std::shared_ptr<SNTag>> SNStickyNote::tags() const

@@ -49,9 +49,17 @@ public:
     // The version last saved; see SNNoteVersion.
     SNNoteVersion version() const;
     void setVersion(const SNNoteVersion &version);
-    // Gives the note the version of a change saved now: a new stamp, and one more text edit of
-    // this device when the text changed since the last stamp.
+    // Gives the note the version of a change saved now: a new stamp, one more text edit of this
+    // device when the text changed since the last stamp, and the look's stamp when it changed.
     void stampChange(SNHybridClock &clock);
+    // The next stamp counts a text edit even though the text is as it was: a note brought back
+    // must win over the deletion that other computers saw.
+    void markTextEdited();
+
+    // Merging another computer's version of this note: its text (with its tags and date of
+    // change), or its look. Neither counts as a change of this computer.
+    void takeTextOf(const SNStickyNote &other);
+    void takeLookOf(const SNStickyNote &other);
 
     bool isCollapsed() const;
     void setIsCollapsed(bool collapsed);
@@ -119,6 +127,7 @@ private:
     QUuid m_uuid;
     SNNoteVersion m_version;
     bool m_textChangedSinceStamp = false;
+    bool m_lookChangedSinceStamp = false;
     bool m_isCollapsed = false;
     std::optional<QWAttributedString> m_attributedString;
     std::optional<QDateTime> m_dateCreated;

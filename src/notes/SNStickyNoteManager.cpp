@@ -150,8 +150,10 @@ void SNStickyNoteManager::addNote(const std::shared_ptr<SNStickyNote> &note)
             restored = m_recentlyDeleted.take(note->uuid()).has_value();
         }
     }
-    if (restored)
+    if (restored) {
         note->didRestore();
+        note->markTextEdited();
+    }
     queueChange({ note, false, QDateTime() });
     scheduleSave();
 }
@@ -185,10 +187,14 @@ void SNStickyNoteManager::queueChange(const Change &change)
     std::lock_guard lock(m_listMutex);
     // A note already waiting to be saved is saved as it is then: one record is enough.
     if (!change.isDeletion) {
-        for (auto waiting = m_changes.crbegin(); waiting != m_changes.crend(); ++waiting) {
+        for (auto waiting = m_changes.rbegin(); waiting != m_changes.rend(); ++waiting) {
             if (waiting->note == change.note) {
-                if (!waiting->isDeletion)
+                if (!waiting->isDeletion) {
+                    // A change of this computer's own is stamped, even if a merge came first.
+                    waiting->isMerged = waiting->isMerged && change.isMerged;
+                    waiting->isMadeByMerge = waiting->isMadeByMerge && change.isMadeByMerge;
                     return;
+                }
                 break;
             }
         }
@@ -273,7 +279,8 @@ void SNStickyNoteManager::putBackChanges(const QList<Change> &changes)
     m_changes = changes + m_changes;
 }
 
-bool SNStickyNoteManager::appendLocked(const QList<Change> &changes)
+QList<QByteArray> SNStickyNoteManager::recordsOfChanges(
+    const QList<Change> &changes, QList<QByteArray> *ownRecords)
 {
     const QList<std::shared_ptr<SNStickyNote>> notes = notesArray();
     QList<const SNStickyNote *> stamped;
@@ -282,7 +289,8 @@ bool SNStickyNoteManager::appendLocked(const QList<Change> &changes)
         // A note deleted since it changed is saved by its deletion alone.
         if (!change.isDeletion && !notes.contains(change.note))
             continue;
-        if (!stamped.contains(change.note.get())) {
+        const bool keepsVersion = change.isMerged || change.isMadeByMerge;
+        if (!keepsVersion && !stamped.contains(change.note.get())) {
             change.note->stampChange(*m_clock);
             stamped.append(change.note.get());
         }
@@ -290,10 +298,22 @@ bool SNStickyNoteManager::appendLocked(const QList<Change> &changes)
             ? SNJournalRecord::deleting(change.note, change.date)
             : SNJournalRecord::saving(change.note);
         records.append(record.archivedData());
+        if (!change.isMerged && ownRecords)
+            ownRecords->append(records.last());
     }
+    return records;
+}
+
+bool SNStickyNoteManager::appendLocked(const QList<Change> &changes)
+{
+    QList<QByteArray> own;
+    const QList<QByteArray> records = recordsOfChanges(changes, &own);
     QString error;
-    if (m_journal->append(records, &error))
+    if (m_journal->append(records, &error)) {
+        if (m_ownRecordsHandler && !own.isEmpty())
+            m_ownRecordsHandler(own);
         return true;
+    }
     qWarning(
         "[DEBUG] Could not append to %s: %s", qUtf8Printable(journalPath()), qUtf8Printable(error));
     return false;
@@ -327,8 +347,8 @@ bool SNStickyNoteManager::compactLocked(bool evenWhenCurrent)
     QList<Change> changes = takeChanges();
     if (changes.isEmpty() && !m_archiveIsBehind && !dropped && !evenWhenCurrent)
         return true;
-    for (const Change &change : std::as_const(changes))
-        change.note->stampChange(*m_clock);
+    QList<QByteArray> own;
+    recordsOfChanges(changes, &own);
     const QByteArray archive = archiveOfNotes();
     QDir().mkpath(m_baseDatabasePath);
     QString error;
@@ -341,6 +361,8 @@ bool SNStickyNoteManager::compactLocked(bool evenWhenCurrent)
     QWFileSync::syncFolderOf(databasePath());
     m_archiveSize = archive.size();
     m_archiveIsBehind = false;
+    if (m_ownRecordsHandler && !own.isEmpty())
+        m_ownRecordsHandler(own);
 
     // The first compaction of a day keeps a copy of the day.
     const QDate today = QWClock::currentDateTime().date();
@@ -466,6 +488,7 @@ std::shared_ptr<SNStickyNote> SNStickyNoteManager::restoreDeletedNote(const QUui
         m_actualNotesArray.append(note);
     }
     note->didRestore();
+    note->markTextEdited();
     queueChange({ note, false, QDateTime() });
     scheduleSave();
     return note;
@@ -525,4 +548,125 @@ bool SNStickyNoteManager::exportDatabaseToPath(const QString &path)
         return true;
     qWarning("[DEBUG] Could not save because of error: %s", qUtf8Printable(error));
     return false;
+}
+
+// MARK: - Merging
+
+void SNStickyNoteManager::setOwnRecordsHandler(OwnRecordsHandler handler)
+{
+    std::lock_guard lock(m_writeMutex);
+    m_ownRecordsHandler = std::move(handler);
+}
+
+QList<QByteArray> SNStickyNoteManager::recordsOfEveryNote() const
+{
+    QList<QByteArray> records;
+    std::lock_guard lock(m_listMutex);
+    for (const std::shared_ptr<SNStickyNote> &note : m_actualNotesArray) {
+        if (note->hasContent())
+            records.append(SNJournalRecord::saving(note).archivedData());
+    }
+    for (const SNJournalRecord &record : m_recentlyDeleted.records())
+        records.append(record.archivedData());
+    return records;
+}
+
+void SNStickyNoteManager::observeStamp(const SNNoteStamp &stamp)
+{
+    m_clock->observe(stamp);
+}
+
+QString SNStickyNoteManager::device() const
+{
+    return m_clock->device();
+}
+
+void SNStickyNoteManager::setDevice(const QString &device)
+{
+    std::lock_guard lock(m_writeMutex);
+    auto clock = std::make_unique<SNHybridClock>(device);
+    clock->observe(m_clock->now());
+    m_clock = std::move(clock);
+}
+
+void SNStickyNoteManager::addMergedNote(const std::shared_ptr<SNStickyNote> &note)
+{
+    {
+        std::lock_guard lock(m_listMutex);
+        if (indexOfNote(m_actualNotesArray, note->uuid()) >= 0)
+            return;
+        m_actualNotesArray.append(note);
+    }
+    queueChange({ note, false, QDateTime(), true });
+    scheduleSave();
+}
+
+void SNStickyNoteManager::addNoteMadeByMerge(const std::shared_ptr<SNStickyNote> &note)
+{
+    {
+        std::lock_guard lock(m_listMutex);
+        if (indexOfNote(m_actualNotesArray, note->uuid()) >= 0)
+            return;
+        m_actualNotesArray.append(note);
+    }
+    queueChange({ note, false, QDateTime(), false, true });
+    scheduleSave();
+}
+
+void SNStickyNoteManager::mergedNoteDidChange(const std::shared_ptr<SNStickyNote> &note)
+{
+    queueChange({ note, false, QDateTime(), true });
+    scheduleSave();
+}
+
+void SNStickyNoteManager::removeMergedNote(const std::shared_ptr<SNStickyNote> &note)
+{
+    const QDateTime now = QWClock::currentDateTime();
+    {
+        std::lock_guard lock(m_listMutex);
+        if (m_actualNotesArray.removeAll(note) == 0)
+            return;
+        if (note->hasContent())
+            m_recentlyDeleted.add(SNJournalRecord::deleting(note, now));
+    }
+    queueChange({ note, true, now, true });
+    scheduleSave();
+    note->didDelete();
+}
+
+std::shared_ptr<SNStickyNote> SNStickyNoteManager::deletedNote(const QUuid &uuid) const
+{
+    std::lock_guard lock(m_listMutex);
+    for (const SNJournalRecord &record : m_recentlyDeleted.records()) {
+        if (record.uuid == uuid)
+            return record.note;
+    }
+    return nullptr;
+}
+
+void SNStickyNoteManager::keepMergedDeletedNote(const std::shared_ptr<SNStickyNote> &note)
+{
+    const QDateTime now = QWClock::currentDateTime();
+    note->didDelete();
+    if (!note->hasContent())
+        return;
+    {
+        std::lock_guard lock(m_listMutex);
+        m_recentlyDeleted.add(SNJournalRecord::deleting(note, now));
+    }
+    queueChange({ note, true, now, true });
+    scheduleSave();
+}
+
+void SNStickyNoteManager::reviveMergedNote(const std::shared_ptr<SNStickyNote> &note)
+{
+    {
+        std::lock_guard lock(m_listMutex);
+        m_recentlyDeleted.take(note->uuid());
+        if (indexOfNote(m_actualNotesArray, note->uuid()) < 0)
+            m_actualNotesArray.append(note);
+    }
+    note->didRestore();
+    queueChange({ note, false, QDateTime(), true });
+    scheduleSave();
 }

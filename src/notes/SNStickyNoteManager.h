@@ -2,6 +2,7 @@
 
 #include "kit/QWNotificationCenter.h"
 #include "notes/SNBackupShelf.h"
+#include "notes/SNNoteVersion.h"
 #include "notes/SNRecentlyDeleted.h"
 
 #include <QDateTime>
@@ -64,6 +65,9 @@ public:
     using SaveFileFactory = std::function<std::unique_ptr<QSaveFile>(const QString &path)>;
     // Where the journal's appends write.
     using JournalFileFactory = std::function<std::unique_ptr<QFile>(const QString &path)>;
+    // Takes the records of this computer's own changes once they are saved, on the saving
+    // thread: what other computers are to see.
+    using OwnRecordsHandler = std::function<void(const QList<QByteArray> &records)>;
 
     // The store over the folder "Vellumo/" of the user's data folder; loads at once.
     SNStickyNoteManager();
@@ -134,12 +138,42 @@ public:
     void setSaveFileFactory(SaveFileFactory factory);
     void setJournalFileFactory(JournalFileFactory factory);
 
+    // MARK: Merging what other computers saved
+    // Changes told through these are saved here like any other, but keep the versions they
+    // came with and do not go to the own-records handler: a merge makes no change of this
+    // computer's own.
+    void setOwnRecordsHandler(OwnRecordsHandler handler);
+    // The own records of every note and every deletion kept, as a computer that starts to
+    // share its notes writes them.
+    QList<QByteArray> recordsOfEveryNote() const;
+    // Later stamps of this computer come after the stamp.
+    void observeStamp(const SNNoteStamp &stamp);
+    QString device() const;
+    // This computer's changes are stamped with another id from now on, as when a copied home
+    // folder turns out to share its id with the computer it came from.
+    void setDevice(const QString &device);
+    void addMergedNote(const std::shared_ptr<SNStickyNote> &note);
+    // A note a merge made (a conflict's text): kept with the version it was given, and handed
+    // to the own-records handler, so that other computers get it even before they merge.
+    void addNoteMadeByMerge(const std::shared_ptr<SNStickyNote> &note);
+    void mergedNoteDidChange(const std::shared_ptr<SNStickyNote> &note);
+    // The note goes to Recently Deleted, deleted elsewhere.
+    void removeMergedNote(const std::shared_ptr<SNStickyNote> &note);
+    // The copy Recently Deleted keeps of a note, whatever its age; null when there is none.
+    std::shared_ptr<SNStickyNote> deletedNote(const QUuid &uuid) const;
+    // Keeps the note in Recently Deleted as deleted elsewhere, replacing an older copy.
+    void keepMergedDeletedNote(const std::shared_ptr<SNStickyNote> &note);
+    // Takes the note out of Recently Deleted and puts it back in the list as it is.
+    void reviveMergedNote(const std::shared_ptr<SNStickyNote> &note);
+
 private:
     struct Change
     {
         std::shared_ptr<SNStickyNote> note;
         bool isDeletion = false;
         QDateTime date;
+        bool isMerged = false; // came from another computer, stamped there
+        bool isMadeByMerge = false; // stamped by the merge, but shared as this computer's own
     };
 
     void scheduleSave();
@@ -148,6 +182,8 @@ private:
     void putBackChanges(const QList<Change> &changes);
     // Called with m_writeMutex held.
     bool appendLocked(const QList<Change> &changes);
+    // Stamps this computer's changes and returns their records, the own ones apart.
+    QList<QByteArray> recordsOfChanges(const QList<Change> &changes, QList<QByteArray> *ownRecords);
     bool compactLocked(bool evenWhenCurrent);
     // Writes beside the path and renames over it; called with m_writeMutex held.
     bool replaceFile(const QString &path, const QByteArray &data, QString *error = nullptr);
@@ -175,6 +211,7 @@ private:
     QStringList m_keptAside;
     QString m_movedAsidePath;
     SaveFileFactory m_saveFileFactory;
+    OwnRecordsHandler m_ownRecordsHandler;
 
     QThread *const m_ownerThread;
     std::unique_ptr<QWDebouncer> m_saveDebouncer; // made on the first change of its thread
