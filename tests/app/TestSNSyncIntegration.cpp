@@ -1,16 +1,222 @@
+#include "support/QWProgramDriver.h"
+#include "support/QWProgramSession.h"
 #include "support/QWSyncthingPeer.h"
 
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
+using namespace QWProgramDriver;
 
 namespace {
 
-QByteArray contents(const QString &path)
+// How long a change may take to cross from one computer to the other: Syncthing's watcher,
+// its transfer, Vellumo's watcher and merge, and a save, on a busy machine.
+constexpr int crossing = 60000;
+
+// Where a note window's close button sits, from its top-left corner.
+constexpr int buttonInset = 16;
+
+const QString conflictSuffix = u" (conflict)"_s;
+
+// The live notes of a store, by id, as another program reads them: the journal's records
+// replayed over the notes file. The journal is read first: a compaction in between then only
+// replays records that the new notes file already holds.
+QHash<QString, QString> storedNotes(const QString &folder)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    static const char reader[] = R"(
+import json, os, struct, sys
+import cbor2
+
+TABLE = []
+for byte in range(256):
+    crc = byte
+    for _ in range(8):
+        crc = (crc >> 1) ^ 0x82F63B78 if crc & 1 else crc >> 1
+    TABLE.append(crc)
+
+def crc32c(data):
+    crc = 0xFFFFFFFF
+    for byte in data:
+        crc = TABLE[(crc ^ byte) & 0xFF] ^ (crc >> 8)
+    return crc ^ 0xFFFFFFFF
+
+def top(data):
+    return cbor2.loads(data)["$top"]
+
+def text(note):
+    return top(note["data"])["string"] if "data" in note else ""
+
+def read(name):
+    path = os.path.join(sys.argv[1], name)
+    return open(path, "rb").read() if os.path.exists(path) else b""
+
+journal = read("stickies.journal")
+archive = read("stickies.db")
+notes = {}
+# A note of an older file has no id until the program loads it: only its windows count it.
+for note in top(archive) if archive else []:
+    if "uuid" in note:
+        notes[note["uuid"]] = text(note)
+header = b"Vellumo journal 1\n"
+position = len(header) if journal.startswith(header) else len(journal)
+while position + 8 <= len(journal):
+    length, checksum = struct.unpack("<II", journal[position : position + 8])
+    record = journal[position + 8 : position + 8 + length]
+    if len(record) < length or crc32c(record) != checksum:
+        break
+    record = top(record)
+    if record["deleted"]:
+        notes.pop(record["uuid"], None)
+    else:
+        notes[record["uuid"]] = text(record["note"])
+    position += 8 + length
+print(json.dumps({uuid: body for uuid, body in notes.items() if body.strip()}))
+)";
+    QProcess python;
+    python.start(
+        QStringLiteral(VELLUMO_SYSTEM_PYTHON), { u"-c"_s, QString::fromLatin1(reader), folder });
+    if (!python.waitForFinished(20000) || python.exitCode() != 0)
+        qFatal("python3 could not read the notes in %s: %s", qUtf8Printable(folder),
+            python.readAllStandardError().constData());
+    QHash<QString, QString> notes;
+    const QJsonObject found = QJsonDocument::fromJson(python.readAllStandardOutput()).object();
+    for (auto note = found.begin(); note != found.end(); ++note)
+        notes.insert(note.key(), note.value().toString().trimmed());
+    return notes;
+}
+
+QString windowName(const QString &window)
+{
+    return run(u"xdotool"_s, { u"getwindowname"_s, window }).trimmed();
+}
+
+// One computer: a Syncthing, and a Vellumo on a session bus of its own whose sync folder is
+// the one that Syncthing shares.
+struct Computer
+{
+    explicit Computer(const QString &name) : peer(name)
+    {
+        vellumo.setSetting(u"syncFolder"_s, peer.folderPath());
+    }
+
+    qint64 pid() { return vellumo.program().processId(); }
+    QHash<QString, QString> notes() const { return storedNotes(vellumo.notesFolder()); }
+    QStringList windowNames()
+    {
+        QStringList names;
+        for (const QString &window : visibleWindows(pid()))
+            names.append(windowName(window));
+        return names;
+    }
+    // The note window showing the title; empty when there is none.
+    QString windowNamed(const QString &title)
+    {
+        for (const QString &window : visibleWindows(pid())) {
+            if (windowName(window) == title)
+                return window;
+        }
+        return QString();
+    }
+
+    // The window shown since `before` was taken; empty when none comes.
+    QString windowAfter(const QStringList &before)
+    {
+        QString shown;
+        const auto appeared = [&] {
+            for (const QString &window : visibleWindows(pid())) {
+                if (!before.contains(window))
+                    shown = window;
+            }
+            return !shown.isEmpty();
+        };
+        return QTest::qWaitFor(appeared, 20000) ? shown : QString();
+    }
+
+    // Makes a note with `--new-note`, as the user would, and types the text into it.
+    QString makeNote(const QString &text)
+    {
+        const QStringList before = visibleWindows(pid());
+        if (vellumo.runSecond({ u"--new-note"_s }) != 0)
+            return QString();
+        const QString note = windowAfter(before);
+        if (!note.isEmpty())
+            type(note, text);
+        return note;
+    }
+
+    // Types at the end of the note's text.
+    static void type(const QString &window, const QString &text)
+    {
+        xdotool({ u"windowactivate"_s, u"--sync"_s, window });
+        xdotool({ u"key"_s, u"ctrl+End"_s });
+        xdotool({ u"type"_s, u"--delay"_s, u"30"_s, text });
+    }
+
+    // Closes the note with its close button and answers "Delete Note" to the question that
+    // follows; false when no question came.
+    bool deleteNote(const QString &window)
+    {
+        const QStringList before = visibleWindows(pid());
+        xdotool({ u"windowactivate"_s, u"--sync"_s, window });
+        xdotool({ u"mousemove"_s, u"--window"_s, window, QString::number(buttonInset),
+            QString::number(buttonInset - 1), u"click"_s, u"1"_s });
+        const QString question = windowAfter(before);
+        if (question.isEmpty())
+            return false;
+        // From the default button, Export, the next one is Delete Note.
+        xdotool({ u"windowactivate"_s, u"--sync"_s, question });
+        xdotool({ u"key"_s, u"--delay"_s, u"80"_s, u"Tab"_s, u"space"_s });
+        return QTest::qWaitFor([&] { return !visibleWindows(pid()).contains(window); }, 20000);
+    }
+
+    QWSyncthingPeer peer;
+    QWProgramSession vellumo { QWProgramSession::Bus::Own };
+};
+
+// The notes one per line, in order, for comparing two stores.
+QStringList lines(const QHash<QString, QString> &notes)
+{
+    QStringList lines;
+    for (auto note = notes.begin(); note != notes.end(); ++note)
+        lines.append(note.key() + u'\t' + note.value());
+    lines.sort();
+    return lines;
+}
+
+// The id of the one note with that text; empty when there is none.
+QString idOfText(const QHash<QString, QString> &notes, const QString &text)
+{
+    return notes.key(text);
+}
+
+// Whether both texts of a conflict are kept: one in the note, the other in a note of its own
+// that says it came of a conflict.
+bool keepsBoth(const QHash<QString, QString> &notes, const QString &id, const QString &one,
+    const QString &other)
+{
+    const QString kept = notes.value(id);
+    if (kept != one && kept != other)
+        return false;
+    const QString lost = kept == one ? other : one;
+    for (auto note = notes.begin(); note != notes.end(); ++note) {
+        const QString firstLine = note.value().section(u'\n', 0, 0);
+        if (note.key() != id && firstLine.endsWith(conflictSuffix) && note.value().contains(lost))
+            return true;
+    }
+    return false;
+}
+
+QString conflictNoteOf(const QHash<QString, QString> &notes)
+{
+    for (auto note = notes.begin(); note != notes.end(); ++note) {
+        if (note.value().section(u'\n', 0, 0).endsWith(conflictSuffix))
+            return note.key();
+    }
+    return QString();
 }
 
 } // namespace
@@ -22,29 +228,96 @@ class TestSNSyncIntegration final : public QObject
 private Q_SLOTS:
     void notesCrossBetweenTwoComputers()
     {
-        QWSyncthingPeer a(u"a"_s);
-        QWSyncthingPeer b(u"b"_s);
-        QVERIFY(a.isValid() && b.isValid());
-        QVERIFY2(a.start(b), a.log().constData());
-        QVERIFY2(b.start(a), b.log().constData());
+        Computer a(u"a"_s);
+        Computer b(u"b"_s);
+        QVERIFY(a.peer.isValid() && b.peer.isValid());
+        QVERIFY2(a.peer.start(b.peer), a.peer.log().constData());
+        QVERIFY2(b.peer.start(a.peer), b.peer.log().constData());
 
         // Syncthing alone first: a file written on one side reaches the other.
-        QFile probe(a.folderPath() + u"/probe.txt"_s);
-        QVERIFY(probe.open(QIODevice::WriteOnly));
-        probe.write("carried");
+        QFile probe(a.peer.folderPath() + u"/probe.txt"_s);
+        QVERIFY(probe.open(QIODevice::WriteOnly) && probe.write("carried") == 7);
         probe.close();
-        QTRY_COMPARE_WITH_TIMEOUT(contents(b.folderPath() + u"/probe.txt"_s), "carried", 60000);
-        QTRY_VERIFY_WITH_TIMEOUT(QWSyncthingPeer::inSync(a, b), 60000);
-        QVERIFY(a.setPeerPaused(b, true));
-        QFile probe2(b.folderPath() + u"/probe2.txt"_s);
-        QVERIFY(probe2.open(QIODevice::WriteOnly));
-        probe2.write("later");
-        probe2.close();
-        QVERIFY(!QWSyncthingPeer::inSync(a, b));
-        QVERIFY(!QFile::exists(a.folderPath() + u"/probe2.txt"_s));
-        QVERIFY(a.setPeerPaused(b, false));
-        QTRY_VERIFY_WITH_TIMEOUT(QWSyncthingPeer::inSync(a, b), 60000);
-        QCOMPARE(contents(a.folderPath() + u"/probe2.txt"_s), "later");
+        QTRY_VERIFY_WITH_TIMEOUT(QWSyncthingPeer::inSync(a.peer, b.peer), crossing);
+        QFile carried(b.peer.folderPath() + u"/probe.txt"_s);
+        QVERIFY(carried.open(QIODevice::ReadOnly));
+        QCOMPARE(carried.readAll(), "carried");
+
+        QVERIFY(a.vellumo.start());
+        QVERIFY(b.vellumo.start());
+        QTRY_VERIFY(!visibleWindows(a.pid()).isEmpty());
+        QTRY_VERIFY(!visibleWindows(b.pid()).isEmpty());
+        const qsizetype notesAtStart = visibleWindows(a.pid()).size();
+        QCOMPARE(visibleWindows(b.pid()).size(), notesAtStart);
+
+        // A note made on A appears on B, in the store and in a window.
+        const QString made = u"Pack the tent"_s;
+        const QString windowOnA = a.makeNote(made);
+        QVERIFY(!windowOnA.isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(!idOfText(a.notes(), made).isEmpty(), crossing);
+        const QString id = idOfText(a.notes(), made);
+        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), made, crossing);
+        QTRY_VERIFY_WITH_TIMEOUT(!b.windowNamed(made).isEmpty(), crossing);
+        const QString windowOnB = b.windowNamed(made);
+
+        // An edit on B reaches A, in the window the note already has there.
+        const QString edited = made + u" and stakes"_s;
+        Computer::type(windowOnB, u" and stakes"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), edited, crossing);
+        QTRY_COMPARE_WITH_TIMEOUT(a.notes().value(id), edited, crossing);
+        QTRY_COMPARE_WITH_TIMEOUT(windowName(windowOnA), edited, crossing);
+        // Each has now read all the other wrote, from its first start on: the notes both had
+        // from the start are not doubled.
+        QTRY_COMPARE_WITH_TIMEOUT(lines(a.notes()), lines(b.notes()), crossing);
+        QCOMPARE(visibleWindows(a.pid()).size(), notesAtStart + 1);
+        QCOMPARE(visibleWindows(b.pid()).size(), notesAtStart + 1);
+
+        // Both edit the note while A's Syncthing is paused; once it resumes, both texts are on
+        // both computers, one of them in a conflict note.
+        QVERIFY(a.peer.setPeerPaused(b.peer, true));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !a.peer.connectedTo(b.peer) && !b.peer.connectedTo(a.peer), crossing);
+        const QString onA = edited + u" by Friday"_s;
+        const QString onB = edited + u" for two"_s;
+        Computer::type(windowOnA, u" by Friday"_s);
+        Computer::type(windowOnB, u" for two"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(a.notes().value(id), onA, crossing);
+        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), onB, crossing);
+        QVERIFY(a.peer.setPeerPaused(b.peer, false));
+        QTRY_VERIFY_WITH_TIMEOUT(keepsBoth(a.notes(), id, onA, onB), crossing);
+        QTRY_VERIFY_WITH_TIMEOUT(keepsBoth(b.notes(), id, onA, onB), crossing);
+        QTRY_COMPARE_WITH_TIMEOUT(lines(a.notes()), lines(b.notes()), crossing);
+        const QHash<QString, QString> merged = a.notes();
+        const QString conflict = conflictNoteOf(merged);
+        const QString conflictTitle = merged.value(conflict).section(u'\n', 0, 0);
+        for (Computer *computer : { &a, &b }) {
+            QTRY_VERIFY_WITH_TIMEOUT(
+                computer->windowNames().contains(merged.value(id).section(u'\n', 0, 0)), crossing);
+            QTRY_VERIFY_WITH_TIMEOUT(computer->windowNames().contains(conflictTitle), crossing);
+        }
+
+        // A deletion on A removes the note on B, its window too.
+        QVERIFY(a.deleteNote(a.windowNamed(conflictTitle)));
+        QTRY_VERIFY_WITH_TIMEOUT(!a.notes().contains(conflict), crossing);
+        QTRY_VERIFY_WITH_TIMEOUT(!b.notes().contains(conflict), crossing);
+        QTRY_VERIFY_WITH_TIMEOUT(b.windowNamed(conflictTitle).isEmpty(), crossing);
+
+        // A note deleted on A while B, out of reach, edits it comes back on both: the deletion
+        // had not seen that edit.
+        const QString title = merged.value(id).section(u'\n', 0, 0);
+        QVERIFY(a.peer.setPeerPaused(b.peer, true));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !a.peer.connectedTo(b.peer) && !b.peer.connectedTo(a.peer), crossing);
+        QVERIFY(a.deleteNote(a.windowNamed(title)));
+        QTRY_VERIFY_WITH_TIMEOUT(!a.notes().contains(id), crossing);
+        const QString kept = merged.value(id) + u" and a lamp"_s;
+        Computer::type(b.windowNamed(title), u" and a lamp"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), kept, crossing);
+        QVERIFY(a.peer.setPeerPaused(b.peer, false));
+        QTRY_COMPARE_WITH_TIMEOUT(a.notes().value(id), kept, crossing);
+        QTRY_VERIFY_WITH_TIMEOUT(!a.windowNamed(kept.section(u'\n', 0, 0)).isEmpty(), crossing);
+        QTRY_COMPARE_WITH_TIMEOUT(lines(a.notes()), lines(b.notes()), crossing);
+        QVERIFY(!b.windowNamed(kept.section(u'\n', 0, 0)).isEmpty());
     }
 };
 
