@@ -2,6 +2,7 @@
 #include "support/QWProgramSession.h"
 #include "support/QWSyncthingPeer.h"
 
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -16,6 +17,19 @@ namespace {
 // How long a change may take to cross from one computer to the other: Syncthing's watcher,
 // its transfer, Vellumo's watcher and merge, and a save, on a busy machine.
 constexpr int crossing = 60000;
+
+// Polls the condition until it holds or the time for a crossing has passed. (QTRY counts
+// only its own sleeps, not the time that a condition which runs other programs takes.)
+template <typename Condition> bool eventually(Condition condition)
+{
+    const QDeadlineTimer deadline(crossing);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QTest::qWait(200);
+    }
+    return true;
+}
 
 // Where a note window's close button sits, from its top-left corner.
 constexpr int buttonInset = 16;
@@ -89,6 +103,21 @@ print(json.dumps({uuid: body for uuid, body in notes.items() if body.strip()}))
     return notes;
 }
 
+QString firstLine(const QString &text)
+{
+    return text.section(u'\n', 0, 0);
+}
+
+// The notes one per line, in order, for comparing two stores.
+QStringList lines(const QHash<QString, QString> &notes)
+{
+    QStringList lines;
+    for (auto note = notes.begin(); note != notes.end(); ++note)
+        lines.append(note.key() + u'\t' + note.value());
+    lines.sort();
+    return lines;
+}
+
 QString windowName(const QString &window)
 {
     return run(u"xdotool"_s, { u"getwindowname"_s, window }).trimmed();
@@ -111,6 +140,28 @@ struct Computer
         for (const QString &window : visibleWindows(pid()))
             names.append(windowName(window));
         return names;
+    }
+    // What the computer holds and shows, for a failure message: each note by its id and its
+    // first line.
+    QByteArray report()
+    {
+        QStringList stored;
+        const QHash<QString, QString> held = notes();
+        for (auto note = held.begin(); note != held.end(); ++note)
+            stored.append(note.key().left(8) + u' ' + firstLine(note.value()));
+        stored.sort();
+        return (peer.name() + u" stores: "_s + stored.join(u" | "_s) + u"\n"_s + peer.name()
+            + u" shows: "_s + windowNames().join(u" | "_s))
+            .toUtf8();
+    }
+
+    // Pauses (or resumes) this computer's Syncthing's connection to the other's, and waits
+    // until both see it closed (or open).
+    bool setSyncthingPaused(Computer &other, bool paused)
+    {
+        return peer.setPeerPaused(other.peer, paused) && eventually([&] {
+            return peer.connectedTo(other.peer) != paused && other.peer.connectedTo(peer) != paused;
+        });
     }
     // The note window showing the title; empty when there is none.
     QString windowNamed(const QString &title)
@@ -177,22 +228,6 @@ struct Computer
     QWProgramSession vellumo { QWProgramSession::Bus::Own };
 };
 
-// The notes one per line, in order, for comparing two stores.
-QStringList lines(const QHash<QString, QString> &notes)
-{
-    QStringList lines;
-    for (auto note = notes.begin(); note != notes.end(); ++note)
-        lines.append(note.key() + u'\t' + note.value());
-    lines.sort();
-    return lines;
-}
-
-// The id of the one note with that text; empty when there is none.
-QString idOfText(const QHash<QString, QString> &notes, const QString &text)
-{
-    return notes.key(text);
-}
-
 // Whether both texts of a conflict are kept: one in the note, the other in a note of its own
 // that says it came of a conflict.
 bool keepsBoth(const QHash<QString, QString> &notes, const QString &id, const QString &one,
@@ -203,8 +238,8 @@ bool keepsBoth(const QHash<QString, QString> &notes, const QString &id, const QS
         return false;
     const QString lost = kept == one ? other : one;
     for (auto note = notes.begin(); note != notes.end(); ++note) {
-        const QString firstLine = note.value().section(u'\n', 0, 0);
-        if (note.key() != id && firstLine.endsWith(conflictSuffix) && note.value().contains(lost))
+        if (note.key() != id && firstLine(note.value()).endsWith(conflictSuffix)
+            && note.value().contains(lost))
             return true;
     }
     return false;
@@ -213,7 +248,7 @@ bool keepsBoth(const QHash<QString, QString> &notes, const QString &id, const QS
 QString conflictNoteOf(const QHash<QString, QString> &notes)
 {
     for (auto note = notes.begin(); note != notes.end(); ++note) {
-        if (note.value().section(u'\n', 0, 0).endsWith(conflictSuffix))
+        if (firstLine(note.value()).endsWith(conflictSuffix))
             return note.key();
     }
     return QString();
@@ -238,86 +273,95 @@ private Q_SLOTS:
         QFile probe(a.peer.folderPath() + u"/probe.txt"_s);
         QVERIFY(probe.open(QIODevice::WriteOnly) && probe.write("carried") == 7);
         probe.close();
-        QTRY_VERIFY_WITH_TIMEOUT(QWSyncthingPeer::inSync(a.peer, b.peer), crossing);
+        QVERIFY2(eventually([&] { return QWSyncthingPeer::inSync(a.peer, b.peer); }),
+            b.peer.log().constData());
         QFile carried(b.peer.folderPath() + u"/probe.txt"_s);
         QVERIFY(carried.open(QIODevice::ReadOnly));
         QCOMPARE(carried.readAll(), "carried");
 
         QVERIFY(a.vellumo.start());
         QVERIFY(b.vellumo.start());
-        QTRY_VERIFY(!visibleWindows(a.pid()).isEmpty());
-        QTRY_VERIFY(!visibleWindows(b.pid()).isEmpty());
-        const qsizetype notesAtStart = visibleWindows(a.pid()).size();
-        QCOMPARE(visibleWindows(b.pid()).size(), notesAtStart);
+        QVERIFY(eventually([&] { return !a.windowNames().isEmpty(); }));
+        QVERIFY(eventually([&] { return !b.windowNames().isEmpty(); }));
+        const qsizetype notesAtStart = a.windowNames().size();
+        QCOMPARE(b.windowNames().size(), notesAtStart);
 
         // A note made on A appears on B, in the store and in a window.
         const QString made = u"Pack the tent"_s;
         const QString windowOnA = a.makeNote(made);
         QVERIFY(!windowOnA.isEmpty());
-        QTRY_VERIFY_WITH_TIMEOUT(!idOfText(a.notes(), made).isEmpty(), crossing);
-        const QString id = idOfText(a.notes(), made);
-        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), made, crossing);
-        QTRY_VERIFY_WITH_TIMEOUT(!b.windowNamed(made).isEmpty(), crossing);
+        QVERIFY2(
+            eventually([&] { return !a.notes().key(made).isEmpty(); }), a.report().constData());
+        const QString id = a.notes().key(made);
+        QVERIFY2(eventually([&] { return b.notes().value(id) == made; }), b.report().constData());
+        QVERIFY2(
+            eventually([&] { return b.windowNames().contains(made); }), b.report().constData());
         const QString windowOnB = b.windowNamed(made);
 
         // An edit on B reaches A, in the window the note already has there.
         const QString edited = made + u" and stakes"_s;
         Computer::type(windowOnB, u" and stakes"_s);
-        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), edited, crossing);
-        QTRY_COMPARE_WITH_TIMEOUT(a.notes().value(id), edited, crossing);
-        QTRY_COMPARE_WITH_TIMEOUT(windowName(windowOnA), edited, crossing);
-        // Each has now read all the other wrote, from its first start on: the notes both had
+        QVERIFY2(eventually([&] { return b.notes().value(id) == edited; }), b.report().constData());
+        QVERIFY2(eventually([&] { return a.notes().value(id) == edited; }), a.report().constData());
+        QVERIFY2(
+            eventually([&] { return windowName(windowOnA) == edited; }), a.report().constData());
+        // Each has now read all that the other wrote since its first start: the notes both had
         // from the start are not doubled.
-        QTRY_COMPARE_WITH_TIMEOUT(lines(a.notes()), lines(b.notes()), crossing);
-        QCOMPARE(visibleWindows(a.pid()).size(), notesAtStart + 1);
-        QCOMPARE(visibleWindows(b.pid()).size(), notesAtStart + 1);
+        QVERIFY2(eventually([&] { return lines(a.notes()) == lines(b.notes()); }),
+            (a.report() + '\n' + b.report()).constData());
+        QCOMPARE(a.windowNames().size(), notesAtStart + 1);
+        QCOMPARE(b.windowNames().size(), notesAtStart + 1);
 
         // Both edit the note while A's Syncthing is paused; once it resumes, both texts are on
         // both computers, one of them in a conflict note.
-        QVERIFY(a.peer.setPeerPaused(b.peer, true));
-        QTRY_VERIFY_WITH_TIMEOUT(
-            !a.peer.connectedTo(b.peer) && !b.peer.connectedTo(a.peer), crossing);
+        QVERIFY(a.setSyncthingPaused(b, true));
         const QString onA = edited + u" by Friday"_s;
         const QString onB = edited + u" for two"_s;
         Computer::type(windowOnA, u" by Friday"_s);
         Computer::type(windowOnB, u" for two"_s);
-        QTRY_COMPARE_WITH_TIMEOUT(a.notes().value(id), onA, crossing);
-        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), onB, crossing);
-        QVERIFY(a.peer.setPeerPaused(b.peer, false));
-        QTRY_VERIFY_WITH_TIMEOUT(keepsBoth(a.notes(), id, onA, onB), crossing);
-        QTRY_VERIFY_WITH_TIMEOUT(keepsBoth(b.notes(), id, onA, onB), crossing);
-        QTRY_COMPARE_WITH_TIMEOUT(lines(a.notes()), lines(b.notes()), crossing);
+        QVERIFY2(eventually([&] { return a.notes().value(id) == onA; }), a.report().constData());
+        QVERIFY2(eventually([&] { return b.notes().value(id) == onB; }), b.report().constData());
+        QVERIFY(a.setSyncthingPaused(b, false));
+        QVERIFY2(
+            eventually([&] { return keepsBoth(a.notes(), id, onA, onB); }), a.report().constData());
+        QVERIFY2(
+            eventually([&] { return keepsBoth(b.notes(), id, onA, onB); }), b.report().constData());
+        QVERIFY2(eventually([&] { return lines(a.notes()) == lines(b.notes()); }),
+            (a.report() + '\n' + b.report()).constData());
         const QHash<QString, QString> merged = a.notes();
         const QString conflict = conflictNoteOf(merged);
-        const QString conflictTitle = merged.value(conflict).section(u'\n', 0, 0);
+        const QString title = firstLine(merged.value(id));
+        const QString conflictTitle = firstLine(merged.value(conflict));
         for (Computer *computer : { &a, &b }) {
-            QTRY_VERIFY_WITH_TIMEOUT(
-                computer->windowNames().contains(merged.value(id).section(u'\n', 0, 0)), crossing);
-            QTRY_VERIFY_WITH_TIMEOUT(computer->windowNames().contains(conflictTitle), crossing);
+            QVERIFY2(eventually([&] {
+                const QStringList shown = computer->windowNames();
+                return shown.contains(title) && shown.contains(conflictTitle);
+            }),
+                computer->report().constData());
         }
 
         // A deletion on A removes the note on B, its window too.
         QVERIFY(a.deleteNote(a.windowNamed(conflictTitle)));
-        QTRY_VERIFY_WITH_TIMEOUT(!a.notes().contains(conflict), crossing);
-        QTRY_VERIFY_WITH_TIMEOUT(!b.notes().contains(conflict), crossing);
-        QTRY_VERIFY_WITH_TIMEOUT(b.windowNamed(conflictTitle).isEmpty(), crossing);
+        QVERIFY2(eventually([&] { return !a.notes().contains(conflict); }), a.report().constData());
+        QVERIFY2(eventually([&] { return !b.notes().contains(conflict); }), b.report().constData());
+        QVERIFY2(eventually([&] { return !b.windowNames().contains(conflictTitle); }),
+            b.report().constData());
 
         // A note deleted on A while B, out of reach, edits it comes back on both: the deletion
         // had not seen that edit.
-        const QString title = merged.value(id).section(u'\n', 0, 0);
-        QVERIFY(a.peer.setPeerPaused(b.peer, true));
-        QTRY_VERIFY_WITH_TIMEOUT(
-            !a.peer.connectedTo(b.peer) && !b.peer.connectedTo(a.peer), crossing);
+        QVERIFY(a.setSyncthingPaused(b, true));
         QVERIFY(a.deleteNote(a.windowNamed(title)));
-        QTRY_VERIFY_WITH_TIMEOUT(!a.notes().contains(id), crossing);
+        QVERIFY2(eventually([&] { return !a.notes().contains(id); }), a.report().constData());
         const QString kept = merged.value(id) + u" and a lamp"_s;
         Computer::type(b.windowNamed(title), u" and a lamp"_s);
-        QTRY_COMPARE_WITH_TIMEOUT(b.notes().value(id), kept, crossing);
-        QVERIFY(a.peer.setPeerPaused(b.peer, false));
-        QTRY_COMPARE_WITH_TIMEOUT(a.notes().value(id), kept, crossing);
-        QTRY_VERIFY_WITH_TIMEOUT(!a.windowNamed(kept.section(u'\n', 0, 0)).isEmpty(), crossing);
-        QTRY_COMPARE_WITH_TIMEOUT(lines(a.notes()), lines(b.notes()), crossing);
-        QVERIFY(!b.windowNamed(kept.section(u'\n', 0, 0)).isEmpty());
+        QVERIFY2(eventually([&] { return b.notes().value(id) == kept; }), b.report().constData());
+        QVERIFY(a.setSyncthingPaused(b, false));
+        QVERIFY2(eventually([&] { return a.notes().value(id) == kept; }), a.report().constData());
+        QVERIFY2(eventually([&] { return a.windowNames().contains(firstLine(kept)); }),
+            a.report().constData());
+        QVERIFY2(eventually([&] { return lines(a.notes()) == lines(b.notes()); }),
+            (a.report() + '\n' + b.report()).constData());
+        QVERIFY2(b.windowNames().contains(firstLine(kept)), b.report().constData());
     }
 };
 
