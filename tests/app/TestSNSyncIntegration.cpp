@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -163,6 +162,7 @@ struct Computer
             return peer.connectedTo(other.peer) != paused && other.peer.connectedTo(peer) != paused;
         });
     }
+
     // The note window showing the title; empty when there is none.
     QString windowNamed(const QString &title)
     {
@@ -245,13 +245,14 @@ bool keepsBoth(const QHash<QString, QString> &notes, const QString &id, const QS
     return false;
 }
 
-QString conflictNoteOf(const QHash<QString, QString> &notes)
+QStringList conflictNotesOf(const QHash<QString, QString> &notes)
 {
+    QStringList found;
     for (auto note = notes.begin(); note != notes.end(); ++note) {
         if (firstLine(note.value()).endsWith(conflictSuffix))
-            return note.key();
+            found.append(note.key());
     }
-    return QString();
+    return found;
 }
 
 } // namespace
@@ -328,8 +329,10 @@ private Q_SLOTS:
             eventually([&] { return keepsBoth(b.notes(), id, onA, onB); }), b.report().constData());
         QVERIFY2(eventually([&] { return lines(a.notes()) == lines(b.notes()); }),
             (a.report() + '\n' + b.report()).constData());
+        // One conflict note, though both computers met the conflict.
         const QHash<QString, QString> merged = a.notes();
-        const QString conflict = conflictNoteOf(merged);
+        QCOMPARE(conflictNotesOf(merged).size(), 1);
+        const QString conflict = conflictNotesOf(merged).constFirst();
         const QString title = firstLine(merged.value(id));
         const QString conflictTitle = firstLine(merged.value(conflict));
         for (Computer *computer : { &a, &b }) {
