@@ -226,10 +226,10 @@ void SNNoteWindowSet::flushEveryNote(bool terminating)
         if (terminating)
             controller->setIsTerminating(true);
         // The windows stay open while the program ends, so their last edits are taken here.
-        if (controller->isWindowLoaded()) {
-            controller->flushNote();
+        // A note with nothing new is not saved again: its record would reach other computers
+        // as a change, and their merges flush every window in turn.
+        if (controller->isWindowLoaded() && controller->flushNote())
             m_store.noteDidChange(controller->note());
-        }
     }
 }
 

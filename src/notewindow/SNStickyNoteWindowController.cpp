@@ -301,17 +301,20 @@ void SNStickyNoteWindowController::saveAfterDelay()
     m_saveDelayTimer->restart();
 }
 
-void SNStickyNoteWindowController::flushNote()
+bool SNStickyNoteWindowController::flushNote()
 {
     if (!m_note || !m_ui)
-        return;
+        return false;
+    bool changed = m_windowState->frameDiffersFromNote();
     // The editor's form of an unedited text may differ from the stored one in its runs; such
     // a difference is no edit, and must not reach other computers as one.
     if (std::exchange(m_textChangedSinceFlush, false)) {
         m_note->setAttributedString(SNHashtagScanner::taggedString(storedString()));
         m_note->setDateModified(QWClock::currentDateTime());
+        changed = true;
     }
     m_windowState->recordInNote();
+    return changed;
 }
 
 void SNStickyNoteWindowController::noteDidMerge()

@@ -103,7 +103,8 @@ public:
     // Saving.
     void saveAfterDelay();
     // Copies the window's state into the note: the text only when it was edited since.
-    void flushNote();
+    // Whether the note got typing or a move that it did not have.
+    bool flushNote();
     void save();
     // The note changed on another computer: the window shows its text and look, and the
     // cursor of whoever types here stays where it was.

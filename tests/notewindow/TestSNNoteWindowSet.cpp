@@ -7,6 +7,8 @@
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
+#include <mutex>
+
 using namespace Qt::StringLiterals;
 
 // Which note windows there are and which show: one window per stored note, the tag filter of a
@@ -23,6 +25,7 @@ private Q_SLOTS:
     void noteMenuShowsOnlyTheNotesOfItsTag();
     void tagBrowsingPutsBackWhatItHid();
     void mergeReachesTheWindowsWithoutDisturbingTheTyping();
+    void flushingEveryNoteSavesOnlyTheTypedOne();
 
 private:
     QList<bool> visibility() const;
@@ -195,6 +198,31 @@ void TestSNNoteWindowSet::mergeReachesTheWindowsWithoutDisturbingTheTyping()
     QCOMPARE(SNMergedTextLoader::mapPosition(u"abcdef"_s, u"abXcdef"_s, 4), 5);
     QCOMPARE(SNMergedTextLoader::mapPosition(u"abcdef"_s, u"af"_s, 3), 1);
     QCOMPARE(SNMergedTextLoader::mapPosition(u"abcdef"_s, u""_s, 6), 0);
+}
+
+// Before each merge every window hands its typing to its note: only a note typed into is saved
+// again, since each save is a change for other computers to read, and their reading leads to
+// more merges here.
+void TestSNNoteWindowSet::flushingEveryNoteSavesOnlyTheTypedOne()
+{
+    m_set->showAllNotes(true);
+    m_store->save();
+    std::mutex recordsMutex;
+    qsizetype records = 0;
+    m_store->setOwnRecordsHandler([&](const QList<QByteArray> &saved) {
+        std::lock_guard lock(recordsMutex);
+        records += saved.size();
+    });
+
+    m_set->flushEveryNote(false);
+    m_store->save();
+    QCOMPARE(records, 0);
+
+    m_set->controllers().constFirst()->textView()->insertPlainText(u"Today: "_s);
+    m_set->flushEveryNote(false);
+    m_store->save();
+    QCOMPARE(records, 1);
+    m_store->setOwnRecordsHandler({});
 }
 
 QTEST_MAIN(TestSNNoteWindowSet)
