@@ -67,10 +67,13 @@ std::shared_ptr<SNStickyNote> SNNoteMerger::conflictNoteOf(const SNStickyNote &l
         return nullptr;
     const std::shared_ptr<SNStickyNote> note = copy->note;
 
+    // Named after the text it keeps, not the last save of it: a later save of the same text (a
+    // move, a new look) must not make a second conflict note on the computer that reads it.
     const SNNoteVersion version = loser.version();
+    const SNNoteStamp &edit = version.textStamp.isNull() ? version.stamp : version.textStamp;
     QByteArray name = loser.uuid().toRfc4122();
-    name += QByteArray::number(version.stamp.millis) + ' '
-        + QByteArray::number(version.stamp.counter) + ' ' + version.stamp.device.toUtf8();
+    name += QByteArray::number(edit.millis) + ' ' + QByteArray::number(edit.counter) + ' '
+        + edit.device.toUtf8();
     note->setUuid(QUuid::createUuidV5(SNNoteIdentity::idNamespace, name));
 
     const QWAttributedString text = note->attributedString().value_or(QWAttributedString());

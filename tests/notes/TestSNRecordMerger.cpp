@@ -161,6 +161,34 @@ private Q_SLOTS:
         QCOMPARE(texts.count(u"Shopping (conflict)\nmilk"_s), 1);
     }
 
+    // A later save of the losing text that edits nothing (a move of its window) is the same
+    // conflict: each computer, whichever saves of it it reads, keeps one conflict note.
+    void conflictNoteIsOneWhateverSaveOfTheTextIsRead()
+    {
+        Device &a = addDevice(u"A"_s);
+        Device &b = addDevice(u"B"_s);
+        const auto note = a.add(u"Shopping"_s);
+        b.receive(a.shared);
+        const auto onB = b.noteWithUuid(note->uuid());
+        QVERIFY(onB);
+
+        a.edit(note, u"Shopping\nmilk"_s);
+        note->setWindowFrame(u"{{300, 300}, {300, 260}}"_s);
+        a.store->noteDidChange(note);
+        a.store->save();
+        QTest::qWait(2); // the later edit carries the later stamp
+        b.edit(onB, u"Shopping\nbread"_s);
+        a.receive(b.shared);
+        b.receive(a.shared);
+        a.receive(b.shared);
+
+        QCOMPARE(a.view(), b.view());
+        QStringList texts;
+        for (const auto &[id, shown] : a.view())
+            texts.append(shown.section(u" | "_s, 0, 0));
+        QCOMPARE(texts.count(u"Shopping (conflict)\nmilk"_s), 1);
+    }
+
     // A deletion removes the note only where it had seen all of its text; an edit it had not
     // seen brings the note back on the deleting computer too. A stale record read again after
     // the deletion brings nothing back.
