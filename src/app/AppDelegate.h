@@ -31,6 +31,7 @@ class SNNoteWindowSet;
 class SNNotesMenuDelegate;
 class SNRecentlyDeletedMenuDelegate;
 class SNStickyNoteManager;
+class SNSyncController;
 class SNTagManagerWindowController;
 class SNUserDefaults;
 struct SNLaunchRequest;
@@ -157,6 +158,7 @@ public:
     }
     SNDatabaseExporter &exporter() const { return *m_exporter; }
     SNLaunchRequestHandler &launchRequests() const { return *m_launchRequests; }
+    SNSyncController &sync() const { return *m_sync; }
 
 private:
     // The services handed in, else the shared instances. The note store loads its archive
@@ -203,4 +205,5 @@ private:
     std::unique_ptr<SNRecentlyDeletedMenuDelegate> m_recentlyDeletedMenuDelegate;
     std::unique_ptr<SNDatabaseExporter> m_exporter;
     std::unique_ptr<SNLaunchRequestHandler> m_launchRequests;
+    std::unique_ptr<SNSyncController> m_sync;
 };
