@@ -12,6 +12,7 @@
 #include "app/SNNoteArrangement.h"
 #include "app/SNNotesMenuDelegate.h"
 #include "app/SNRecentlyDeletedMenuDelegate.h"
+#include "app/SNSyncCommandRunner.h"
 #include "app/SNSyncController.h"
 #include "kit/QWDebouncer.h"
 #include "kit/widgets/QWWindowManager.h"
@@ -150,6 +151,11 @@ SNHistoryCommand::Result AppDelegate::handleHistoryCommand(const SNHistoryComman
     return SNHistoryCommandRunner(noteManager(), [this](const std::shared_ptr<SNStickyNote> &note) {
         noteWindows().openNote(note, true);
     }).run(command);
+}
+
+SNSyncCommand::Result AppDelegate::handleSyncCommand(const SNSyncCommand &command)
+{
+    return SNSyncCommandRunner(defaults(), noteManager(), &m_sync->state()).run(command);
 }
 
 void AppDelegate::connectMenuItems()

@@ -5,6 +5,7 @@
 #include "app/SNApplicationTermination.h"
 #include "app/SNHistoryCommand.h"
 #include "app/SNLaunchRequestHandler.h"
+#include "app/SNSyncCommand.h"
 #include "kit/QWNotificationCenter.h"
 
 #include <QObject>
@@ -94,6 +95,8 @@ public:
     }
     // A command of the command line about deleted notes and backups; a restored note shows.
     SNHistoryCommand::Result handleHistoryCommand(const SNHistoryCommand &command);
+    // A command of the command line about the sync folder; a folder set starts sharing at once.
+    SNSyncCommand::Result handleSyncCommand(const SNSyncCommand &command);
 
     // Commands.
     void newDocument(QObject *sender);
