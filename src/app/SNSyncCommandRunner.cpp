@@ -6,6 +6,7 @@
 #include "preferences/SNSyncState.h"
 #include "settings/SNUserDefaults.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 namespace {
@@ -36,7 +37,8 @@ SNSyncCommand::Result SNSyncCommandRunner::run(const SNSyncCommand &command)
 
 SNSyncCommand::Result SNSyncCommandRunner::setFolder(const QString &folder)
 {
-    if (!folder.isEmpty() && !QFileInfo(folder).isDir()) {
+    // A path relative to where the running program happens to run would surprise.
+    if (!folder.isEmpty() && (QDir::isRelativePath(folder) || !QFileInfo(folder).isDir())) {
         return { QString(),
             tr("%1 is not a folder. Make the folder first (the sync tool's folder, or one inside "
                "it), or give \"\" to stop syncing.")

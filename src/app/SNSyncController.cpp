@@ -59,6 +59,9 @@ void SNSyncController::settingDidChange(const QString &key)
 
 void SNSyncController::folderDidChange()
 {
+    // Written again as it was: the session goes on.
+    if (m_session && m_session->folder() == m_defaults.syncFolder())
+        return;
     stopRetrying();
     // The old session stops handing this computer's changes to the old folder first.
     m_state.update(nullptr, QString());

@@ -38,7 +38,7 @@ QString SNSyncState::mergeSummary(const SNSyncSession::Status &status)
     if (status.conflicts > 0)
         summary += QLatin1Char(' ')
             + tr("%1 changed on two computers at once: both texts are kept, the other one in a "
-                 "note titled \"(conflict)\".")
+                 "note whose title ends in \"(conflict)\".")
                   .arg(noteCount(status.conflicts));
     if (!status.waiting.isEmpty())
         summary += QLatin1Char(' ')

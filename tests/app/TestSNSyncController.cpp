@@ -102,6 +102,10 @@ private Q_SLOTS:
         QCOMPARE(desk.controller.state().session(), desk.controller.session());
         QVERIFY(desk.controller.state().problem().isEmpty());
         QVERIFY(flushes > 0);
+        // The same folder written again changes nothing.
+        SNSyncSession *running = desk.controller.session();
+        desk.defaults->setSyncFolder(m_folder->path());
+        QCOMPARE(desk.controller.session(), running);
 
         laptop.add(u"Written on the laptop"_s);
         laptop.store.save();
