@@ -1,5 +1,6 @@
 #include "app/QWApplicationsMenuEntry.h"
 
+#include "kit/QWFileReplacer.h"
 #include "settings/QWLoginItem.h"
 
 #include <QDir>
@@ -16,11 +17,7 @@ bool writeFile(const QString &path, const QByteArray &contents)
     if (!QDir().mkpath(QFileInfo(path).absolutePath()))
         return false;
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
+    return QWFileReplacer::replace(file, contents);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "notes/SNBackupShelf.h"
 
+#include "kit/QWFileReplacer.h"
 #include "kit/QWKeyedUnarchiver.h"
 #include "notes/SNStickyNote.h"
 
@@ -50,17 +51,8 @@ bool SNBackupShelf::addBackup(const QByteArray &archive, const QDate &date, QStr
 {
     QDir().mkpath(m_folder);
     QSaveFile file(pathForDate(date));
-    if (!file.open(QIODevice::WriteOnly) || file.write(archive) != archive.size()) {
-        if (error)
-            *error = file.errorString();
-        file.cancelWriting();
+    if (!QWFileReplacer::replace(file, archive, error))
         return false;
-    }
-    if (!file.commit()) {
-        if (error)
-            *error = file.errorString();
-        return false;
-    }
     dropOldCopies();
     return true;
 }

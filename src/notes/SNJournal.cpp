@@ -1,6 +1,7 @@
 #include "notes/SNJournal.h"
 
 #include "kit/QWCrc32c.h"
+#include "kit/QWFileReplacer.h"
 #include "kit/QWFileSync.h"
 
 #include <QFile>
@@ -145,13 +146,8 @@ bool SNJournal::truncate(qint64 length, QString *error)
 bool SNJournal::reset(QString *error)
 {
     QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(header) != header.size()) {
-        const QString reason = file.errorString();
-        file.cancelWriting();
-        return fail(error, reason);
-    }
-    if (!file.commit())
-        return fail(error, file.errorString());
+    if (!QWFileReplacer::replace(file, header, error))
+        return false;
     QWFileSync::syncFolderOf(m_path);
     return true;
 }

@@ -21,7 +21,7 @@ SNNoteMerger::Decision SNNoteMerger::merge(const SNStickyNote &own, const SNStic
 {
     const SNNoteVersion ownVersion = own.version();
     const SNNoteVersion incomingVersion = incoming.version();
-    const bool incomingIsNewer = incomingVersion.stamp > ownVersion.stamp;
+    const bool incomingIsNewer = incomingVersion.textStamp > ownVersion.textStamp;
 
     Decision decision;
     const bool ownHasSeen = ownVersion.hasSeenTextOf(incomingVersion);
@@ -41,6 +41,8 @@ SNNoteMerger::Decision SNNoteMerger::merge(const SNStickyNote &own, const SNStic
     decision.takesLook = incomingVersion.lookStamp > ownVersion.lookStamp;
 
     decision.version.stamp = std::max(ownVersion.stamp, incomingVersion.stamp);
+    decision.version.textStamp
+        = decision.takesText ? incomingVersion.textStamp : ownVersion.textStamp;
     decision.version.lookStamp = std::max(ownVersion.lookStamp, incomingVersion.lookStamp);
     decision.version.textEdits = SNNoteVersion::joinedTextEdits(ownVersion, incomingVersion);
     return decision;

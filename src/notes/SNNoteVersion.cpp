@@ -10,6 +10,9 @@ const QString counterKey = QStringLiteral("counter");
 const QString deviceKey = QStringLiteral("device");
 const QString textEditsKey = QStringLiteral("textEdits");
 const QString countKey = QStringLiteral("count");
+const QString textMillisKey = QStringLiteral("textMillis");
+const QString textCounterKey = QStringLiteral("textCounter");
+const QString textDeviceKey = QStringLiteral("textDevice");
 const QString lookMillisKey = QStringLiteral("lookMillis");
 const QString lookCounterKey = QStringLiteral("lookCounter");
 const QString lookDeviceKey = QStringLiteral("lookDevice");
@@ -73,6 +76,11 @@ void SNNoteVersion::encodeWithCoder(QWKeyedArchiver &coder) const
     for (auto edit = textEdits.cbegin(); edit != textEdits.cend(); ++edit)
         edits.append({ edit.key(), edit.value() });
     coder.encodeArrayOfObjectsForKey(edits, textEditsKey);
+    if (!textStamp.isNull()) {
+        coder.encodeIntegerForKey(textStamp.millis, textMillisKey);
+        coder.encodeIntegerForKey(textStamp.counter, textCounterKey);
+        coder.encodeStringForKey(textStamp.device, textDeviceKey);
+    }
     if (!lookStamp.isNull()) {
         coder.encodeIntegerForKey(lookStamp.millis, lookMillisKey);
         coder.encodeIntegerForKey(lookStamp.counter, lookCounterKey);
@@ -86,6 +94,9 @@ std::optional<SNNoteVersion> SNNoteVersion::initWithCoder(const QWKeyedUnarchive
     version.stamp.millis = coder.decodeIntegerForKey(millisKey);
     version.stamp.counter = coder.decodeIntegerForKey(counterKey);
     version.stamp.device = coder.decodeStringForKey(deviceKey).value_or(QString());
+    version.textStamp.millis = coder.decodeIntegerForKey(textMillisKey);
+    version.textStamp.counter = coder.decodeIntegerForKey(textCounterKey);
+    version.textStamp.device = coder.decodeStringForKey(textDeviceKey).value_or(QString());
     version.lookStamp.millis = coder.decodeIntegerForKey(lookMillisKey);
     version.lookStamp.counter = coder.decodeIntegerForKey(lookCounterKey);
     version.lookStamp.device = coder.decodeStringForKey(lookDeviceKey).value_or(QString());

@@ -24,18 +24,23 @@ struct SNNoteStamp
     friend bool operator==(const SNNoteStamp &, const SNNoteStamp &) = default;
 };
 
-// The version a saved note carries: the stamp of its last change, the stamp of its last change
-// of look (theme, transparency, pin, counter), and a version vector of its text, counting for
-// each device the text edits that this version contains. The vectors tell an edit that saw
-// another from two edits made apart.
+// The version a saved note carries: the stamp of its last change, of its last text edit and of
+// its last change of look (theme, transparency, pin, counter), and a version vector of its
+// text, counting for each device the text edits that this version contains. The vectors tell
+// an edit that saw another from two edits made apart; the text's stamp tells which of two such
+// edits is the newer.
 class SNNoteVersion final
 {
 public:
     SNNoteStamp stamp;
+    SNNoteStamp textStamp; // null when the text never changed since ids were given
     SNNoteStamp lookStamp; // null when the look never changed since ids were given
     QMap<QString, qint64> textEdits; // device id to the number of its text edits seen
 
-    bool isNull() const { return stamp.isNull() && lookStamp.isNull() && textEdits.isEmpty(); }
+    bool isNull() const
+    {
+        return stamp.isNull() && textStamp.isNull() && lookStamp.isNull() && textEdits.isEmpty();
+    }
     // True when this version contains every text edit the other contains.
     bool hasSeenTextOf(const SNNoteVersion &other) const;
     // The text edits of both.

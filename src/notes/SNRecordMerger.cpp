@@ -25,6 +25,9 @@ SNRecordMerger::Result SNRecordMerger::merge(
             mergeDeletion(record);
         else
             mergeNote(record);
+        // A version merged into a note here is let go: no tag may list it.
+        if (m_notes.value(record.uuid) != record.note)
+            record.note->didDelete();
     }
     m_notes.clear();
     return std::exchange(m_result, Result());
@@ -137,13 +140,18 @@ bool SNRecordMerger::mergeInto(
     const std::shared_ptr<SNStickyNote> &note, const SNStickyNote &incoming)
 {
     const SNNoteMerger::Decision decision = SNNoteMerger::merge(*note, incoming);
+    // A newer stamp alone (a window moved elsewhere) changes nothing anyone sees: reporting it
+    // would have the windows save it back, and the computers would trade stamps for ever.
+    const SNNoteVersion before = note->version();
     const bool changed = decision.takesText || decision.takesLook || decision.conflictNote
-        || decision.version != note->version();
+        || decision.version.textEdits != before.textEdits
+        || decision.version.textStamp != before.textStamp
+        || decision.version.lookStamp != before.lookStamp;
     if (decision.takesText)
         note->takeTextOf(incoming);
     if (decision.takesLook)
         note->takeLookOf(incoming);
-    note->setVersion(decision.version);
+    note->takeMergedVersion(decision.version);
     if (const std::shared_ptr<SNStickyNote> &conflict = decision.conflictNote) {
         ++m_result.conflicts;
         // Made once: the same conflict read again, or made first on another computer, is

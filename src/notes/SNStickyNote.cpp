@@ -118,8 +118,10 @@ void SNStickyNote::stampChange(SNHybridClock &clock)
     const SNNoteStamp stamp = clock.now();
     std::lock_guard lock(m_mutex);
     m_version.stamp = stamp;
-    if (m_textChangedSinceStamp)
+    if (m_textChangedSinceStamp) {
         ++m_version.textEdits[stamp.device];
+        m_version.textStamp = stamp;
+    }
     if (m_lookChangedSinceStamp)
         m_version.lookStamp = stamp;
     m_textChangedSinceStamp = false;
@@ -146,6 +148,11 @@ void SNStickyNote::takeTextOf(const SNStickyNote &other)
         m_dateModified = modified;
     }
     setTags(other.tags());
+}
+
+void SNStickyNote::takeMergedVersion(const SNNoteVersion &version)
+{
+    setLocked(m_version, version);
 }
 
 void SNStickyNote::takeLookOf(const SNStickyNote &other)
@@ -247,7 +254,8 @@ double SNStickyNote::windowAlpha() const
 void SNStickyNote::setWindowAlpha(double alpha)
 {
     std::lock_guard lock(m_mutex);
-    m_lookChangedSinceStamp |= m_windowAlpha != alpha;
+    // Saved in single precision: a difference below it is none.
+    m_lookChangedSinceStamp |= float(m_windowAlpha) != float(alpha);
     m_windowAlpha = alpha;
 }
 

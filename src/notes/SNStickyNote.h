@@ -60,6 +60,8 @@ public:
     // change), or its look. Neither counts as a change of this computer.
     void takeTextOf(const SNStickyNote &other);
     void takeLookOf(const SNStickyNote &other);
+    // The version a merge made; a change of this computer not yet stamped stays to be stamped.
+    void takeMergedVersion(const SNNoteVersion &version);
 
     bool isCollapsed() const;
     void setIsCollapsed(bool collapsed);

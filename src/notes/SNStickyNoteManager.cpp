@@ -1,7 +1,9 @@
 #include "notes/SNStickyNoteManager.h"
 
+#include "kit/QWBackgroundWorkers.h"
 #include "kit/QWClock.h"
 #include "kit/QWDebouncer.h"
+#include "kit/QWFileReplacer.h"
 #include "kit/QWFileSync.h"
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
@@ -210,7 +212,7 @@ void SNStickyNoteManager::scheduleSave()
     if (!m_saveDebouncer) {
         m_saveDebouncer = std::make_unique<QWDebouncer>(0.0, [this] { saveInBackground(); });
         m_compactionDebouncer = std::make_unique<QWDebouncer>(
-            idleSecondsBeforeCompaction, [this] { runInBackground([this] { compact(); }); });
+            idleSecondsBeforeCompaction, [this] { m_workers.run([this] { compact(); }); });
     }
     m_saveDebouncer->restart();
     m_compactionDebouncer->restart();
@@ -396,65 +398,17 @@ bool SNStickyNoteManager::replaceFile(const QString &path, const QByteArray &dat
 {
     std::unique_ptr<QSaveFile> file
         = m_saveFileFactory ? m_saveFileFactory(path) : std::make_unique<QSaveFile>(path);
-    if (!file)
-        return false;
-    const auto failed = [&file, error] {
-        if (error)
-            *error = file->errorString();
-        return false;
-    };
-    if (!file->open(QIODevice::WriteOnly))
-        return failed();
-    if (file->write(data) != data.size()) {
-        failed();
-        // A full disk or a failing device: keep the old file as it is, and no temporary one.
-        file->cancelWriting();
-        file->commit();
-        return false;
-    }
-    return file->commit() || failed();
+    return file && QWFileReplacer::replace(*file, data, error);
 }
 
 void SNStickyNoteManager::saveInBackground()
 {
-    runInBackground([this] { save(); });
-}
-
-void SNStickyNoteManager::runInBackground(std::function<void()> job)
-{
-    reapFinishedWorkers();
-    auto finished = std::make_shared<std::atomic<bool>>(false);
-    std::lock_guard lock(m_workersMutex);
-    m_workers.push_back(Worker { std::thread([job = std::move(job), finished] {
-                                    job();
-                                    finished->store(true);
-                                }),
-        finished });
-}
-
-void SNStickyNoteManager::reapFinishedWorkers()
-{
-    std::vector<Worker> done;
-    {
-        std::lock_guard lock(m_workersMutex);
-        auto split = std::partition(m_workers.begin(), m_workers.end(),
-            [](const Worker &worker) { return !worker.finished->load(); });
-        std::move(split, m_workers.end(), std::back_inserter(done));
-        m_workers.erase(split, m_workers.end());
-    }
-    for (Worker &worker : done)
-        worker.thread.join();
+    m_workers.run([this] { save(); });
 }
 
 void SNStickyNoteManager::waitForBackgroundSaves()
 {
-    std::vector<Worker> running;
-    {
-        std::lock_guard lock(m_workersMutex);
-        running.swap(m_workers);
-    }
-    for (Worker &worker : running)
-        worker.thread.join();
+    m_workers.waitForAll();
 }
 
 // MARK: - History
@@ -591,25 +545,23 @@ void SNStickyNoteManager::setDevice(const QString &device)
 
 void SNStickyNoteManager::addMergedNote(const std::shared_ptr<SNStickyNote> &note)
 {
-    {
-        std::lock_guard lock(m_listMutex);
-        if (indexOfNote(m_actualNotesArray, note->uuid()) >= 0)
-            return;
-        m_actualNotesArray.append(note);
-    }
-    queueChange({ note, false, QDateTime(), true });
-    scheduleSave();
+    addAbsentNote({ note, false, QDateTime(), true });
 }
 
 void SNStickyNoteManager::addNoteMadeByMerge(const std::shared_ptr<SNStickyNote> &note)
 {
+    addAbsentNote({ note, false, QDateTime(), false, true });
+}
+
+void SNStickyNoteManager::addAbsentNote(const Change &change)
+{
     {
         std::lock_guard lock(m_listMutex);
-        if (indexOfNote(m_actualNotesArray, note->uuid()) >= 0)
+        if (indexOfNote(m_actualNotesArray, change.note->uuid()) >= 0)
             return;
-        m_actualNotesArray.append(note);
+        m_actualNotesArray.append(change.note);
     }
-    queueChange({ note, false, QDateTime(), false, true });
+    queueChange(change);
     scheduleSave();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/QWBackgroundWorkers.h"
 #include "kit/QWNotificationCenter.h"
 #include "notes/SNBackupShelf.h"
 #include "notes/SNNoteVersion.h"
@@ -10,12 +11,9 @@
 #include <QString>
 #include <QUuid>
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <thread>
-#include <vector>
 
 class QFile;
 class QSaveFile;
@@ -189,8 +187,7 @@ private:
     bool replaceFile(const QString &path, const QByteArray &data, QString *error = nullptr);
     QByteArray archiveOfNotes() const;
     bool journalWantsCompaction() const;
-    void reapFinishedWorkers();
-    void runInBackground(std::function<void()> job);
+    void addAbsentNote(const Change &change);
 
     const QString m_baseDatabasePath;
 
@@ -218,11 +215,6 @@ private:
     std::unique_ptr<QWDebouncer> m_compactionDebouncer;
     QWNotificationCenter::Observation m_themeRenameObservation;
 
-    struct Worker
-    {
-        std::thread thread;
-        std::shared_ptr<std::atomic<bool>> finished;
-    };
-    std::mutex m_workersMutex;
-    std::vector<Worker> m_workers;
+    // Last: the saves still running finish before anything they use goes.
+    QWBackgroundWorkers m_workers;
 };

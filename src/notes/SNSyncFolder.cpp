@@ -1,5 +1,6 @@
 #include "notes/SNSyncFolder.h"
 
+#include "kit/QWFileReplacer.h"
 #include "notes/SNJournal.h"
 
 #include <QDir>
@@ -189,11 +190,8 @@ bool SNSyncFolder::rewriteOwnJournal(const Rewrite &rewrite, QString *error)
     QByteArray bytes = SNJournal::header;
     for (const QByteArray &record : records)
         bytes += SNJournal::frame(record);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        if (error)
-            *error = file.errorString();
+    if (!QWFileReplacer::replace(file, bytes, error))
         return false;
-    }
     if (!old.isEmpty())
         QFile::remove(old);
     return true;

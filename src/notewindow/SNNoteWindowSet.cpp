@@ -232,3 +232,27 @@ void SNNoteWindowSet::flushEveryNote(bool terminating)
         }
     }
 }
+
+void SNNoteWindowSet::notesDidMerge(const SNRecordMerger::Result &result)
+{
+    for (const std::shared_ptr<SNStickyNote> &note : result.removed) {
+        if (SNStickyNoteWindowController *controller = controllerForNote(note.get())) {
+            // The note has left the store already: closing only lets the window go.
+            controller->setIsTerminating(true);
+            if (controller->isWindowLoaded())
+                controller->window()->close();
+        }
+    }
+    for (const std::shared_ptr<SNStickyNote> &note : result.changed) {
+        SNStickyNoteWindowController *controller = controllerForNote(note.get());
+        if (controller && controller->isWindowLoaded())
+            controller->noteDidMerge();
+    }
+    for (const std::shared_ptr<SNStickyNote> &note : result.added) {
+        if (controllerForNote(note.get()))
+            continue;
+        // A note made on another computer opens where it was made there, kept on this screen.
+        SNStickyNoteWindowController *controller = makeController(note);
+        m_windowManager.addWindowWithControllerShouldShow(controller, true);
+    }
+}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "notes/SNRecordMerger.h"
+
 #include <QList>
 #include <QObject>
 #include <QPair>
@@ -60,6 +62,11 @@ public:
 
     // Copies every window's state into its note; terminating windows then only flush on close.
     void flushEveryNote(bool terminating);
+
+    // What a merge with other computers did: notes new here get windows (shown), the windows of
+    // notes deleted elsewhere close without a question, and the others show their new text and
+    // look.
+    void notesDidMerge(const SNRecordMerger::Result &result);
 
 private:
     SNStickyNoteWindowController *makeController(const std::shared_ptr<SNStickyNote> &note);

@@ -7,6 +7,7 @@
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "notewindow/SNMergedTextLoader.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNNoteExporter.h"
 #include "notewindow/SNNoteMenus.h"
@@ -304,9 +305,34 @@ void SNStickyNoteWindowController::flushNote()
 {
     if (!m_note || !m_ui)
         return;
-    m_note->setAttributedString(SNHashtagScanner::taggedString(storedString()));
-    m_note->setDateModified(QWClock::currentDateTime());
+    // The editor's form of an unedited text may differ from the stored one in its runs; such
+    // a difference is no edit, and must not reach other computers as one.
+    if (std::exchange(m_textChangedSinceFlush, false)) {
+        m_note->setAttributedString(SNHashtagScanner::taggedString(storedString()));
+        m_note->setDateModified(QWClock::currentDateTime());
+    }
     m_windowState->recordInNote();
+}
+
+void SNStickyNoteWindowController::noteDidMerge()
+{
+    if (!m_note || !m_ui)
+        return;
+    if (const std::optional<QWAttributedString> text = m_note->attributedString()) {
+        const std::shared_ptr<SNTheme> theme = m_note->theme();
+        if (SNMergedTextLoader::load(*m_ui->textView, *text, theme.get())) {
+            m_textWatcher->clearOldTags();
+            m_textWatcher->tokenizeTags();
+            m_textWatcher->updateTitle();
+            m_textWatcher->updateWordCount();
+        }
+    }
+    updateTheme();
+    m_currentTheme = m_note->theme();
+    m_menus->updateThemeMenu();
+    m_menus->checkPinItem(m_note->pinState());
+    m_windowState->restoreAlpha();
+    updateWindowLevel();
 }
 
 void SNStickyNoteWindowController::save()
@@ -318,6 +344,7 @@ void SNStickyNoteWindowController::save()
 void SNStickyNoteWindowController::textDidChange()
 {
     m_wasEdited = true;
+    m_textChangedSinceFlush = true;
     saveAfterDelay();
     m_textWatcher->tokenizeTagsAfterDelay();
     if (m_secretUnlocked)
@@ -540,6 +567,8 @@ void SNStickyNoteWindowController::didChangeTheme(QAction *sender)
         return;
     m_note->setThemeName(sender->data().toString());
     updateTheme();
+    // The theme's fonts went into the text: an edit of the text's form.
+    m_textChangedSinceFlush = true;
     m_currentTheme = m_note->theme();
     saveAfterDelay();
     m_menus->updateThemeMenu();

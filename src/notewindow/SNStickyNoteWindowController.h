@@ -102,8 +102,12 @@ public:
 
     // Saving.
     void saveAfterDelay();
+    // Copies the window's state into the note: the text only when it was edited since.
     void flushNote();
     void save();
+    // The note changed on another computer: the window shows its text and look, and the
+    // cursor of whoever types here stays where it was.
+    void noteDidMerge();
 
     // Set-up, run once as the window loads.
     void configureWindow();
@@ -178,6 +182,7 @@ private:
     // State flags.
     bool m_isTerminating = false;
     bool m_wasEdited = false;
+    bool m_textChangedSinceFlush = false;
     bool m_secretUnlocked = false;
     bool m_shouldCascadeWindows = true;
 

@@ -1,7 +1,9 @@
 #include "SNNoteWindowTestSupport.h"
 #include "kit/QWColor.h"
 #include "kit/widgets/QWWindowManager.h"
+#include "notewindow/SNMergedTextLoader.h"
 #include "notewindow/SNNoteWindowSet.h"
+#include "notewindow/SNTextView.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
@@ -20,6 +22,7 @@ private Q_SLOTS:
     void showAllNotesGivesEachNoteOneWindow();
     void noteMenuShowsOnlyTheNotesOfItsTag();
     void tagBrowsingPutsBackWhatItHid();
+    void mergeReachesTheWindowsWithoutDisturbingTheTyping();
 
 private:
     QList<bool> visibility() const;
@@ -142,6 +145,56 @@ void TestSNNoteWindowSet::tagBrowsingPutsBackWhatItHid()
     QCOMPARE(visibility(), (QList<bool> { true, true, false }));
     m_set->endTagBrowsing();
     QCOMPARE(visibility(), (QList<bool> { true, true, false }));
+}
+
+// What another computer changed reaches the windows: a new note opens, a deleted one closes
+// without asking, and the note being typed into shows the other text with the cursor on the
+// same characters, without the change counting as an edit of this computer.
+void TestSNNoteWindowSet::mergeReachesTheWindowsWithoutDisturbingTheTyping()
+{
+    m_set->showAllNotes(true);
+    const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
+    for (SNStickyNoteWindowController *controller : controllers)
+        controller->setModalPresenter(f.presenter);
+    const auto typedInto = controllers[0]->note();
+    const auto deleted = controllers[2]->note();
+    SNTextView *editor = controllers[0]->textView();
+    QTextCursor cursor = editor->textCursor();
+    cursor.setPosition(6); // "#work |report"
+    editor->setTextCursor(cursor);
+    m_store->save();
+    const SNNoteVersion before = typedInto->version();
+
+    const auto elsewhere = noteWithText(u"Today: #work report"_s);
+    typedInto->takeTextOf(*elsewhere);
+    m_store->removeMergedNote(deleted);
+    const auto arrived = noteWithText(u"made on the laptop"_s);
+    m_store->addMergedNote(arrived);
+    SNRecordMerger::Result result;
+    result.changed = { typedInto };
+    result.removed = { deleted };
+    result.added = { arrived };
+    m_set->notesDidMerge(result);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    QCOMPARE(editor->toPlainText(), u"Today: #work report"_s);
+    QCOMPARE(editor->textCursor().position(), 13);
+    QVERIFY(!m_set->controllerForNote(deleted.get()));
+    QVERIFY(m_set->controllerForNote(arrived.get())->window()->isVisible());
+    QVERIFY(f.presenter->alerts.isEmpty());
+    QVERIFY(!m_store->notesArray().contains(deleted));
+
+    // Saving the window takes nothing from it: the merged text was no edit here.
+    controllers[0]->save();
+    m_store->save();
+    QCOMPARE(typedInto->version().textEdits, before.textEdits);
+    QCOMPARE(typedInto->attributedString()->string(), u"Today: #work report"_s);
+
+    // Where a cursor goes when the text changes around it.
+    QCOMPARE(SNMergedTextLoader::mapPosition(u"abcdef"_s, u"abXcdef"_s, 1), 1);
+    QCOMPARE(SNMergedTextLoader::mapPosition(u"abcdef"_s, u"abXcdef"_s, 4), 5);
+    QCOMPARE(SNMergedTextLoader::mapPosition(u"abcdef"_s, u"af"_s, 3), 1);
+    QCOMPARE(SNMergedTextLoader::mapPosition(u"abcdef"_s, u""_s, 6), 0);
 }
 
 QTEST_MAIN(TestSNNoteWindowSet)
