@@ -214,6 +214,8 @@ void AppDelegate::connectParts()
     m_sync = std::make_unique<SNSyncController>(defaults(), noteManager(), m_services.presenter);
     // What is typed in the windows goes into the store before others' changes meet it.
     m_sync->setBeforeMerge([this] { noteWindows().flushEveryNote(false); });
+    connect(m_sync.get(), &SNSyncController::notesMerged, m_noteWindows.get(),
+        &SNNoteWindowSet::notesDidMerge);
 }
 
 // Launch and lifecycle
