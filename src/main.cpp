@@ -5,8 +5,10 @@
 #include "app/SNHistoryCommandRunner.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNPlatformSelection.h"
+#include "app/SNSyncCommandRunner.h"
 #include "notes/SNStickyNoteManager.h"
 #include "settings/SNApplicationInfo.h"
+#include "settings/SNUserDefaults.h"
 
 #include <QApplication>
 #include <QDir>
@@ -67,13 +69,15 @@ int printText(int argc, char *argv[])
     commandLine.showVersion();
 }
 
-// The history commands answer in a terminal and need no display either.
-bool asksForHistory(int argc, char *argv[])
+// The history and sync commands answer in a terminal and need no display either.
+bool asksForCommand(int argc, char *argv[])
 {
+    const QStringList options { SNHistoryCommand::listDeletedOption(),
+        SNHistoryCommand::restoreDeletedOption(), SNHistoryCommand::backUpNowOption(),
+        SNSyncCommand::setFolderOption(), SNSyncCommand::showStatusOption() };
     for (int i = 1; i < argc; ++i) {
         const QByteArray argument(argv[i]);
-        for (const QString &option : { SNHistoryCommand::listDeletedOption(),
-                 SNHistoryCommand::restoreDeletedOption(), SNHistoryCommand::backUpNowOption() }) {
+        for (const QString &option : options) {
             const QByteArray name = "--" + option.toLatin1();
             if (argument == name || argument.startsWith(name + '='))
                 return true;
@@ -84,23 +88,27 @@ bool asksForHistory(int argc, char *argv[])
 
 // Runs in the Vellumo that holds the notes, else on the store itself; nothing else may run
 // on the store meanwhile, as the name on the session bus is held until the end.
-int runHistoryCommand(int argc, char *argv[])
+int runCommand(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     setApplicationNames();
     SNCommandLine commandLine;
-    if (!commandLine.parse(QCoreApplication::arguments()) || !commandLine.historyCommand()) {
+    const bool understood = commandLine.parse(QCoreApplication::arguments());
+    const std::optional<SNHistoryCommand> history = commandLine.historyCommand();
+    const std::optional<SNSyncCommand> sync = commandLine.syncCommand(QDir::currentPath());
+    if (!understood || (!history && !sync)) {
         printError(commandLine.errorText());
         return 2;
     }
-    const SNHistoryCommand command = *commandLine.historyCommand();
     SNHistoryCommand::Result result;
     SNApplicationInstance instance;
     if (instance.claim() == SNApplicationInstance::Claim::Secondary) {
-        result = instance.forward(command);
+        result = history ? instance.forward(*history) : instance.forward(*sync);
     } else {
         SNStickyNoteManager store;
-        result = SNHistoryCommandRunner(store).run(command);
+        result = history
+            ? SNHistoryCommandRunner(store).run(*history)
+            : SNSyncCommandRunner(SNUserDefaults::standardUserDefaults(), store).run(*sync);
     }
     std::fputs(qUtf8Printable(result.output), stdout);
     if (result.succeeded())
@@ -127,8 +135,8 @@ int main(int argc, char *argv[])
 {
     if (asksOnlyForText(argc, argv))
         return printText(argc, argv);
-    if (asksForHistory(argc, argv))
-        return runHistoryCommand(argc, argv);
+    if (asksForCommand(argc, argv))
+        return runCommand(argc, argv);
     SNPlatformSelection::apply(argc, argv);
     QApplication application(argc, argv);
     setApplicationNames();
@@ -166,6 +174,9 @@ int main(int argc, char *argv[])
     });
     instance.setHistoryHandler([&delegate](const SNHistoryCommand &received) {
         return delegate.handleHistoryCommand(received);
+    });
+    instance.setSyncHandler([&delegate](const SNSyncCommand &received) {
+        return delegate.handleSyncCommand(received);
     });
 
     // A shutdown, a kill, a closed terminal and the end of the session all end the program the

@@ -12,6 +12,8 @@
 #include "app/SNNoteArrangement.h"
 #include "app/SNNotesMenuDelegate.h"
 #include "app/SNRecentlyDeletedMenuDelegate.h"
+#include "app/SNSyncCommandRunner.h"
+#include "app/SNSyncController.h"
 #include "kit/QWDebouncer.h"
 #include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/SNModalPresenter.h"
@@ -151,6 +153,11 @@ SNHistoryCommand::Result AppDelegate::handleHistoryCommand(const SNHistoryComman
     }).run(command);
 }
 
+SNSyncCommand::Result AppDelegate::handleSyncCommand(const SNSyncCommand &command)
+{
+    return SNSyncCommandRunner(defaults(), noteManager(), &m_sync->state()).run(command);
+}
+
 void AppDelegate::connectMenuItems()
 {
     connect(
@@ -203,6 +210,12 @@ void AppDelegate::connectParts()
     connect(requests, &SNLaunchRequestHandler::toggleTagsRequested, this,
         &AppDelegate::showTagManagerIfNeeded);
     connect(requests, &SNLaunchRequestHandler::quitRequested, this, [this] { quitApp(nullptr); });
+
+    m_sync = std::make_unique<SNSyncController>(defaults(), noteManager(), m_services.presenter);
+    // What is typed in the windows goes into the store before others' changes meet it.
+    m_sync->setBeforeMerge([this] { noteWindows().flushEveryNote(false); });
+    connect(m_sync.get(), &SNSyncController::notesMerged, m_noteWindows.get(),
+        &SNNoteWindowSet::notesDidMerge);
 }
 
 // Launch and lifecycle
@@ -256,6 +269,8 @@ void AppDelegate::applicationDidFinishLaunching()
     // Otherwise the notes come when the welcome window closes.
     if (m_welcome->canShowMainInterface())
         showAllNotes();
+    // Once the windows are there, so that what other computers wrote reaches them.
+    m_sync->start();
 
     m_appDidLaunch = true;
 }
@@ -445,6 +460,7 @@ void AppDelegate::makePreferencesControllerIfNeeded()
         return;
     m_preferencesWindowController = QWPreferencesWindowController::controller();
     m_preferencesWindowController->setModalPresenter(m_services.presenter);
+    m_preferencesWindowController->setSyncState(&m_sync->state());
     m_preferencesWindowController->setNoteStore(
         &noteManager(), [this](const QList<std::shared_ptr<SNStickyNote>> &notes) {
             for (const std::shared_ptr<SNStickyNote> &note : notes)

@@ -5,6 +5,7 @@
 #include "app/SNApplicationTermination.h"
 #include "app/SNHistoryCommand.h"
 #include "app/SNLaunchRequestHandler.h"
+#include "app/SNSyncCommand.h"
 #include "kit/QWNotificationCenter.h"
 
 #include <QObject>
@@ -31,6 +32,7 @@ class SNNoteWindowSet;
 class SNNotesMenuDelegate;
 class SNRecentlyDeletedMenuDelegate;
 class SNStickyNoteManager;
+class SNSyncController;
 class SNTagManagerWindowController;
 class SNUserDefaults;
 struct SNLaunchRequest;
@@ -93,6 +95,8 @@ public:
     }
     // A command of the command line about deleted notes and backups; a restored note shows.
     SNHistoryCommand::Result handleHistoryCommand(const SNHistoryCommand &command);
+    // A command of the command line about the sync folder; a folder set starts sharing at once.
+    SNSyncCommand::Result handleSyncCommand(const SNSyncCommand &command);
 
     // Commands.
     void newDocument(QObject *sender);
@@ -157,6 +161,7 @@ public:
     }
     SNDatabaseExporter &exporter() const { return *m_exporter; }
     SNLaunchRequestHandler &launchRequests() const { return *m_launchRequests; }
+    SNSyncController &sync() const { return *m_sync; }
 
 private:
     // The services handed in, else the shared instances. The note store loads its archive
@@ -203,4 +208,5 @@ private:
     std::unique_ptr<SNRecentlyDeletedMenuDelegate> m_recentlyDeletedMenuDelegate;
     std::unique_ptr<SNDatabaseExporter> m_exporter;
     std::unique_ptr<SNLaunchRequestHandler> m_launchRequests;
+    std::unique_ptr<SNSyncController> m_sync;
 };

@@ -21,6 +21,15 @@ QDBusMessage methodCall(
         SNApplicationInstance::objectPath(), interface, method);
 }
 
+// A command's answer: its output, or the error the program or the bus gave.
+SNHistoryCommand::Result commandResult(const QDBusMessage &call)
+{
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, callTimeout);
+    if (reply.type() == QDBusMessage::ErrorMessage)
+        return { QString(), reply.errorMessage() };
+    return { reply.arguments().value(0).toString(), QString() };
+}
+
 } // namespace
 
 QString SNApplicationInstance::objectPath()
@@ -32,7 +41,8 @@ QString SNApplicationInstance::objectPath()
 SNApplicationInstance::SNApplicationInstance(QObject *parent)
     : QObject(parent),
       m_service(new SNApplicationService(&m_exported)),
-      m_historyService(new SNHistoryService(&m_exported))
+      m_historyService(new SNHistoryService(&m_exported)),
+      m_syncService(new SNSyncService(&m_exported))
 { }
 
 SNApplicationInstance::~SNApplicationInstance() = default;
@@ -69,16 +79,27 @@ void SNApplicationInstance::setHistoryHandler(SNHistoryService::Handler handler)
     m_historyService->setHandler(std::move(handler));
 }
 
+void SNApplicationInstance::setSyncHandler(SNSyncService::Handler handler)
+{
+    m_syncService->setHandler(std::move(handler));
+}
+
 SNHistoryCommand::Result SNApplicationInstance::forward(const SNHistoryCommand &command) const
 {
     QDBusMessage call
         = methodCall(SNHistoryService::methodName(command.kind), SNHistoryService::interfaceName());
     if (command.kind == SNHistoryCommand::Kind::RestoreDeleted)
         call << command.id;
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, callTimeout);
-    if (reply.type() == QDBusMessage::ErrorMessage)
-        return { QString(), reply.errorMessage() };
-    return { reply.arguments().value(0).toString(), QString() };
+    return commandResult(call);
+}
+
+SNSyncCommand::Result SNApplicationInstance::forward(const SNSyncCommand &command) const
+{
+    QDBusMessage call
+        = methodCall(SNSyncService::methodName(command.kind), SNSyncService::interfaceName());
+    if (command.kind == SNSyncCommand::Kind::SetFolder)
+        call << command.folder;
+    return commandResult(call);
 }
 
 bool SNApplicationInstance::forward(const SNLaunchRequest &request, QString *errorText) const

@@ -2,6 +2,7 @@
 
 #include "app/SNApplicationService.h"
 #include "app/SNHistoryService.h"
+#include "app/SNSyncService.h"
 
 #include <QObject>
 #include <QString>
@@ -34,12 +35,15 @@ public:
     void setRequestHandler(SNApplicationService::Handler handler);
     // Who carries out the history commands that arrive.
     void setHistoryHandler(SNHistoryService::Handler handler);
+    // Who carries out the sync commands that arrive.
+    void setSyncHandler(SNSyncService::Handler handler);
 
     // Hands the request to the instance that holds the name. False, with a reason, when the
     // bus or the instance answered with an error.
     bool forward(const SNLaunchRequest &request, QString *errorText) const;
     // Runs the command in the instance that holds the name and gives back its answer.
     SNHistoryCommand::Result forward(const SNHistoryCommand &command) const;
+    SNSyncCommand::Result forward(const SNSyncCommand &command) const;
     // After a forwarded quit: waits until the running instance has saved and gone.
     bool waitUntilNameIsReleased(int timeoutMilliseconds) const;
 
@@ -47,4 +51,5 @@ private:
     QObject m_exported;
     SNApplicationService *m_service;
     SNHistoryService *m_historyService;
+    SNSyncService *m_syncService;
 };

@@ -42,7 +42,15 @@ SNCommandLine::SNCommandLine()
               "SNCommandLine", "Bring back the deleted note with this id, as it was."),
           QStringLiteral("ID")),
       m_backUpNowOption(SNHistoryCommand::backUpNowOption(),
-          QCoreApplication::translate("SNCommandLine", "Back up every note now."))
+          QCoreApplication::translate("SNCommandLine", "Back up every note now.")),
+      m_syncFolderOption(SNSyncCommand::setFolderOption(),
+          QCoreApplication::translate("SNCommandLine",
+              "Share the notes with other computers through this folder, which a sync tool "
+              "(Syncthing, Nextcloud) keeps in step; \"\" stops sharing."),
+          QStringLiteral("PATH")),
+      m_syncStatusOption(SNSyncCommand::showStatusOption(),
+          QCoreApplication::translate("SNCommandLine",
+              "Show the sync folder, the computers that share it and what the last merge did."))
 {
     m_parser.setApplicationDescription(
         QCoreApplication::translate("SNCommandLine", "Sticky notes for the Linux desktop."));
@@ -56,8 +64,8 @@ SNCommandLine::SNCommandLine()
         m_parser.addOption(option);
         m_actionOptions.append(option);
     }
-    for (const QCommandLineOption &option :
-        { m_listDeletedOption, m_restoreDeletedOption, m_backUpNowOption })
+    for (const QCommandLineOption &option : { m_listDeletedOption, m_restoreDeletedOption,
+             m_backUpNowOption, m_syncFolderOption, m_syncStatusOption })
         m_parser.addOption(option);
 }
 
@@ -69,37 +77,55 @@ bool SNCommandLine::isHelpRequested() const
 bool SNCommandLine::parse(const QStringList &arguments)
 {
     m_historyCommand.reset();
+    m_syncCommand.reset();
     if (!m_parser.parse(arguments)) {
         m_errorText = m_parser.errorText();
         return false;
     }
-    QList<SNHistoryCommand> commands;
+    QList<SNHistoryCommand> history;
     if (m_parser.isSet(m_listDeletedOption))
-        commands.append({ SNHistoryCommand::Kind::ListDeleted, QString() });
-    // Given twice, the option would quietly drop one of the ids.
+        history.append({ SNHistoryCommand::Kind::ListDeleted, QString() });
+    // Given twice, an option with a value would quietly drop one of them.
     for (const QString &id : m_parser.values(m_restoreDeletedOption))
-        commands.append({ SNHistoryCommand::Kind::RestoreDeleted, id });
+        history.append({ SNHistoryCommand::Kind::RestoreDeleted, id });
     if (m_parser.isSet(m_backUpNowOption))
-        commands.append({ SNHistoryCommand::Kind::BackUpNow, QString() });
-    if (commands.isEmpty())
+        history.append({ SNHistoryCommand::Kind::BackUpNow, QString() });
+    QList<SNSyncCommand> sync;
+    for (const QString &folder : m_parser.values(m_syncFolderOption))
+        sync.append({ SNSyncCommand::Kind::SetFolder, folder });
+    if (m_parser.isSet(m_syncStatusOption))
+        sync.append({ SNSyncCommand::Kind::ShowStatus, QString() });
+    if (history.isEmpty() && sync.isEmpty())
         return true;
     const bool hasOthers = !m_parser.positionalArguments().isEmpty()
         || std::any_of(m_actionOptions.cbegin(), m_actionOptions.cend(),
             [this](const QCommandLineOption &option) { return m_parser.isSet(option); });
-    if (commands.size() > 1 || hasOthers) {
-        m_errorText = QCoreApplication::translate(
-            "SNCommandLine", "--list-deleted, --restore-deleted and --backup-now each go alone.");
+    if (history.size() + sync.size() > 1 || hasOthers) {
+        m_errorText = QCoreApplication::translate("SNCommandLine",
+            "--list-deleted, --restore-deleted, --backup-now, --sync-folder and --sync-status "
+            "each go alone.");
         return false;
     }
-    m_historyCommand = commands.constFirst();
+    if (!history.isEmpty())
+        m_historyCommand = history.constFirst();
+    else
+        m_syncCommand = sync.constFirst();
     return true;
+}
+
+std::optional<SNSyncCommand> SNCommandLine::syncCommand(const QString &workingDirectory) const
+{
+    std::optional<SNSyncCommand> command = m_syncCommand;
+    if (command && !command->folder.isEmpty())
+        command->folder = QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(command->folder));
+    return command;
 }
 
 SNLaunchRequest SNCommandLine::request(
     const QString &workingDirectory, const std::function<QString()> &readStandardInput) const
 {
     SNLaunchRequest request;
-    if (m_historyCommand)
+    if (m_historyCommand || m_syncCommand)
         return request;
     bool readsStandardInput = false;
     const QDir directory(workingDirectory);

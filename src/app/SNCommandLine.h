@@ -2,6 +2,7 @@
 
 #include "app/SNHistoryCommand.h"
 #include "app/SNLaunchRequest.h"
+#include "app/SNSyncCommand.h"
 
 #include <QCommandLineParser>
 #include <QString>
@@ -15,9 +16,10 @@
 //   vellumo [FILE | vellumo://lal | -]... [--new-note] [--show-all-notes] [--toggle-tags]
 //           [--note-from-selection] [--quit] [--help] [--version]
 //   vellumo --list-deleted | --restore-deleted ID | --backup-now
+//   vellumo --sync-folder PATH | --sync-status
 //
-// "-" makes a note of what standard input holds. The history commands stand alone: each
-// answers on standard output, so none mixes with the others or with files and actions.
+// "-" makes a note of what standard input holds. The history and sync commands stand alone:
+// each answers on standard output, so none mixes with the others or with files and actions.
 class SNCommandLine final
 {
     Q_DISABLE_COPY_MOVE(SNCommandLine)
@@ -40,6 +42,9 @@ public:
         const QString &workingDirectory, const std::function<QString()> &readStandardInput) const;
     // The history command asked for, if any; then request() is empty.
     std::optional<SNHistoryCommand> historyCommand() const { return m_historyCommand; }
+    // The sync command asked for, if any, its folder made absolute against `workingDirectory`
+    // (an empty folder stays empty: it stops syncing); then request() is empty too.
+    std::optional<SNSyncCommand> syncCommand(const QString &workingDirectory) const;
 
 private:
     QCommandLineParser m_parser;
@@ -49,6 +54,9 @@ private:
     QCommandLineOption m_listDeletedOption;
     QCommandLineOption m_restoreDeletedOption;
     QCommandLineOption m_backUpNowOption;
+    QCommandLineOption m_syncFolderOption;
+    QCommandLineOption m_syncStatusOption;
     std::optional<SNHistoryCommand> m_historyCommand;
+    std::optional<SNSyncCommand> m_syncCommand;
     QString m_errorText;
 };

@@ -38,10 +38,17 @@ QString SNHistoryService::BackUpNow(const QDBusMessage &message)
 
 QString SNHistoryService::handle(const SNHistoryCommand &command, const QDBusMessage &message)
 {
-    const SNHistoryCommand::Result result = m_handler
-        ? m_handler(command)
-        : SNHistoryCommand::Result { QString(),
-              tr("Vellumo is still starting; please try again in a moment.") };
+    return answer(m_handler ? m_handler(command) : notReady(), message);
+}
+
+SNHistoryCommand::Result SNHistoryService::notReady()
+{
+    return { QString(), tr("Vellumo is still starting; please try again in a moment.") };
+}
+
+QString SNHistoryService::answer(
+    const SNHistoryCommand::Result &result, const QDBusMessage &message)
+{
     if (result.succeeded())
         return result.output;
     message.setDelayedReply(true);

@@ -30,6 +30,11 @@ public:
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
 
+    // The output for the caller, or nothing with the error sent back in its place.
+    static QString answer(const SNHistoryCommand::Result &result, const QDBusMessage &message);
+    // What a command that arrives before its handler is set answers.
+    static SNHistoryCommand::Result notReady();
+
 public Q_SLOTS:
     QString ListDeleted(const QDBusMessage &message);
     QString RestoreDeleted(const QString &id, const QDBusMessage &message);

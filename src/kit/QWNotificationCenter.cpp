@@ -55,7 +55,7 @@ QWNotificationCenter::QWNotificationCenter() = default;
 QWNotificationCenter::~QWNotificationCenter()
 {
     QMutexLocker locker(&m_mutex);
-    for (const std::shared_ptr<Subscription> &subscription : m_subscriptions)
+    for (const auto &[id, subscription] : m_subscriptions)
         QObject::disconnect(subscription->contextConnection);
 }
 
@@ -75,10 +75,8 @@ void QWNotificationCenter::addObserverForNameObjectHandler(
     QMetaObject::Connection connection = QObject::connect(
         context, &QObject::destroyed, this, [this, id] { unsubscribe(id); }, Qt::DirectConnection);
     QMutexLocker locker(&m_mutex);
-    for (const std::shared_ptr<Subscription> &subscription : m_subscriptions) {
-        if (subscription->id == id)
-            subscription->contextConnection = connection;
-    }
+    if (const auto found = m_subscriptions.find(id); found != m_subscriptions.end())
+        found->second->contextConnection = connection;
 }
 
 QWNotificationCenter::Observation QWNotificationCenter::observeNameObjectHandler(
@@ -99,7 +97,7 @@ quint64 QWNotificationCenter::subscribe(
     subscription->handler = std::move(handler);
     QMutexLocker locker(&m_mutex);
     subscription->id = m_nextId++;
-    m_subscriptions.push_back(subscription);
+    m_subscriptions.emplace(subscription->id, subscription);
     return subscription->id;
 }
 
@@ -108,11 +106,10 @@ void QWNotificationCenter::unsubscribe(quint64 id)
     std::shared_ptr<Subscription> removed;
     {
         QMutexLocker locker(&m_mutex);
-        auto found = std::find_if(m_subscriptions.begin(), m_subscriptions.end(),
-            [id](const auto &subscription) { return subscription->id == id; });
+        const auto found = m_subscriptions.find(id);
         if (found == m_subscriptions.end())
             return;
-        removed = *found;
+        removed = found->second;
         m_subscriptions.erase(found);
         removed->active = false;
     }
@@ -122,8 +119,7 @@ void QWNotificationCenter::unsubscribe(quint64 id)
 bool QWNotificationCenter::isSubscribed(quint64 id) const
 {
     QMutexLocker locker(&m_mutex);
-    return std::any_of(m_subscriptions.begin(), m_subscriptions.end(),
-        [id](const auto &subscription) { return subscription->id == id; });
+    return m_subscriptions.count(id) > 0;
 }
 
 void QWNotificationCenter::removeObserver(const QObject *context, const QString &name)
@@ -133,7 +129,7 @@ void QWNotificationCenter::removeObserver(const QObject *context, const QString 
     std::vector<quint64> ids;
     {
         QMutexLocker locker(&m_mutex);
-        for (const std::shared_ptr<Subscription> &subscription : m_subscriptions) {
+        for (const auto &[id, subscription] : m_subscriptions) {
             if (subscription->context == context && (name.isEmpty() || subscription->name == name))
                 ids.push_back(subscription->id);
         }
@@ -154,7 +150,7 @@ void QWNotificationCenter::postNotification(const QWNotification &notification)
     std::vector<std::shared_ptr<Subscription>> receivers;
     {
         QMutexLocker locker(&m_mutex);
-        for (const std::shared_ptr<Subscription> &subscription : m_subscriptions) {
+        for (const auto &[id, subscription] : m_subscriptions) {
             const bool nameMatches
                 = subscription->name.isEmpty() || subscription->name == notification.name;
             const bool objectMatches

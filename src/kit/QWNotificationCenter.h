@@ -6,6 +6,7 @@
 #include <QVariantMap>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -79,6 +80,8 @@ private:
     bool isSubscribed(quint64 id) const;
 
     mutable QMutex m_mutex;
-    std::vector<std::shared_ptr<Subscription>> m_subscriptions;
+    // By id, which is the order of subscription: every note subscribes, so a store of many
+    // notes must find one quickly.
+    std::map<quint64, std::shared_ptr<Subscription>> m_subscriptions;
     quint64 m_nextId = 1;
 };

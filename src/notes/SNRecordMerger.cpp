@@ -30,7 +30,33 @@ SNRecordMerger::Result SNRecordMerger::merge(
             record.note->didDelete();
     }
     m_notes.clear();
+    for (const std::shared_ptr<SNStickyNote> &note : std::as_const(m_touched)) {
+        switch (m_outcomes.value(note.get())) {
+        case Outcome::Added:
+            m_result.added.append(note);
+            break;
+        case Outcome::Changed:
+            m_result.changed.append(note);
+            break;
+        case Outcome::Removed:
+            m_result.removed.append(note);
+            break;
+        }
+    }
+    m_touched.clear();
+    m_outcomes.clear();
     return std::exchange(m_result, Result());
+}
+
+void SNRecordMerger::tell(const std::shared_ptr<SNStickyNote> &note, Outcome outcome)
+{
+    const auto known = m_outcomes.constFind(note.get());
+    if (known == m_outcomes.cend())
+        m_touched.append(note);
+    // A note added by this merge stays new to the windows whatever changes it next.
+    else if (outcome == Outcome::Changed && *known == Outcome::Added)
+        return;
+    m_outcomes.insert(note.get(), outcome);
 }
 
 void SNRecordMerger::rememberDeletions(const QList<SNJournalRecord> &records)
@@ -87,9 +113,7 @@ void SNRecordMerger::mergeDeletion(const SNJournalRecord &record)
     mergeInto(note, *record.note);
     m_store.removeMergedNote(note);
     m_notes.remove(record.uuid);
-    m_result.added.removeAll(note);
-    m_result.changed.removeAll(note);
-    m_result.removed.append(note);
+    tell(note, Outcome::Removed);
 }
 
 void SNRecordMerger::mergeNote(const SNJournalRecord &record)
@@ -104,8 +128,7 @@ void SNRecordMerger::mergeNote(const SNJournalRecord &record)
     }
     if (mergeInto(note, *record.note)) {
         m_store.mergedNoteDidChange(note);
-        if (!m_result.added.contains(note) && !m_result.changed.contains(note))
-            m_result.changed.append(note);
+        tell(note, Outcome::Changed);
     }
 }
 
@@ -132,8 +155,7 @@ void SNRecordMerger::mergeAbsentNote(const std::shared_ptr<SNStickyNote> &incomi
     else
         m_store.addMergedNote(note);
     m_notes.insert(note->uuid(), note);
-    m_result.removed.removeAll(note);
-    m_result.added.append(note);
+    tell(note, Outcome::Added);
 }
 
 bool SNRecordMerger::mergeInto(
@@ -160,7 +182,7 @@ bool SNRecordMerger::mergeInto(
             && !m_deletions.contains(conflict->uuid())) {
             m_store.addNoteMadeByMerge(conflict);
             m_notes.insert(conflict->uuid(), conflict);
-            m_result.added.append(conflict);
+            tell(conflict, Outcome::Added);
         } else {
             conflict->didDelete();
         }

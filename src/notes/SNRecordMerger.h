@@ -45,6 +45,9 @@ public:
     Result merge(const QList<SNJournalRecord> &records, const DeletionQuestion &ask = {});
 
 private:
+    enum class Outcome { Added, Changed, Removed };
+    // What the windows are told of the note, in the order notes were first touched.
+    void tell(const std::shared_ptr<SNStickyNote> &note, Outcome outcome);
     void rememberDeletions(const QList<SNJournalRecord> &records);
     QSet<QUuid> keptFromDeletion(const QList<SNJournalRecord> &records,
         const QHash<QUuid, std::shared_ptr<SNStickyNote>> &notes, const DeletionQuestion &ask);
@@ -61,5 +64,7 @@ private:
     // Within one merge:
     QHash<QUuid, std::shared_ptr<SNStickyNote>> m_notes;
     QSet<QUuid> m_kept;
+    QList<std::shared_ptr<SNStickyNote>> m_touched;
+    QHash<const SNStickyNote *, Outcome> m_outcomes;
     Result m_result;
 };

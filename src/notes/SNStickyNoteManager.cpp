@@ -20,6 +20,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QSet>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -188,19 +189,15 @@ void SNStickyNoteManager::queueChange(const Change &change)
 {
     std::lock_guard lock(m_listMutex);
     // A note already waiting to be saved is saved as it is then: one record is enough.
-    if (!change.isDeletion) {
-        for (auto waiting = m_changes.rbegin(); waiting != m_changes.rend(); ++waiting) {
-            if (waiting->note == change.note) {
-                if (!waiting->isDeletion) {
-                    // A change of this computer's own is stamped, even if a merge came first.
-                    waiting->isMerged = waiting->isMerged && change.isMerged;
-                    waiting->isMadeByMerge = waiting->isMadeByMerge && change.isMadeByMerge;
-                    return;
-                }
-                break;
-            }
-        }
+    if (const auto last = m_lastChangeOf.constFind(change.note.get());
+        !change.isDeletion && last != m_lastChangeOf.cend() && !m_changes.at(*last).isDeletion) {
+        Change &waiting = m_changes[*last];
+        // A change of this computer's own is stamped, even if a merge came first.
+        waiting.isMerged = waiting.isMerged && change.isMerged;
+        waiting.isMadeByMerge = waiting.isMadeByMerge && change.isMadeByMerge;
+        return;
     }
+    m_lastChangeOf.insert(change.note.get(), m_changes.size());
     m_changes.append(change);
 }
 
@@ -242,6 +239,7 @@ void SNStickyNoteManager::loadDatabase()
     std::lock_guard lock(m_listMutex);
     m_actualNotesArray = loaded.notes;
     m_changes.clear();
+    m_lastChangeOf.clear();
     m_recentlyDeleted = loaded.recentlyDeleted;
 }
 
@@ -272,6 +270,7 @@ QList<SNStickyNoteManager::Change> SNStickyNoteManager::takeChanges()
     std::lock_guard lock(m_listMutex);
     QList<Change> changes;
     changes.swap(m_changes);
+    m_lastChangeOf.clear();
     return changes;
 }
 
@@ -279,22 +278,27 @@ void SNStickyNoteManager::putBackChanges(const QList<Change> &changes)
 {
     std::lock_guard lock(m_listMutex);
     m_changes = changes + m_changes;
+    m_lastChangeOf.clear();
+    for (qsizetype index = 0; index < m_changes.size(); ++index)
+        m_lastChangeOf.insert(m_changes.at(index).note.get(), index);
 }
 
 QList<QByteArray> SNStickyNoteManager::recordsOfChanges(
     const QList<Change> &changes, QList<QByteArray> *ownRecords)
 {
-    const QList<std::shared_ptr<SNStickyNote>> notes = notesArray();
-    QList<const SNStickyNote *> stamped;
+    QSet<const SNStickyNote *> notes;
+    for (const std::shared_ptr<SNStickyNote> &note : notesArray())
+        notes.insert(note.get());
+    QSet<const SNStickyNote *> stamped;
     QList<QByteArray> records;
     for (const Change &change : changes) {
         // A note deleted since it changed is saved by its deletion alone.
-        if (!change.isDeletion && !notes.contains(change.note))
+        if (!change.isDeletion && !notes.contains(change.note.get()))
             continue;
         const bool keepsVersion = change.isMerged || change.isMadeByMerge;
         if (!keepsVersion && !stamped.contains(change.note.get())) {
             change.note->stampChange(*m_clock);
-            stamped.append(change.note.get());
+            stamped.insert(change.note.get());
         }
         const SNJournalRecord record = change.isDeletion
             ? SNJournalRecord::deleting(change.note, change.date)

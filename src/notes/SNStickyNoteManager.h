@@ -7,6 +7,7 @@
 #include "notes/SNRecentlyDeleted.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QUuid>
@@ -194,6 +195,7 @@ private:
     mutable std::mutex m_listMutex;
     QList<std::shared_ptr<SNStickyNote>> m_actualNotesArray;
     QList<Change> m_changes; // in the order they were told, not yet written
+    QHash<const SNStickyNote *, qsizetype> m_lastChangeOf; // each note's last place in m_changes
     SNRecentlyDeleted m_recentlyDeleted;
 
     // Every write of the journal and the archive happens under this lock, in the order the

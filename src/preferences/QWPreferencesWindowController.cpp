@@ -6,6 +6,8 @@
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWAboutViewController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
+#include "preferences/SNSyncState.h"
+#include "preferences/SyncPreferencesViewController.h"
 #include "settings/SNApplicationInfo.h"
 #include "settings/SNUserDefaults.h"
 #include "ui_QWPreferencesWindowController.h"
@@ -116,12 +118,19 @@ void QWPreferencesWindowController::setModalPresenter(
         themes->setModalPresenter(m_presenter);
     if (BackupsPreferencesViewController *backups = backupsViewController())
         backups->setModalPresenter(m_presenter);
+    if (SyncPreferencesViewController *sync = syncViewController())
+        sync->setModalPresenter(m_presenter);
 }
 
 void QWPreferencesWindowController::setNoteStore(SNStickyNoteManager *store, NotesOpener opener)
 {
     m_noteStore = store;
     m_notesOpener = std::move(opener);
+}
+
+void QWPreferencesWindowController::setSyncState(SNSyncState *state)
+{
+    m_syncState = state;
 }
 
 std::unique_ptr<QWidget> QWPreferencesWindowController::loadWindow()
@@ -154,13 +163,17 @@ void QWPreferencesWindowController::qw_viewDidLoad()
     auto general = std::make_unique<GeneralPreferencesViewController>();
     auto themes = std::make_unique<SDApperancePreferencesViewController>();
     themes->setModalPresenter(m_presenter);
-    auto backups = std::make_unique<BackupsPreferencesViewController>(
-        m_noteStore ? *m_noteStore : SNStickyNoteManager::sharedManager(), m_notesOpener);
+    SNStickyNoteManager &store = m_noteStore ? *m_noteStore : SNStickyNoteManager::sharedManager();
+    auto backups = std::make_unique<BackupsPreferencesViewController>(store, m_notesOpener);
     backups->setModalPresenter(m_presenter);
+    auto sync = std::make_unique<SyncPreferencesViewController>(
+        SNUserDefaults::standardUserDefaults(), store, m_syncState);
+    sync->setModalPresenter(m_presenter);
     auto about = std::make_unique<QWAboutViewController>();
     m_modules.push_back(std::move(general));
     m_modules.push_back(std::move(themes));
     m_modules.push_back(std::move(backups));
+    m_modules.push_back(std::move(sync));
     m_modules.push_back(std::move(about));
     for (const std::unique_ptr<QWModuleViewController> &module : m_modules) {
         connect(module.get(), &QWViewController::resizeRequested, this,
@@ -248,6 +261,11 @@ QWPreferencesWindowController::appearanceViewController() const
 BackupsPreferencesViewController *QWPreferencesWindowController::backupsViewController() const
 {
     return qobject_cast<BackupsPreferencesViewController *>(moduleAtRow(backupsModuleRow));
+}
+
+SyncPreferencesViewController *QWPreferencesWindowController::syncViewController() const
+{
+    return qobject_cast<SyncPreferencesViewController *>(moduleAtRow(syncModuleRow));
 }
 
 QWAboutViewController *QWPreferencesWindowController::aboutViewController() const

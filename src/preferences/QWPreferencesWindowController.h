@@ -22,6 +22,8 @@ class SDApperancePreferencesViewController;
 class SNModalPresenter;
 class SNStickyNote;
 class SNStickyNoteManager;
+class SNSyncState;
+class SyncPreferencesViewController;
 
 namespace Ui {
 class QWPreferencesWindowController;
@@ -40,7 +42,8 @@ public:
     static constexpr int generalModuleRow = 0;
     static constexpr int themesModuleRow = 1;
     static constexpr int backupsModuleRow = 2;
-    static constexpr int aboutModuleRow = 3;
+    static constexpr int syncModuleRow = 3;
+    static constexpr int aboutModuleRow = 4;
 
     // Shows the notes a backup brought back.
     using NotesOpener = std::function<void(const QList<std::shared_ptr<SNStickyNote>> &notes)>;
@@ -63,6 +66,9 @@ public:
     // The store whose backups the Backups page lists, else the shared one; set before the
     // window loads.
     void setNoteStore(SNStickyNoteManager *store, NotesOpener opener);
+    // How the sharing through a sync folder goes, for the Sync page; set before the window
+    // loads.
+    void setSyncState(SNSyncState *state);
 
     // The first time, the window comes up in the middle of the screen the pointer is on.
     void showWindow() override;
@@ -104,6 +110,7 @@ public:
     SDApperancePreferencesViewController *appearanceViewController() const;
     QWAboutViewController *aboutViewController() const;
     BackupsPreferencesViewController *backupsViewController() const;
+    SyncPreferencesViewController *syncViewController() const;
 
 protected:
     std::unique_ptr<QWidget> loadWindow() override;
@@ -122,6 +129,7 @@ private:
     std::shared_ptr<SNModalPresenter> m_presenter;
     SNStickyNoteManager *m_noteStore = nullptr;
     NotesOpener m_notesOpener;
+    QPointer<SNSyncState> m_syncState;
     std::vector<std::unique_ptr<QWModuleViewController>> m_modules;
     QPointer<QWModuleViewController> m_currentModule;
     QPointer<QWidget> m_currentView;

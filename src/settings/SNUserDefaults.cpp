@@ -4,6 +4,7 @@
 #include "settings/SNApplicationInfo.h"
 
 #include <QSettings>
+#include <QSysInfo>
 #include <QUuid>
 
 SNUserDefaults::SNUserDefaults(ConstructionKey key) : GVUserDefaults(key) { }
@@ -31,6 +32,8 @@ QList<GVUserDefaults::Property> SNUserDefaults::declaredProperties() const
         { defaultWindowAlphaKey(), Type::Double },
         { checkSpellingKey(), Type::Bool },
         { autoCorrectSpellingKey(), Type::Bool },
+        { syncFolderKey(), Type::String },
+        { deviceNameKey(), Type::String },
     };
 }
 
@@ -173,12 +176,39 @@ void SNUserDefaults::setSuppressThemeDeletionAlert(bool suppress)
 
 QString SNUserDefaults::deviceIdentifier()
 {
-    QString identifier = stringForKey(deviceIdentifierKey());
-    if (QUuid::fromString(identifier).isNull()) {
-        identifier = QUuid::createUuid().toString(QUuid::WithoutBraces);
-        setStringForKey(identifier, deviceIdentifierKey());
-    }
+    const QString identifier = stringForKey(deviceIdentifierKey());
+    return QUuid::fromString(identifier).isNull() ? makeNewDeviceIdentifier() : identifier;
+}
+
+QString SNUserDefaults::makeNewDeviceIdentifier()
+{
+    const QString identifier = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    setStringForKey(identifier, deviceIdentifierKey());
+    userDefaults().sync();
     return identifier;
+}
+
+QString SNUserDefaults::syncFolder() const
+{
+    return stringForKey(syncFolderKey());
+}
+
+void SNUserDefaults::setSyncFolder(const QString &folder)
+{
+    setStringForKey(folder, syncFolderKey());
+    // Another start of the program reads it at once when none runs.
+    userDefaults().sync();
+}
+
+QString SNUserDefaults::deviceName() const
+{
+    const QString name = stringForKey(deviceNameKey()).trimmed();
+    return name.isEmpty() ? QSysInfo::machineHostName() : name;
+}
+
+void SNUserDefaults::setDeviceName(const QString &name)
+{
+    setStringForKey(name.trimmed(), deviceNameKey());
 }
 
 double SNUserDefaults::defaultWindowAlpha() const

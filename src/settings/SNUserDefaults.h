@@ -33,6 +33,8 @@ public:
     static QString defaultWindowAlphaKey() { return QStringLiteral("defaultWindowAlpha"); }
     static QString checkSpellingKey() { return QStringLiteral("checkSpelling"); }
     static QString autoCorrectSpellingKey() { return QStringLiteral("autoCorrectSpelling"); }
+    static QString syncFolderKey() { return QStringLiteral("syncFolder"); }
+    static QString deviceNameKey() { return QStringLiteral("deviceName"); }
     // Where the two key combinations are persisted.
     static QString hotKeyCodeKey() { return QStringLiteral("hotKeyCode"); }
     static QString hotKeyModifierKey() { return QStringLiteral("hotKeyModifier"); }
@@ -72,10 +74,21 @@ public:
     void setCheckSpelling(bool check);
     bool autoCorrectSpelling() const;
     void setAutoCorrectSpelling(bool correct);
+    // The folder that a sync tool keeps in step between computers; empty keeps the notes on
+    // this computer alone.
+    QString syncFolder() const;
+    void setSyncFolder(const QString &folder);
+    // What the other computers call this one: the host name until a name is given. Setting
+    // it to the empty string goes back to the host name.
+    QString deviceName() const;
+    void setDeviceName(const QString &name);
 
     // This computer's id in the notes' versions: made on first use and kept in these local
     // settings, never with the notes, so that a copied notes folder does not copy it.
     QString deviceIdentifier();
+    // A new id in place of the old, for a computer whose id turned out to be another's (a home
+    // folder copied from one computer to the next copies its settings).
+    QString makeNewDeviceIdentifier();
 
     // "SuppressQuitAlert", read and written straight in the standard store; the setter flushes.
     static bool suppressQuitAlert();

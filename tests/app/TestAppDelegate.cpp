@@ -8,9 +8,11 @@
 #include "app/SNGlobalHotKeys.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
+#include "notes/SNSyncFolder.h"
 #include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
+#include "preferences/SyncPreferencesViewController.h"
 #include "secret/QWSuperSecret.h"
 #include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
@@ -189,6 +191,34 @@ private Q_SLOTS:
             QWSuperSecret::superSecretNotification);
         for (SNStickyNoteWindowController *controller : notes())
             QVERIFY(controller->secretUnlocked());
+    }
+
+    void notesFromOtherComputersOpenOnceAFolderIsChosen()
+    {
+        launch();
+        QTemporaryDir sync;
+        QTemporaryDir laptopHome;
+        SNStickyNoteManager laptop(laptopHome.path(), QStringLiteral("laptop"));
+        auto note = SNStickyNote::note();
+        note->setAttributedString(QWAttributedString(QStringLiteral("Written on the laptop")));
+        laptop.addNote(note);
+        QVERIFY(laptop.save());
+        const QList<QByteArray> records = laptop.recordsOfEveryNote();
+        QVERIFY(SNSyncFolder(sync.path(), QStringLiteral("laptop"))
+                    .rewriteOwnJournal([&records](const auto &) { return records; }));
+
+        m_defaults->setSyncFolder(sync.path());
+        const QList<SNStickyNoteWindowController *> all = notes();
+        QVERIFY(std::any_of(all.cbegin(), all.cend(), [&note](SNStickyNoteWindowController *shown) {
+            return shown->note()->uuid() == note->uuid() && shown->window()->isVisible();
+        }));
+        m_delegate->openPreferences(nullptr);
+        m_delegate->preferencesWindowController()->selectModuleAtRow(
+            QWPreferencesWindowController::syncModuleRow);
+        QVERIFY(m_delegate->preferencesWindowController()
+                    ->syncViewController()
+                    ->statusText()
+                    .startsWith(QStringLiteral("The notes are shared")));
     }
 
     void everyTrayCommandIsInEachNotesVellumoMenu()

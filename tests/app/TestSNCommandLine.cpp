@@ -122,6 +122,46 @@ private Q_SLOTS:
         // Nothing else runs: no notes are brought forward.
         QVERIFY(commandLine.request(QStringLiteral("/"), {}).isEmpty());
     }
+
+    void syncCommandsStandAlone_data()
+    {
+        using Kind = SNSyncCommand::Kind;
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<std::optional<SNSyncCommand>>("command"); // nothing: refused
+        const std::optional<SNSyncCommand> refused;
+        QTest::newRow("folder, relative to the working folder")
+            << items("--sync-folder|Sync/../Notes")
+            << std::optional(SNSyncCommand { Kind::SetFolder, QStringLiteral("/home/anna/Notes") });
+        QTest::newRow("folder joined, absolute")
+            << items("--sync-folder=/media/usb/Shared notes/")
+            << std::optional(
+                   SNSyncCommand { Kind::SetFolder, QStringLiteral("/media/usb/Shared notes") });
+        QTest::newRow("empty folder stops syncing")
+            << QStringList { QStringLiteral("--sync-folder"), QString() }
+            << std::optional(SNSyncCommand { Kind::SetFolder, QString() });
+        QTest::newRow("status") << items("--sync-status")
+                                << std::optional(SNSyncCommand { Kind::ShowStatus, {} });
+        QTest::newRow("folder without a path") << items("--sync-folder") << refused;
+        QTest::newRow("two folders") << items("--sync-folder|a|--sync-folder|b") << refused;
+        QTest::newRow("with a history command") << items("--sync-status|--list-deleted") << refused;
+        QTest::newRow("with an action") << items("--sync-folder|a|--new-note") << refused;
+    }
+
+    void syncCommandsStandAlone()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(std::optional<SNSyncCommand>, command);
+        SNCommandLine commandLine;
+        QCOMPARE(commandLine.parse(QStringList { QStringLiteral("vellumo") } + arguments),
+            command.has_value());
+        QCOMPARE(commandLine.syncCommand(QStringLiteral("/home/anna")), command);
+        if (!command) {
+            QVERIFY(!commandLine.errorText().isEmpty());
+            return;
+        }
+        QVERIFY(!commandLine.historyCommand());
+        QVERIFY(commandLine.request(QStringLiteral("/"), {}).isEmpty());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestSNCommandLine)
