@@ -7,6 +7,8 @@
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
+#include <QScopeGuard>
+
 #include <mutex>
 
 using namespace Qt::StringLiterals;
@@ -213,6 +215,7 @@ void TestSNNoteWindowSet::flushingEveryNoteSavesOnlyTheTypedOne()
         std::lock_guard lock(recordsMutex);
         records += saved.size();
     });
+    const auto forget = qScopeGuard([this] { m_store->setOwnRecordsHandler({}); });
 
     m_set->flushEveryNote(false);
     m_store->save();
@@ -222,7 +225,6 @@ void TestSNNoteWindowSet::flushingEveryNoteSavesOnlyTheTypedOne()
     m_set->flushEveryNote(false);
     m_store->save();
     QCOMPARE(records, 1);
-    m_store->setOwnRecordsHandler({});
 }
 
 QTEST_MAIN(TestSNNoteWindowSet)
