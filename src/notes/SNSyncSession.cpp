@@ -99,7 +99,6 @@ SNSyncSession::Start SNSyncSession::start(
         [this] { m_changeDebouncer->restart(); });
     m_rescanTimer = QWTimer::timerWithIntervalRepeatsDidFinishBlock(
         rescanSeconds, true, [this](QWTimer &) { mergeNow(); });
-    m_rescanTimer->run();
     mergeNow();
     return Start::Started;
 }
