@@ -3,14 +3,11 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
-#include <QJsonArray>
 #include <QJsonObject>
 #include <QNetworkReply>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTest>
-#include <QTimer>
-#include <QUrlQuery>
 #include <QUuid>
 
 #include <csignal>

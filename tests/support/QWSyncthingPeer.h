@@ -22,7 +22,6 @@ public:
     QWSyncthingPeer &operator=(const QWSyncthingPeer &) = delete;
 
     bool isValid() const { return !m_deviceId.isEmpty(); }
-    QString deviceId() const { return m_deviceId; }
     QString name() const { return m_name; }
     // The shared folder, as it lies on this peer.
     QString folderPath() const { return m_home.filePath(QStringLiteral("folder")); }
