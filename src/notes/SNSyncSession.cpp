@@ -211,6 +211,9 @@ void SNSyncSession::watchFolders()
         = QDir(m_folder.devicesPath()).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QFileInfo &folder : folders) {
         paths.append(folder.filePath());
+        // This computer's own appends are no news to it.
+        if (folder.fileName() == m_folder.device())
+            continue;
         for (const QFileInfo &file : QDir(folder.filePath()).entryInfoList(QDir::Files))
             paths.append(file.filePath());
     }
