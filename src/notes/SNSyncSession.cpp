@@ -121,11 +121,11 @@ void SNSyncSession::setBeforeMerge(std::function<void()> beforeMerge)
 
 bool SNSyncSession::writeEveryNote(QString *error)
 {
-    // The notes as this computer has them, and the deletions it made or read: together they
-    // say all the old journal said.
+    // What the old journal said (old deletions among it), then every note as this computer has
+    // it and the deletions it keeps: what a save could not share is in there.
     const QList<QByteArray> notes = m_store.recordsOfEveryNote();
-    const bool written
-        = m_folder.rewriteOwnJournal([&notes](const QList<QByteArray> &) { return notes; }, error);
+    const bool written = m_folder.rewriteOwnJournal(
+        [&notes](const QList<QByteArray> &old) { return old + notes; }, error);
     if (written)
         m_ownJournalIsBehind->store(false);
     return written;
