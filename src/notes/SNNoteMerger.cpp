@@ -48,14 +48,6 @@ SNNoteMerger::Decision SNNoteMerger::merge(const SNStickyNote &own, const SNStic
     return decision;
 }
 
-bool SNNoteMerger::deletionCovers(
-    const QMap<QString, qint64> &deletionTextEdits, const SNNoteVersion &note)
-{
-    SNNoteVersion deletion;
-    deletion.textEdits = deletionTextEdits;
-    return deletion.hasSeenTextOf(note);
-}
-
 std::shared_ptr<SNStickyNote> SNNoteMerger::conflictNoteOf(const SNStickyNote &loser)
 {
     // A copy through the record form, so that every field comes along as a save writes it.

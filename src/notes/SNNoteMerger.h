@@ -2,7 +2,6 @@
 
 #include "notes/SNNoteVersion.h"
 
-#include <QMap>
 #include <QString>
 #include <QUuid>
 
@@ -34,11 +33,6 @@ public:
     };
 
     static Decision merge(const SNStickyNote &own, const SNStickyNote &incoming);
-
-    // Whether a deletion whose text edits are these has seen all of the note's text: only
-    // then may it delete the note.
-    static bool deletionCovers(
-        const QMap<QString, qint64> &deletionTextEdits, const SNNoteVersion &note);
 
     // The loser's text, its first line ending in " (conflict)", under an id made from the
     // loser's id and version.

@@ -64,18 +64,15 @@ void SNRecordMerger::rememberDeletions(const QList<SNJournalRecord> &records)
     for (const SNJournalRecord &record : records) {
         if (!record.isDeletion || !record.note)
             continue;
-        QMap<QString, qint64> &seen = m_deletions[record.uuid];
-        SNNoteVersion known;
-        known.textEdits = seen;
-        seen = SNNoteVersion::joinedTextEdits(known, record.note->version());
+        SNNoteVersion &seen = m_deletions[record.uuid];
+        seen.textEdits = SNNoteVersion::joinedTextEdits(seen, record.note->version());
     }
 }
 
 bool SNRecordMerger::isCovered(const QUuid &uuid, const SNStickyNote &note) const
 {
     const auto deletion = m_deletions.constFind(uuid);
-    return deletion != m_deletions.cend()
-        && SNNoteMerger::deletionCovers(*deletion, note.version());
+    return deletion != m_deletions.cend() && deletion->hasSeenTextOf(note.version());
 }
 
 QSet<QUuid> SNRecordMerger::keptFromDeletion(const QList<SNJournalRecord> &records,

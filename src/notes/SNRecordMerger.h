@@ -1,8 +1,9 @@
 #pragma once
 
+#include "notes/SNNoteVersion.h"
+
 #include <QHash>
 #include <QList>
-#include <QMap>
 #include <QSet>
 #include <QUuid>
 
@@ -59,7 +60,8 @@ private:
     bool isCovered(const QUuid &uuid, const SNStickyNote &note) const;
 
     SNStickyNoteManager &m_store;
-    QHash<QUuid, QMap<QString, qint64>> m_deletions; // the text edits every deletion had seen
+    // Per note, the text edits its deletions had seen, all of them joined.
+    QHash<QUuid, SNNoteVersion> m_deletions;
 
     // Within one merge:
     QHash<QUuid, std::shared_ptr<SNStickyNote>> m_notes;
