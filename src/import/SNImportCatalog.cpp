@@ -1,0 +1,19 @@
+#include "import/SNImportCatalog.h"
+
+#include "import/SNImportReader.h"
+
+std::vector<std::unique_ptr<SNImportReader>> SNImportCatalog::allReaders()
+{
+    std::vector<std::unique_ptr<SNImportReader>> readers;
+    // Each reader adds itself here, in the order the import window lists the programs.
+    return readers;
+}
+
+std::unique_ptr<SNImportReader> SNImportCatalog::readerWithId(const QString &programId)
+{
+    for (std::unique_ptr<SNImportReader> &reader : allReaders()) {
+        if (reader->programId().compare(programId, Qt::CaseInsensitive) == 0)
+            return std::move(reader);
+    }
+    return nullptr;
+}

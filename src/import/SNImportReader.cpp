@@ -1,0 +1,3 @@
+#include "import/SNImportReader.h"
+
+SNImportReader::~SNImportReader() = default;

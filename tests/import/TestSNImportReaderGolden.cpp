@@ -1,0 +1,104 @@
+#include "SNImportedNoteDump.h"
+#include "import/SNImportCatalog.h"
+#include "import/SNImportReader.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+// Every reader against folders of cases: golden/<program id>/<case>/home is a home folder as the
+// program left it, expected.txt what the reader must make of it. Set VELLUMO_UPDATE_GOLDEN=1 to
+// write the expected files after a deliberate change, and read the difference in review.
+class TestSNImportReaderGolden final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsEveryCase_data();
+    void readsEveryCase();
+};
+
+namespace {
+
+const QString goldenFolder = QStringLiteral(VELLUMO_TEST_DATA_DIR "/golden");
+
+// Files that carry no dates of their own date their notes by the files' times, which a checkout
+// sets to its own moment: the copy gets one fixed time.
+bool copyTreeWithFixedTimes(const QString &from, const QString &to)
+{
+    const QDateTime fixed(QDate(2021, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    QDirIterator it(
+        from, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    QStringList files;
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QString target = to + path.mid(from.size());
+        if (it.fileInfo().isDir()) {
+            if (!QDir().mkpath(target))
+                return false;
+        } else {
+            files.append(path);
+        }
+    }
+    for (const QString &path : files) {
+        const QString target = to + path.mid(from.size());
+        if (!QDir().mkpath(QFileInfo(target).path()) || !QFile::copy(path, target))
+            return false;
+        QFile file(target);
+        if (!file.open(QIODevice::ReadWrite)
+            || !file.setFileTime(fixed, QFileDevice::FileModificationTime))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+void TestSNImportReaderGolden::readsEveryCase_data()
+{
+    QTest::addColumn<QString>("program");
+    QTest::addColumn<QString>("caseFolder");
+    int cases = 0;
+    for (const auto &reader : SNImportCatalog::allReaders()) {
+        const QDir programFolder(goldenFolder + u'/' + reader->programId());
+        for (const QString &name : programFolder.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            QTest::newRow(qPrintable(reader->programId() + u'/' + name))
+                << reader->programId() << programFolder.filePath(name);
+            ++cases;
+        }
+    }
+    if (cases == 0)
+        QSKIP("No reader has a case yet.");
+}
+
+void TestSNImportReaderGolden::readsEveryCase()
+{
+    QFETCH(QString, program);
+    QFETCH(QString, caseFolder);
+    QTemporaryDir home;
+    QVERIFY(home.isValid());
+    QVERIFY(copyTreeWithFixedTimes(caseFolder + u"/home"_s, home.path()));
+
+    const std::unique_ptr<SNImportReader> reader = SNImportCatalog::readerWithId(program);
+    QVERIFY(reader);
+    const SNImportEnvironment environment = SNImportEnvironment::underHome(home.path());
+    QString found;
+    for (const QString &path : reader->candidatePaths(environment)) {
+        if (QFileInfo::exists(path)) {
+            found = path;
+            break;
+        }
+    }
+    QVERIFY2(!found.isEmpty(), "the case's home holds none of the program's places");
+    QString dump = SNImportedNoteDump::describe(reader->read(found));
+    // Problems name files; the temporary home is not part of what the case expects.
+    dump.replace(home.path(), u"~"_s);
+    QWRichTextDump::compareWithFile(caseFolder + u"/expected.txt"_s, dump.toUtf8());
+}
+
+QTEST_APPLESS_MAIN(TestSNImportReaderGolden)
+#include "TestSNImportReaderGolden.moc"
