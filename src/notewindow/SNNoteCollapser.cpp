@@ -3,7 +3,7 @@
 #include "notes/SNStickyNote.h"
 #include "notewindow/SNStickyWindow.h"
 #include "notewindow/SNTitleBarView.h"
-#include "notewindow/SNWindowFrameString.h"
+#include "notes/SNWindowFrameString.h"
 #include "ui_SNStickyNoteWindowController.h"
 
 #include <QEvent>

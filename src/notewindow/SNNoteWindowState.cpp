@@ -3,7 +3,7 @@
 #include "notes/SNStickyNote.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNStickyWindow.h"
-#include "notewindow/SNWindowFrameString.h"
+#include "notes/SNWindowFrameString.h"
 #include "notewindow/SNWindowLevel.h"
 #include "notewindow/SNWindowPlacement.h"
 #include "ui_SNStickyNoteWindowController.h"

@@ -1,6 +1,6 @@
 #include "SNAppTestSupport.h"
 #include "app/QWX11HotKeyGrabber.h"
-#include "notewindow/SNWindowFrameString.h"
+#include "notes/SNWindowFrameString.h"
 #include "support/QWProgramDriver.h"
 #include "support/QWProgramSession.h"
 

@@ -2,7 +2,7 @@
 #include "notewindow/SNElidingLabel.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNTitleBarView.h"
-#include "notewindow/SNWindowFrameString.h"
+#include "notes/SNWindowFrameString.h"
 
 #include <QScreen>
 

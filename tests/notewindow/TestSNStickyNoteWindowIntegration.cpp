@@ -1,7 +1,7 @@
 #include "SNNoteWindowTestSupport.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNNoteMenus.h"
-#include "notewindow/SNWindowFrameString.h"
+#include "notes/SNWindowFrameString.h"
 #include "support/QWProgramDriver.h"
 
 #include <QRegularExpression>

@@ -1,5 +1,5 @@
 #include "notewindow/SNWindowEdgeGrip.h"
-#include "notewindow/SNWindowFrameString.h"
+#include "notes/SNWindowFrameString.h"
 #include "notewindow/SNWindowPlacement.h"
 
 #include <QTest>

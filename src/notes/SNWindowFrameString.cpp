@@ -1,4 +1,4 @@
-#include "notewindow/SNWindowFrameString.h"
+#include "notes/SNWindowFrameString.h"
 
 #include <QRegularExpression>
 
