@@ -3,12 +3,15 @@
 #include "app/SNApplicationInstance.h"
 #include "app/SNCommandLine.h"
 #include "app/SNHistoryCommandRunner.h"
+#include "app/SNImportCommandRunner.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNPlatformSelection.h"
 #include "app/SNSyncCommandRunner.h"
 #include "notes/SNStickyNoteManager.h"
 #include "settings/SNApplicationInfo.h"
 #include "settings/SNUserDefaults.h"
+#include "tags/SNTagManager.h"
+#include "themes/SNThemeManager.h"
 
 #include <QApplication>
 #include <QDir>
@@ -74,7 +77,9 @@ bool asksForCommand(int argc, char *argv[])
 {
     const QStringList options { SNHistoryCommand::listDeletedOption(),
         SNHistoryCommand::restoreDeletedOption(), SNHistoryCommand::backUpNowOption(),
-        SNSyncCommand::setFolderOption(), SNSyncCommand::showStatusOption() };
+        SNSyncCommand::setFolderOption(), SNSyncCommand::showStatusOption(),
+        SNImportCommand::importOption(), SNImportCommand::listProgramsOption(),
+        SNImportCommand::exportMarkdownOption() };
     for (int i = 1; i < argc; ++i) {
         const QByteArray argument(argv[i]);
         for (const QString &option : options) {
@@ -96,19 +101,27 @@ int runCommand(int argc, char *argv[])
     const bool understood = commandLine.parse(QCoreApplication::arguments());
     const std::optional<SNHistoryCommand> history = commandLine.historyCommand();
     const std::optional<SNSyncCommand> sync = commandLine.syncCommand(QDir::currentPath());
-    if (!understood || (!history && !sync)) {
+    const std::optional<SNImportCommand> import = commandLine.importCommand(QDir::currentPath());
+    if (!understood || (!history && !sync && !import)) {
         printError(commandLine.errorText());
         return 2;
     }
     SNHistoryCommand::Result result;
     SNApplicationInstance instance;
     if (instance.claim() == SNApplicationInstance::Claim::Secondary) {
-        result = history ? instance.forward(*history) : instance.forward(*sync);
+        result = history ? instance.forward(*history)
+            : sync       ? instance.forward(*sync)
+                         : instance.forward(*import);
     } else {
         SNStickyNoteManager store;
-        result = history
-            ? SNHistoryCommandRunner(store).run(*history)
-            : SNSyncCommandRunner(SNUserDefaults::standardUserDefaults(), store).run(*sync);
+        if (history)
+            result = SNHistoryCommandRunner(store).run(*history);
+        else if (sync)
+            result = SNSyncCommandRunner(SNUserDefaults::standardUserDefaults(), store).run(*sync);
+        else
+            result = SNImportCommandRunner(
+                store, SNThemeManager::sharedManager(), SNTagManager::sharedManager())
+                         .run(*import);
     }
     std::fputs(qUtf8Printable(result.output), stdout);
     if (result.succeeded())
@@ -177,6 +190,9 @@ int main(int argc, char *argv[])
     });
     instance.setSyncHandler([&delegate](const SNSyncCommand &received) {
         return delegate.handleSyncCommand(received);
+    });
+    instance.setImportHandler([&delegate](const SNImportCommand &received) {
+        return delegate.handleImportCommand(received);
     });
 
     // A shutdown, a kill, a closed terminal and the end of the session all end the program the

@@ -9,6 +9,8 @@
 #include "app/SNGlobalHotKeys.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNHistoryCommandRunner.h"
+#include "app/SNImportController.h"
+#include "app/SNImportPanel.h"
 #include "app/SNNoteArrangement.h"
 #include "app/SNNotesMenuDelegate.h"
 #include "app/SNRecentlyDeletedMenuDelegate.h"
@@ -153,6 +155,11 @@ SNHistoryCommand::Result AppDelegate::handleHistoryCommand(const SNHistoryComman
     }).run(command);
 }
 
+SNImportCommand::Result AppDelegate::handleImportCommand(const SNImportCommand &command)
+{
+    return m_import->run(command);
+}
+
 SNSyncCommand::Result AppDelegate::handleSyncCommand(const SNSyncCommand &command)
 {
     return SNSyncCommandRunner(defaults(), noteManager(), &m_sync->state()).run(command);
@@ -170,6 +177,10 @@ void AppDelegate::connectMenuItems()
     connect(m_ui->showTagsItem, &QAction::triggered, this, &AppDelegate::showTagManagerIfNeeded);
     connect(m_ui->exportDatabaseItem, &QAction::triggered, this,
         [this] { m_exporter->exportDatabase(m_ui->exportDatabaseItem); });
+    connect(
+        m_ui->importNotesItem, &QAction::triggered, this, [this] { m_import->showImportWindow(); });
+    connect(m_ui->exportMarkdownItem, &QAction::triggered, this,
+        [this] { m_import->exportMarkdown(nullptr); });
     connect(m_ui->preferencesItem, &QAction::triggered, this,
         [this] { openPreferences(m_ui->preferencesItem); });
     connect(m_ui->aboutItem, &QAction::triggered, this, [this] { openAbout(m_ui->aboutItem); });
@@ -216,6 +227,9 @@ void AppDelegate::connectParts()
     m_sync->setBeforeMerge([this] { noteWindows().flushEveryNote(false); });
     connect(m_sync.get(), &SNSyncController::notesMerged, m_noteWindows.get(),
         &SNNoteWindowSet::notesDidMerge);
+
+    m_import
+        = std::make_unique<SNImportController>(noteManager(), noteWindows(), m_services.presenter);
 }
 
 // Launch and lifecycle
@@ -558,6 +572,9 @@ void AppDelegate::tagManagerWindowDidClose()
 void AppDelegate::welcomeWindowDidOpen()
 {
     noteWindows().hideAllNotes();
+    // Nobody starts with an empty desktop: the notes of other programs are offered at once.
+    if (SNImportPanel *panel = m_welcome->importPanel())
+        m_import->offerIn(panel);
 }
 
 void AppDelegate::welcomeWindowDidClose()

@@ -4,6 +4,7 @@
 #include "app/QWApplicationHider.h"
 #include "app/SNApplicationTermination.h"
 #include "app/SNHistoryCommand.h"
+#include "app/SNImportCommand.h"
 #include "app/SNLaunchRequestHandler.h"
 #include "app/SNSyncCommand.h"
 #include "kit/QWNotificationCenter.h"
@@ -26,6 +27,7 @@ class SNDatabaseExporter;
 class SNDesktopPresence;
 class SNGlobalHotKeys;
 class SNHelpWindowController;
+class SNImportController;
 class SNModalPresenter;
 class SNNoteArrangement;
 class SNNoteWindowSet;
@@ -97,6 +99,8 @@ public:
     SNHistoryCommand::Result handleHistoryCommand(const SNHistoryCommand &command);
     // A command of the command line about the sync folder; a folder set starts sharing at once.
     SNSyncCommand::Result handleSyncCommand(const SNSyncCommand &command);
+    // A command of the command line about other notes programs or Markdown; imported notes show.
+    SNImportCommand::Result handleImportCommand(const SNImportCommand &command);
 
     // Commands.
     void newDocument(QObject *sender);
@@ -162,6 +166,7 @@ public:
     SNDatabaseExporter &exporter() const { return *m_exporter; }
     SNLaunchRequestHandler &launchRequests() const { return *m_launchRequests; }
     SNSyncController &sync() const { return *m_sync; }
+    SNImportController &importer() const { return *m_import; }
 
 private:
     // The services handed in, else the shared instances. The note store loads its archive
@@ -209,4 +214,5 @@ private:
     std::unique_ptr<SNDatabaseExporter> m_exporter;
     std::unique_ptr<SNLaunchRequestHandler> m_launchRequests;
     std::unique_ptr<SNSyncController> m_sync;
+    std::unique_ptr<SNImportController> m_import;
 };

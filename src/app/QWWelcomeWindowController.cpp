@@ -22,6 +22,11 @@ QWWelcomeWindowController::QWWelcomeWindowController(QSettings &store, QObject *
 
 QWWelcomeWindowController::~QWWelcomeWindowController() = default;
 
+SNImportPanel *QWWelcomeWindowController::importPanel() const
+{
+    return m_ui ? m_ui->importPanel : nullptr;
+}
+
 std::unique_ptr<QWidget> QWWelcomeWindowController::loadWindow()
 {
     auto window = std::make_unique<QWidget>();

@@ -8,15 +8,16 @@
 #include <memory>
 
 class QSettings;
+class SNImportPanel;
 
 namespace Ui {
 class QWWelcomeWindowController;
 }
 
-// The window a user meets on the first start: a short welcome, a switch to start the program
-// at login and, for a program that runs from its build folder, an offer to add it to the
-// applications menu. It opens once per user. While it is open the rest of the interface waits:
-// canShowMainInterface() says no.
+// The window a user meets on the first start: a short welcome, the notes of other programs to
+// bring in (when there are some), a switch to start the program at login and, for a program
+// that runs from its build folder, an offer to add it to the applications menu. It opens once per
+// user. While it is open the rest of the interface waits: canShowMainInterface() says no.
 //
 // It tells the program what happens through three notifications posted with itself as the
 // object; the run-at-login one carries the switch's new state under "enabled".
@@ -50,6 +51,8 @@ public:
     // Opens the window if this user has never seen it.
     void applicationDidLaunch();
     bool isOpen() const { return m_open; }
+    // Where the notes of other programs are offered; null until the window is loaded.
+    SNImportPanel *importPanel() const;
     bool canShowMainInterface() const { return !m_open; }
 
 protected:

@@ -42,7 +42,8 @@ SNApplicationInstance::SNApplicationInstance(QObject *parent)
     : QObject(parent),
       m_service(new SNApplicationService(&m_exported)),
       m_historyService(new SNHistoryService(&m_exported)),
-      m_syncService(new SNSyncService(&m_exported))
+      m_syncService(new SNSyncService(&m_exported)),
+      m_importService(new SNImportService(&m_exported))
 { }
 
 SNApplicationInstance::~SNApplicationInstance() = default;
@@ -84,6 +85,11 @@ void SNApplicationInstance::setSyncHandler(SNSyncService::Handler handler)
     m_syncService->setHandler(std::move(handler));
 }
 
+void SNApplicationInstance::setImportHandler(SNImportService::Handler handler)
+{
+    m_importService->setHandler(std::move(handler));
+}
+
 SNHistoryCommand::Result SNApplicationInstance::forward(const SNHistoryCommand &command) const
 {
     QDBusMessage call
@@ -99,6 +105,17 @@ SNSyncCommand::Result SNApplicationInstance::forward(const SNSyncCommand &comman
         = methodCall(SNSyncService::methodName(command.kind), SNSyncService::interfaceName());
     if (command.kind == SNSyncCommand::Kind::SetFolder)
         call << command.folder;
+    return commandResult(call);
+}
+
+SNImportCommand::Result SNApplicationInstance::forward(const SNImportCommand &command) const
+{
+    QDBusMessage call
+        = methodCall(SNImportService::methodName(command.kind), SNImportService::interfaceName());
+    if (command.kind == SNImportCommand::Kind::Import)
+        call << command.program << command.path;
+    else if (command.kind == SNImportCommand::Kind::ExportMarkdown)
+        call << command.path;
     return commandResult(call);
 }
 

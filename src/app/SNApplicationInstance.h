@@ -2,6 +2,7 @@
 
 #include "app/SNApplicationService.h"
 #include "app/SNHistoryService.h"
+#include "app/SNImportService.h"
 #include "app/SNSyncService.h"
 
 #include <QObject>
@@ -37,6 +38,8 @@ public:
     void setHistoryHandler(SNHistoryService::Handler handler);
     // Who carries out the sync commands that arrive.
     void setSyncHandler(SNSyncService::Handler handler);
+    // Who carries out the import and Markdown commands that arrive.
+    void setImportHandler(SNImportService::Handler handler);
 
     // Hands the request to the instance that holds the name. False, with a reason, when the
     // bus or the instance answered with an error.
@@ -44,6 +47,7 @@ public:
     // Runs the command in the instance that holds the name and gives back its answer.
     SNHistoryCommand::Result forward(const SNHistoryCommand &command) const;
     SNSyncCommand::Result forward(const SNSyncCommand &command) const;
+    SNImportCommand::Result forward(const SNImportCommand &command) const;
     // After a forwarded quit: waits until the running instance has saved and gone.
     bool waitUntilNameIsReleased(int timeoutMilliseconds) const;
 
@@ -52,4 +56,5 @@ private:
     SNApplicationService *m_service;
     SNHistoryService *m_historyService;
     SNSyncService *m_syncService;
+    SNImportService *m_importService;
 };

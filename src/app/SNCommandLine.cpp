@@ -50,7 +50,19 @@ SNCommandLine::SNCommandLine()
           QStringLiteral("PATH")),
       m_syncStatusOption(SNSyncCommand::showStatusOption(),
           QCoreApplication::translate("SNCommandLine",
-              "Show the sync folder, the computers that share it and what the last merge did."))
+              "Show the sync folder, the computers that share it and what the last merge did.")),
+      m_importOption(SNImportCommand::importOption(),
+          QCoreApplication::translate("SNCommandLine",
+              "Import the notes of another notes program (see --import-list), from its own "
+              "folder or from the PATH given after it; notes imported before are left out."),
+          QStringLiteral("PROGRAM")),
+      m_importListOption(SNImportCommand::listProgramsOption(),
+          QCoreApplication::translate("SNCommandLine",
+              "List the notes programs whose notes are found, with how many and where.")),
+      m_exportMarkdownOption(SNImportCommand::exportMarkdownOption(),
+          QCoreApplication::translate(
+              "SNCommandLine", "Write every note as a Markdown file into this folder."),
+          QStringLiteral("DIR"))
 {
     m_parser.setApplicationDescription(
         QCoreApplication::translate("SNCommandLine", "Sticky notes for the Linux desktop."));
@@ -64,8 +76,9 @@ SNCommandLine::SNCommandLine()
         m_parser.addOption(option);
         m_actionOptions.append(option);
     }
-    for (const QCommandLineOption &option : { m_listDeletedOption, m_restoreDeletedOption,
-             m_backUpNowOption, m_syncFolderOption, m_syncStatusOption })
+    for (const QCommandLineOption &option :
+        { m_listDeletedOption, m_restoreDeletedOption, m_backUpNowOption, m_syncFolderOption,
+            m_syncStatusOption, m_importOption, m_importListOption, m_exportMarkdownOption })
         m_parser.addOption(option);
 }
 
@@ -78,6 +91,7 @@ bool SNCommandLine::parse(const QStringList &arguments)
 {
     m_historyCommand.reset();
     m_syncCommand.reset();
+    m_importCommand.reset();
     if (!m_parser.parse(arguments)) {
         m_errorText = m_parser.errorText();
         return false;
@@ -95,21 +109,34 @@ bool SNCommandLine::parse(const QStringList &arguments)
         sync.append({ SNSyncCommand::Kind::SetFolder, folder });
     if (m_parser.isSet(m_syncStatusOption))
         sync.append({ SNSyncCommand::Kind::ShowStatus, QString() });
-    if (history.isEmpty() && sync.isEmpty())
+    QList<SNImportCommand> imports;
+    // The one path an import may take comes after the program, as a file would.
+    const QStringList positional = m_parser.positionalArguments();
+    for (const QString &program : m_parser.values(m_importOption))
+        imports.append({ SNImportCommand::Kind::Import, program, positional.value(0) });
+    if (m_parser.isSet(m_importListOption))
+        imports.append({ SNImportCommand::Kind::ListPrograms, QString(), QString() });
+    for (const QString &folder : m_parser.values(m_exportMarkdownOption))
+        imports.append({ SNImportCommand::Kind::ExportMarkdown, QString(), folder });
+    if (history.isEmpty() && sync.isEmpty() && imports.isEmpty())
         return true;
-    const bool hasOthers = !m_parser.positionalArguments().isEmpty()
+    const bool importTakesPath
+        = imports.size() == 1 && imports.constFirst().kind == SNImportCommand::Kind::Import;
+    const bool hasOthers = positional.size() > (importTakesPath ? 1 : 0)
         || std::any_of(m_actionOptions.cbegin(), m_actionOptions.cend(),
             [this](const QCommandLineOption &option) { return m_parser.isSet(option); });
-    if (history.size() + sync.size() > 1 || hasOthers) {
+    if (history.size() + sync.size() + imports.size() > 1 || hasOthers) {
         m_errorText = QCoreApplication::translate("SNCommandLine",
-            "--list-deleted, --restore-deleted, --backup-now, --sync-folder and --sync-status "
-            "each go alone.");
+            "--list-deleted, --restore-deleted, --backup-now, --sync-folder, --sync-status, "
+            "--import, --import-list and --export-markdown each go alone.");
         return false;
     }
     if (!history.isEmpty())
         m_historyCommand = history.constFirst();
-    else
+    else if (!sync.isEmpty())
         m_syncCommand = sync.constFirst();
+    else
+        m_importCommand = imports.constFirst();
     return true;
 }
 
@@ -121,11 +148,19 @@ std::optional<SNSyncCommand> SNCommandLine::syncCommand(const QString &workingDi
     return command;
 }
 
+std::optional<SNImportCommand> SNCommandLine::importCommand(const QString &workingDirectory) const
+{
+    std::optional<SNImportCommand> command = m_importCommand;
+    if (command && !command->path.isEmpty())
+        command->path = QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(command->path));
+    return command;
+}
+
 SNLaunchRequest SNCommandLine::request(
     const QString &workingDirectory, const std::function<QString()> &readStandardInput) const
 {
     SNLaunchRequest request;
-    if (m_historyCommand || m_syncCommand)
+    if (m_historyCommand || m_syncCommand || m_importCommand)
         return request;
     bool readsStandardInput = false;
     const QDir directory(workingDirectory);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/SNHistoryCommand.h"
+#include "app/SNImportCommand.h"
 #include "app/SNLaunchRequest.h"
 #include "app/SNSyncCommand.h"
 
@@ -17,8 +18,9 @@
 //           [--note-from-selection] [--quit] [--help] [--version]
 //   vellumo --list-deleted | --restore-deleted ID | --backup-now
 //   vellumo --sync-folder PATH | --sync-status
+//   vellumo --import PROGRAM [PATH] | --import-list | --export-markdown DIR
 //
-// "-" makes a note of what standard input holds. The history and sync commands stand alone:
+// "-" makes a note of what standard input holds. The history, sync and import commands stand alone:
 // each answers on standard output, so none mixes with the others or with files and actions.
 class SNCommandLine final
 {
@@ -45,6 +47,9 @@ public:
     // The sync command asked for, if any, its folder made absolute against `workingDirectory`
     // (an empty folder stays empty: it stops syncing); then request() is empty too.
     std::optional<SNSyncCommand> syncCommand(const QString &workingDirectory) const;
+    // The import or Markdown command asked for, if any, its path made absolute; then request()
+    // is empty too.
+    std::optional<SNImportCommand> importCommand(const QString &workingDirectory) const;
 
 private:
     QCommandLineParser m_parser;
@@ -56,7 +61,11 @@ private:
     QCommandLineOption m_backUpNowOption;
     QCommandLineOption m_syncFolderOption;
     QCommandLineOption m_syncStatusOption;
+    QCommandLineOption m_importOption;
+    QCommandLineOption m_importListOption;
+    QCommandLineOption m_exportMarkdownOption;
     std::optional<SNHistoryCommand> m_historyCommand;
     std::optional<SNSyncCommand> m_syncCommand;
+    std::optional<SNImportCommand> m_importCommand;
     QString m_errorText;
 };

@@ -4,6 +4,8 @@
 #include <QCoreApplication>
 #include <QTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace {
 
 // The items of a list written as one string, separated by '|'.
@@ -160,6 +162,45 @@ private Q_SLOTS:
             return;
         }
         QVERIFY(!commandLine.historyCommand());
+        QVERIFY(commandLine.request(QStringLiteral("/"), {}).isEmpty());
+    }
+
+    void importCommandsStandAlone_data()
+    {
+        using Kind = SNImportCommand::Kind;
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<std::optional<SNImportCommand>>("command"); // nothing: refused
+        const std::optional<SNImportCommand> refused;
+        QTest::newRow("program from its own places") << items(
+            "--import|gnote") << std::optional(SNImportCommand { Kind::Import, u"gnote"_s, {} });
+        QTest::newRow("program from a path after it")
+            << items("--import|xpad|old/../backup/xpad")
+            << std::optional(
+                   SNImportCommand { Kind::Import, u"xpad"_s, u"/home/anna/backup/xpad"_s });
+        QTest::newRow("list") << items("--import-list")
+                              << std::optional(SNImportCommand { Kind::ListPrograms, {}, {} });
+        QTest::newRow("markdown") << items("--export-markdown|Notes")
+                                  << std::optional(SNImportCommand {
+                                         Kind::ExportMarkdown, {}, u"/home/anna/Notes"_s });
+        QTest::newRow("import without a program") << items("--import") << refused;
+        QTest::newRow("two paths") << items("--import|xpad|a|b") << refused;
+        QTest::newRow("list with a path") << items("--import-list|a") << refused;
+        QTest::newRow("with a sync command") << items("--import-list|--sync-status") << refused;
+        QTest::newRow("with an action") << items("--export-markdown|a|--new-note") << refused;
+    }
+
+    void importCommandsStandAlone()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(std::optional<SNImportCommand>, command);
+        SNCommandLine commandLine;
+        QCOMPARE(commandLine.parse(QStringList { QStringLiteral("vellumo") } + arguments),
+            command.has_value());
+        QCOMPARE(commandLine.importCommand(QStringLiteral("/home/anna")), command);
+        if (!command)
+            return;
+        QVERIFY(!commandLine.historyCommand() && !commandLine.syncCommand(u"/"_s));
+        // The path belongs to the import: no note is made of it.
         QVERIFY(commandLine.request(QStringLiteral("/"), {}).isEmpty());
     }
 };

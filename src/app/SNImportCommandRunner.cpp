@@ -1,0 +1,95 @@
+#include "app/SNImportCommandRunner.h"
+
+#include "import/SNImportCatalog.h"
+#include "import/SNImportFinder.h"
+#include "import/SNImportLedger.h"
+#include "import/SNImportReader.h"
+#include "notes/SNStickyNoteManager.h"
+
+#include <QStringList>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+QString knownPrograms()
+{
+    QStringList ids;
+    for (const std::unique_ptr<SNImportReader> &reader : SNImportCatalog::allReaders())
+        ids.append(reader->programId());
+    return ids.join(u", "_s);
+}
+
+} // namespace
+
+SNImportCommandRunner::SNImportCommandRunner(SNStickyNoteManager &store, SNThemeManager &themes,
+    SNTagManager &tags, SNNoteImporter::AddNote addNote)
+    : m_store(store),
+      m_themes(themes),
+      m_tags(tags),
+      m_addNote(std::move(addNote)),
+      m_environment(SNImportEnvironment::current())
+{
+    if (!m_addNote)
+        m_addNote = [this](const std::shared_ptr<SNStickyNote> &note) { m_store.addNote(note); };
+}
+
+SNImportCommand::Result SNImportCommandRunner::run(const SNImportCommand &command)
+{
+    switch (command.kind) {
+    case SNImportCommand::Kind::ListPrograms:
+        return listPrograms();
+    case SNImportCommand::Kind::Import:
+        return import(command.program, command.path);
+    case SNImportCommand::Kind::ExportMarkdown:
+        return exportMarkdown(command.path);
+    }
+    return {};
+}
+
+SNImportCommand::Result SNImportCommandRunner::listPrograms() const
+{
+    const SNImportLedger ledger(m_store.baseDatabasePath());
+    QString output;
+    for (const SNImportSource &source : SNImportFinder::findSources(m_environment)) {
+        qsizetype before = 0;
+        for (const SNImportedNote &note : source.result.notes)
+            before += ledger.contains(source.programId, note.sourceId) ? 1 : 0;
+        QString line = tr("%1\t%2\t%n note(s)", nullptr, int(source.result.notes.size()))
+                           .arg(source.programId, source.programName);
+        if (before > 0)
+            line += tr(", %n imported before", nullptr, int(before));
+        if (!source.result.problems.isEmpty())
+            line += tr(", %n unreadable", nullptr, int(source.result.problems.size()));
+        output += line + u'\t' + source.path + u'\n';
+    }
+    if (output.isEmpty())
+        output = tr("No notes of other programs were found. Known programs: %1\n")
+                     .arg(knownPrograms());
+    return { output, QString() };
+}
+
+SNImportCommand::Result SNImportCommandRunner::import(const QString &program, const QString &path)
+{
+    const std::optional<SNImportSource> source
+        = SNImportFinder::readSource(program, path, m_environment);
+    if (!source)
+        return { QString(),
+            tr("Vellumo cannot import from \"%1\". Known programs: %2")
+                .arg(program, knownPrograms()) };
+    if (source->result.notes.isEmpty() && source->result.problems.isEmpty())
+        return { QString(),
+            tr("No notes of %1 were found at %2.").arg(source->programName, source->path) };
+    const std::unique_ptr<SNImportReader> reader = SNImportCatalog::readerWithId(program);
+    SNImportLedger ledger(m_store.baseDatabasePath());
+    SNNoteImporter importer(m_store, m_themes, m_tags, ledger, m_addNote);
+    const SNImportReport report = importer.importNotes(*reader, source->path, source->result);
+    m_store.save();
+    return { report.text() + u'\n', QString() };
+}
+
+SNImportCommand::Result SNImportCommandRunner::exportMarkdown(const QString &folder) const
+{
+    Q_UNUSED(folder);
+    return { QString(), tr("Markdown export is not available yet.") };
+}

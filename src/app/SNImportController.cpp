@@ -1,0 +1,129 @@
+#include "app/SNImportController.h"
+
+#include "app/SNImportCommandRunner.h"
+#include "app/SNImportPanel.h"
+#include "app/SNImportWindowController.h"
+#include "import/SNImportCatalog.h"
+#include "import/SNImportFinder.h"
+#include "import/SNImportLedger.h"
+#include "import/SNImportReader.h"
+#include "import/SNNoteImporter.h"
+#include "kit/widgets/SNModalPresenter.h"
+#include "notes/SNStickyNoteManager.h"
+#include "notewindow/SNNoteWindowSet.h"
+#include "tags/SNTagManager.h"
+#include "themes/SNThemeManager.h"
+
+#include <QFileDialog>
+#include <QThread>
+
+using namespace Qt::Literals::StringLiterals;
+
+SNImportController::SNImportController(SNStickyNoteManager &store, SNNoteWindowSet &noteWindows,
+    std::shared_ptr<SNModalPresenter> presenter, QObject *parent)
+    : QObject(parent),
+      m_store(store),
+      m_noteWindows(noteWindows),
+      m_presenter(std::move(presenter)),
+      m_environment(SNImportEnvironment::current())
+{ }
+
+SNImportController::~SNImportController() = default;
+
+SNImportCommand::Result SNImportController::run(const SNImportCommand &command)
+{
+    SNImportCommandRunner runner(m_store, SNThemeManager::sharedManager(),
+        SNTagManager::sharedManager(),
+        [this](const std::shared_ptr<SNStickyNote> &note) { m_noteWindows.openNote(note, true); });
+    runner.setEnvironment(m_environment);
+    return runner.run(command);
+}
+
+void SNImportController::showImportWindow()
+{
+    const bool isNew = !m_window;
+    if (isNew)
+        m_window = std::make_unique<SNImportWindowController>();
+    m_window->showWindow();
+    if (isNew) {
+        connect(m_window->importPanel(), &SNImportPanel::importRequested, this,
+            [this] { importTicked(m_window->importPanel()); });
+        connect(m_window.get(), &SNImportWindowController::otherFolderRequested, this,
+            &SNImportController::chooseOtherHome);
+    }
+    search(m_window->importPanel(), m_environment, false);
+}
+
+void SNImportController::offerIn(SNImportPanel *panel)
+{
+    panel->hide();
+    connect(panel, &SNImportPanel::importRequested, this, [this, panel] { importTicked(panel); });
+    search(panel, m_environment, true);
+}
+
+void SNImportController::search(
+    SNImportPanel *panel, const SNImportEnvironment &environment, bool hideIfNone)
+{
+    panel->showSearching();
+    // Reading a program's folder may take a while: the window stays alive meanwhile.
+    auto found = std::make_shared<QList<SNImportSource>>();
+    QThread *thread = QThread::create(
+        [found, environment] { *found = SNImportFinder::findSources(environment); });
+    const QPointer<SNImportPanel> target(panel);
+    connect(thread, &QThread::finished, this, [this, thread, found, target, hideIfNone] {
+        thread->deleteLater();
+        if (!target)
+            return;
+        showFound(target, *found);
+        if (hideIfNone)
+            target->setVisible(target->hasSources());
+        Q_EMIT searchFinished(target);
+    });
+    thread->start();
+}
+
+void SNImportController::showFound(SNImportPanel *panel, const QList<SNImportSource> &sources)
+{
+    const SNImportLedger ledger(m_store.baseDatabasePath());
+    panel->showSources(sources, [&ledger](const SNImportSource &source) {
+        qsizetype before = 0;
+        for (const SNImportedNote &note : source.result.notes)
+            before += ledger.contains(source.programId, note.sourceId) ? 1 : 0;
+        return before;
+    });
+}
+
+void SNImportController::importTicked(SNImportPanel *panel)
+{
+    SNImportLedger ledger(m_store.baseDatabasePath());
+    SNNoteImporter importer(m_store, SNThemeManager::sharedManager(), SNTagManager::sharedManager(),
+        ledger,
+        [this](const std::shared_ptr<SNStickyNote> &note) { m_noteWindows.openNote(note, true); });
+    QStringList reports;
+    for (const SNImportSource &source : panel->tickedSources()) {
+        const std::unique_ptr<SNImportReader> reader
+            = SNImportCatalog::readerWithId(source.programId);
+        if (reader)
+            reports.append(importer.importNotes(*reader, source.path, source.result).text());
+    }
+    panel->showReport(reports.join(u"\n\n"_s));
+    // What came in now counts as imported before: nothing is ticked twice.
+    showFound(panel, panel->sources());
+}
+
+void SNImportController::chooseOtherHome()
+{
+    QFileDialog panel(m_window ? m_window->window() : nullptr,
+        tr("Choose the home folder that holds the other program's notes"));
+    panel.setFileMode(QFileDialog::Directory);
+    panel.setOption(QFileDialog::ShowDirsOnly);
+    const QString folder = m_presenter->runSavePanel(panel);
+    if (folder.isEmpty() || !m_window)
+        return;
+    search(m_window->importPanel(), SNImportEnvironment::underHome(folder), false);
+}
+
+void SNImportController::exportMarkdown(QWidget *parentWindow)
+{
+    Q_UNUSED(parentWindow);
+}
