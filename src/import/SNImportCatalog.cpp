@@ -1,11 +1,13 @@
 #include "import/SNImportCatalog.h"
 
 #include "import/SNImportReader.h"
+#include "import/SNXpadReader.h"
 
 std::vector<std::unique_ptr<SNImportReader>> SNImportCatalog::allReaders()
 {
     std::vector<std::unique_ptr<SNImportReader>> readers;
     // Each reader adds itself here, in the order the import window lists the programs.
+    readers.push_back(std::make_unique<SNXpadReader>());
     return readers;
 }
 
