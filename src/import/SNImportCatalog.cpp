@@ -2,6 +2,7 @@
 
 #include "import/SNGnomeStickyReader.h"
 #include "import/SNImportReader.h"
+#include "import/SNIndicatorStickynotesReader.h"
 #include "import/SNMintStickyReader.h"
 #include "import/SNXpadReader.h"
 
@@ -12,6 +13,7 @@ std::vector<std::unique_ptr<SNImportReader>> SNImportCatalog::allReaders()
     readers.push_back(std::make_unique<SNXpadReader>());
     readers.push_back(std::make_unique<SNMintStickyReader>());
     readers.push_back(std::make_unique<SNGnomeStickyReader>());
+    readers.push_back(std::make_unique<SNIndicatorStickynotesReader>());
     return readers;
 }
 
