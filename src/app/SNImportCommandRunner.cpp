@@ -55,12 +55,12 @@ SNImportCommand::Result SNImportCommandRunner::listPrograms() const
         qsizetype before = 0;
         for (const SNImportedNote &note : source.result.notes)
             before += ledger.contains(source.programId, note.sourceId) ? 1 : 0;
-        QString line = tr("%1\t%2\t%n note(s)", nullptr, int(source.result.notes.size()))
-                           .arg(source.programId, source.programName);
+        QString line = u"%1\t%2\t%3"_s.arg(source.programId, source.programName,
+            SNNoteImporter::noteCount(source.result.notes.size()));
         if (before > 0)
-            line += tr(", %n imported before", nullptr, int(before));
+            line += tr(", %1 imported before").arg(before);
         if (!source.result.problems.isEmpty())
-            line += tr(", %n unreadable", nullptr, int(source.result.problems.size()));
+            line += tr(", %1 unreadable").arg(source.result.problems.size());
         output += line + u'\t' + source.path + u'\n';
     }
     if (output.isEmpty())

@@ -77,7 +77,7 @@ void SNImportController::search(
         showFound(target, *found);
         if (hideIfNone)
             target->setVisible(target->hasSources());
-        Q_EMIT searchFinished(target);
+        Q_EMIT searchFinished();
     });
     thread->start();
 }

@@ -47,8 +47,8 @@ public:
     void exportMarkdown(QWidget *parentWindow);
 
 Q_SIGNALS:
-    // A search has shown its finding in the panel.
-    void searchFinished(SNImportPanel *panel);
+    // A search has shown its finding in its panel.
+    void searchFinished();
 
 private:
     void search(SNImportPanel *panel, const SNImportEnvironment &environment, bool hideIfNone);

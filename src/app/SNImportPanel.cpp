@@ -1,5 +1,6 @@
 #include "app/SNImportPanel.h"
 
+#include "import/SNNoteImporter.h"
 #include "ui_SNImportPanel.h"
 
 SNImportPanel::SNImportPanel(QWidget *parent)
@@ -30,11 +31,11 @@ void SNImportPanel::showSources(
     for (const SNImportSource &source : sources) {
         const qsizetype count = source.result.notes.size();
         const qsizetype before = importedBefore ? importedBefore(source) : 0;
-        QString text = tr("%1 — %n note(s)", nullptr, int(count)).arg(source.programName);
+        QString text = tr("%1 — %2").arg(source.programName, SNNoteImporter::noteCount(count));
         if (before > 0)
-            text += tr(", %n imported before", nullptr, int(before));
+            text += tr(", %1 imported before").arg(before);
         if (!source.result.problems.isEmpty())
-            text += tr(", %n unreadable", nullptr, int(source.result.problems.size()));
+            text += tr(", %1 unreadable").arg(source.result.problems.size());
         auto *item = new QListWidgetItem(text, m_ui->programList);
         item->setToolTip(source.path);
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);

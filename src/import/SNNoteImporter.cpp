@@ -29,11 +29,11 @@ bool isPlausiblePosition(const QPoint &corner)
 QString SNImportReport::text() const
 {
     QStringList lines;
-    lines.append(
-        SNNoteImporter::tr("%1: %n note(s) imported", nullptr, int(notes.size())).arg(programName));
+    lines.append(SNNoteImporter::tr("%1: %2 imported")
+                     .arg(programName, SNNoteImporter::noteCount(notes.size())));
     if (alreadyImported > 0)
-        lines.append(SNNoteImporter::tr(
-            "  %n note(s) were imported before and left out", nullptr, int(alreadyImported)));
+        lines.append(SNNoteImporter::tr("  %1 imported before and left out")
+                         .arg(SNNoteImporter::noteCount(alreadyImported)));
     for (const QString &theme : themesMade)
         lines.append(SNNoteImporter::tr("  New theme for their colour: %1").arg(theme));
     for (const QString &remark : remarks)
@@ -52,6 +52,11 @@ SNNoteImporter::SNNoteImporter(SNStickyNoteManager &store, SNThemeManager &theme
       m_themeMatcher(themes),
       m_addNote(std::move(addNote))
 { }
+
+QString SNNoteImporter::noteCount(qsizetype count)
+{
+    return count == 1 ? tr("1 note") : tr("%1 notes").arg(count);
+}
 
 QUuid SNNoteImporter::noteIdFor(const QString &programId, const QString &sourceId)
 {

@@ -64,6 +64,8 @@ public:
     // The name of the id a note imported from the program with this id gets, the same on every
     // computer, so that two computers that import one shared folder make one note.
     static QUuid noteIdFor(const QString &programId, const QString &sourceId);
+    // "1 note", "12 notes": for reports and lists.
+    static QString noteCount(qsizetype count);
     // A group's name as a hashtag: "#" and its words joined by "_" ("Work Stuff" → "#Work_Stuff");
     // empty when nothing of it can be part of a tag.
     static QString hashtagFor(const QString &group);

@@ -1,0 +1,166 @@
+#include "SNAppTestSupport.h"
+#include "app/AppDelegate.h"
+#include "app/QWHotKeyHelper.h"
+#include "app/QWWelcomeWindowController.h"
+#include "app/SNImportController.h"
+#include "app/SNImportPanel.h"
+#include "app/SNImportWindowController.h"
+#include "import/SNImportFinder.h"
+#include "settings/SNUserDefaults.h"
+#include "support/QWManualScheduler.h"
+
+#include <QApplication>
+#include <QDirIterator>
+#include <QListWidget>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// A home folder as xpad left it, written by xpad itself.
+QString copyXpadHome(const QString &to)
+{
+    const QString from
+        = QStringLiteral(VELLUMO_TEST_DATA_DIR "/../../import/data/golden/xpad/formatted/home");
+    if (!QFileInfo::exists(from))
+        return {};
+    QDirIterator it(from, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QString target = to + path.mid(from.size());
+        QDir().mkpath(QFileInfo(target).path());
+        QFile::copy(path, target);
+    }
+    return to;
+}
+
+} // namespace
+
+// The notes of another program as a user meets them: offered in the welcome window on the
+// first start, imported with one click, reported, and not offered twice.
+class TestSNImportControllerIntegration final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_scheduler = std::make_unique<QWManualScheduler>();
+        m_defaults = GVUserDefaults::make<SNUserDefaults>();
+        m_defaults->userDefaults().clear();
+        m_notes = std::make_unique<TestNotes>();
+        m_hotKeys = std::make_unique<QWHotKeyHelper>(std::make_unique<RecordingGrabber>());
+        m_presenter = std::make_shared<RecordingPresenter>();
+        m_delegate = std::make_unique<AppDelegate>(AppDelegate::Services { m_defaults.get(),
+            &m_notes->store, &m_notes->windowManager, m_hotKeys.get(), m_presenter });
+        m_home = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_home->isValid());
+    }
+
+    void cleanup()
+    {
+        m_delegate.reset();
+        m_notes.reset();
+        m_hotKeys.reset();
+        m_defaults.reset();
+        m_scheduler.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    void theFirstStartOffersTheNotesOfOtherPrograms()
+    {
+        QVERIFY(!copyXpadHome(m_home->path()).isEmpty());
+        const SNImportEnvironment home = SNImportEnvironment::underHome(m_home->path());
+        const QList<SNImportSource> found = SNImportFinder::findSources(home);
+        QCOMPARE(found.size(), 1);
+        const qsizetype xpadNotes = found.first().result.notes.size();
+        QVERIFY(xpadNotes > 0);
+        m_delegate->importer().setEnvironment(home);
+        QSignalSpy searches(&m_delegate->importer(), &SNImportController::searchFinished);
+        const qsizetype before = m_notes->store.notesArray().size();
+
+        m_delegate->applicationWillFinishLaunching();
+        m_delegate->applicationDidFinishLaunching();
+        QWWelcomeWindowController *welcome = m_delegate->welcomeWindowController();
+        QVERIFY(welcome->window()->isVisible());
+        QVERIFY(searches.wait());
+        SNImportPanel *panel = welcome->importPanel();
+        QVERIFY(panel->isVisible());
+        auto *list = panel->findChild<QListWidget *>();
+        QCOMPARE(list->count(), 1);
+        QCOMPARE(list->item(0)->text(), u"xpad — %1 notes"_s.arg(xpadNotes));
+        QCOMPARE(list->item(0)->checkState(), Qt::Checked);
+
+        QPushButton *importButton = panel->findChild<QPushButton *>(u"importButton"_s);
+        QTest::mouseClick(importButton, Qt::LeftButton);
+        auto *report = panel->findChild<QPlainTextEdit *>();
+        QVERIFY(report->isVisible());
+        QVERIFY2(report->toPlainText().startsWith(u"xpad: %1 notes imported"_s.arg(xpadNotes)),
+            qPrintable(report->toPlainText()));
+        QCOMPARE(m_notes->store.notesArray().size(), before + xpadNotes);
+        // Imported once: the program is no longer ticked, and its notes wait for the welcome
+        // window to close like every other note.
+        QCOMPARE(list->item(0)->checkState(), Qt::Unchecked);
+        QVERIFY(!importButton->isEnabled());
+        welcome->window()->close();
+        QTRY_COMPARE(visibleNotes(), m_notes->store.notesArray().size());
+
+        // The tray's "Import Notes…" finds them again, as imported before.
+        QAction *item = nullptr;
+        for (QAction *action : m_delegate->statusItemMenu()->actions())
+            item = action->text() == u"Import Notes…"_s ? action : item;
+        QVERIFY(item);
+        item->trigger();
+        QVERIFY(searches.wait());
+        QWidget *window = m_delegate->importer().importWindowController()->window();
+        QVERIFY(window->isVisible());
+        auto *again = window->findChild<QListWidget *>();
+        QCOMPARE(again->item(0)->text(), u"xpad — %1 notes, %1 imported before"_s.arg(xpadNotes));
+        QCOMPARE(again->item(0)->checkState(), Qt::Unchecked);
+
+        // And the command line adds nothing twice either.
+        const SNImportCommand::Result result = m_delegate->handleImportCommand(
+            { SNImportCommand::Kind::Import, u"xpad"_s, QString() });
+        QVERIFY(result.succeeded());
+        QVERIFY2(result.output.startsWith(
+                     u"xpad: 0 notes imported\n  %1 notes imported before"_s.arg(xpadNotes)),
+            qPrintable(result.output));
+        QCOMPARE(m_notes->store.notesArray().size(), before + xpadNotes);
+    }
+
+    void theWelcomeWindowSaysNothingWhenNothingIsFound()
+    {
+        m_delegate->importer().setEnvironment(SNImportEnvironment::underHome(m_home->path()));
+        QSignalSpy searches(&m_delegate->importer(), &SNImportController::searchFinished);
+        m_delegate->applicationWillFinishLaunching();
+        m_delegate->applicationDidFinishLaunching();
+        QVERIFY(searches.wait());
+        QVERIFY(!m_delegate->welcomeWindowController()->importPanel()->isVisible());
+    }
+
+private:
+    qsizetype visibleNotes() const
+    {
+        const QList<SNStickyNoteWindowController *> all = m_delegate->noteWindows().controllers();
+        return std::count_if(all.cbegin(), all.cend(), [](SNStickyNoteWindowController *note) {
+            return note->isWindowLoaded() && note->window()->isVisible();
+        });
+    }
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<QWManualScheduler> m_scheduler;
+    std::unique_ptr<SNUserDefaults> m_defaults;
+    std::unique_ptr<TestNotes> m_notes;
+    std::unique_ptr<QWHotKeyHelper> m_hotKeys;
+    std::shared_ptr<RecordingPresenter> m_presenter;
+    std::unique_ptr<AppDelegate> m_delegate;
+};
+
+QTEST_MAIN(TestSNImportControllerIntegration)
+#include "TestSNImportControllerIntegration.moc"
