@@ -27,6 +27,8 @@ constexpr qsizetype maximumNotes = 100000;
 // int(255 * c) as the app's style sheet writes it, kept inside a byte.
 int channel(double c)
 {
+    if (std::isnan(c))
+        return 0;
     return int(std::clamp(std::trunc(255.0 * std::clamp(c, -1.0, 2.0)), 0.0, 255.0));
 }
 
@@ -89,7 +91,7 @@ QColor SNIndicatorStickynotesReader::colorFromHsv(double hue, double saturation,
 {
     double r = value, g = value, b = value;
     if (saturation != 0.0) {
-        const double scaled = std::clamp(hue, -1e6, 1e6) * 6.0;
+        const double scaled = std::isfinite(hue) ? std::clamp(hue, -1e6, 1e6) * 6.0 : 0.0;
         const long long sector = (long long)scaled; // truncates, as Python's int()
         const double f = scaled - double(sector);
         const double p = value * (1.0 - saturation);
