@@ -96,9 +96,16 @@ void SNImportController::showFound(SNImportPanel *panel, const QList<SNImportSou
 void SNImportController::importTicked(SNImportPanel *panel)
 {
     SNImportLedger ledger(m_store.baseDatabasePath());
+    // The welcome window keeps every note hidden until it closes and then gives each note its
+    // window; the import window opens them at once.
+    const bool show = m_window && panel == m_window->importPanel();
     SNNoteImporter importer(m_store, SNThemeManager::sharedManager(), SNTagManager::sharedManager(),
-        ledger,
-        [this](const std::shared_ptr<SNStickyNote> &note) { m_noteWindows.openNote(note, true); });
+        ledger, [this, show](const std::shared_ptr<SNStickyNote> &note) {
+            if (show)
+                m_noteWindows.openNote(note, true);
+            else
+                m_store.addNote(note);
+        });
     QStringList reports;
     for (const SNImportSource &source : panel->tickedSources()) {
         const std::unique_ptr<SNImportReader> reader

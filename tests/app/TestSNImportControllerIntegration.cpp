@@ -97,6 +97,7 @@ private Q_SLOTS:
         QCOMPARE(list->item(0)->text(), u"xpad — %1 notes"_s.arg(xpadNotes));
         QCOMPARE(list->item(0)->checkState(), Qt::Checked);
 
+        QCOMPARE(visibleNotes(), 0);
         QPushButton *importButton = panel->findChild<QPushButton *>(u"importButton"_s);
         QTest::mouseClick(importButton, Qt::LeftButton);
         auto *report = panel->findChild<QPlainTextEdit *>();
@@ -108,6 +109,7 @@ private Q_SLOTS:
         // window to close like every other note.
         QCOMPARE(list->item(0)->checkState(), Qt::Unchecked);
         QVERIFY(!importButton->isEnabled());
+        QCOMPARE(visibleNotes(), 0);
         welcome->window()->close();
         QTRY_COMPARE(visibleNotes(), m_notes->store.notesArray().size());
 
