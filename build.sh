@@ -18,6 +18,8 @@ packages=(
   # Event sounds; the pulse driver reaches PulseAudio and PipeWire desktops.
   libcanberra-dev libcanberra-pulse
   python3 python3-cbor2
+  # The Markdown export test reads its front matter as a YAML reader does.
+  python3-yaml
   xvfb xauth openbox x11-utils xdotool dbus imagemagick desktop-file-utils
   libbenchmark-dev
   # The benchmarks run xpad beside Vellumo.
