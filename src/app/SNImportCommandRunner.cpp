@@ -4,6 +4,7 @@
 #include "import/SNImportFinder.h"
 #include "import/SNImportLedger.h"
 #include "import/SNImportReader.h"
+#include "import/SNMarkdownExporter.h"
 #include "notes/SNStickyNoteManager.h"
 
 #include <QStringList>
@@ -90,6 +91,9 @@ SNImportCommand::Result SNImportCommandRunner::import(const QString &program, co
 
 SNImportCommand::Result SNImportCommandRunner::exportMarkdown(const QString &folder) const
 {
-    Q_UNUSED(folder);
-    return { QString(), tr("Markdown export is not available yet.") };
+    const SNMarkdownExportResult result
+        = SNMarkdownExporter::exportNotes(m_store.notesArray(), folder);
+    if (!result.problems.isEmpty())
+        return { QString(), result.text() };
+    return { result.text() + u'\n', QString() };
 }

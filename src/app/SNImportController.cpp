@@ -7,6 +7,7 @@
 #include "import/SNImportFinder.h"
 #include "import/SNImportLedger.h"
 #include "import/SNImportReader.h"
+#include "import/SNMarkdownExporter.h"
 #include "import/SNNoteImporter.h"
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNoteManager.h"
@@ -15,6 +16,7 @@
 #include "themes/SNThemeManager.h"
 
 #include <QFileDialog>
+#include <QMessageBox>
 #include <QThread>
 
 using namespace Qt::Literals::StringLiterals;
@@ -32,6 +34,8 @@ SNImportController::~SNImportController() = default;
 
 SNImportCommand::Result SNImportController::run(const SNImportCommand &command)
 {
+    if (command.kind == SNImportCommand::Kind::ExportMarkdown)
+        m_noteWindows.flushEveryNote(false);
     SNImportCommandRunner runner(m_store, SNThemeManager::sharedManager(),
         SNTagManager::sharedManager(),
         [this](const std::shared_ptr<SNStickyNote> &note) { m_noteWindows.openNote(note, true); });
@@ -132,5 +136,18 @@ void SNImportController::chooseOtherHome()
 
 void SNImportController::exportMarkdown(QWidget *parentWindow)
 {
-    Q_UNUSED(parentWindow);
+    QFileDialog panel(parentWindow, tr("Export All Notes as Markdown"));
+    panel.setFileMode(QFileDialog::Directory);
+    panel.setOption(QFileDialog::ShowDirsOnly);
+    panel.setLabelText(QFileDialog::Accept, tr("Export"));
+    const QString folder = m_presenter->runSavePanel(panel);
+    if (folder.isEmpty())
+        return;
+    // Whatever the windows hold goes out, not only what was saved last.
+    m_noteWindows.flushEveryNote(false);
+    const SNMarkdownExportResult result
+        = SNMarkdownExporter::exportNotes(m_store.notesArray(), folder);
+    QMessageBox alert(result.problems.isEmpty() ? QMessageBox::Information : QMessageBox::Warning,
+        tr("Export All Notes as Markdown"), result.text(), QMessageBox::Ok, parentWindow);
+    m_presenter->runAlert(alert);
 }

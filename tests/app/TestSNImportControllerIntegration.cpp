@@ -6,6 +6,8 @@
 #include "app/SNImportPanel.h"
 #include "app/SNImportWindowController.h"
 #include "import/SNImportFinder.h"
+#include "notewindow/SNStickyNoteWindowController.h"
+#include "notewindow/SNTextView.h"
 #include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
 
@@ -146,7 +148,43 @@ private Q_SLOTS:
         QVERIFY(!m_delegate->welcomeWindowController()->importPanel()->isVisible());
     }
 
+    void everyNoteGoesOutAsMarkdownWithWhatItsWindowHolds()
+    {
+        launchBefore();
+        // Typed a moment ago, not saved yet: the export takes it all the same.
+        SNStickyNoteWindowController *typed = m_delegate->noteWindows().controllers().first();
+        typed->textView()->setPlainText(u"Typed just now\nwith **stars**"_s);
+        QTemporaryDir out;
+        m_presenter->savePath = out.path();
+        QAction *item = nullptr;
+        for (QAction *action : m_delegate->statusItemMenu()->actions())
+            item = action->text() == u"Export All Notes as Markdown…"_s ? action : item;
+        QVERIFY(item);
+        item->trigger();
+        const qsizetype notes = m_notes->store.notesArray().size();
+        QCOMPARE(m_presenter->alerts,
+            QStringList {
+                u"%1 notes exported as Markdown into “%2”."_s.arg(notes).arg(out.path()) });
+        QFile file(out.filePath(u"Typed just now.md"_s));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY2(file.readAll().contains("with \\*\\*stars\\*\\*"), "the text is escaped");
+        // The command line writes the same into another folder; a file there stays.
+        QTemporaryDir again;
+        writeFile(again.filePath(u"Typed just now.md"_s), "mine");
+        const SNImportCommand::Result result = m_delegate->handleImportCommand(
+            { SNImportCommand::Kind::ExportMarkdown, QString(), again.path() });
+        QVERIFY2(result.succeeded(), qPrintable(result.error));
+        QVERIFY(QFileInfo::exists(again.filePath(u"Typed just now 2.md"_s)));
+    }
+
 private:
+    void launchBefore()
+    {
+        m_defaults->userDefaults().setValue(QWWelcomeWindowController::wasShownKey(), true);
+        m_delegate->applicationWillFinishLaunching();
+        m_delegate->applicationDidFinishLaunching();
+    }
+
     qsizetype visibleNotes() const
     {
         const QList<SNStickyNoteWindowController *> all = m_delegate->noteWindows().controllers();
