@@ -76,9 +76,9 @@ QString SNImportThemeMatcher::themeNameFor(const std::optional<QColor> &backgrou
         label = wanted.name();
     else
         label[0] = label[0].toUpper();
-    QString name = u"%1 (%2)"_s.arg(label, programName);
+    QString name = u"%1: %2"_s.arg(programName, label);
     for (int n = 2; m_themes.userThemeWithName(name); ++n)
-        name = u"%1 (%2) %3"_s.arg(label, programName).arg(n);
+        name = u"%1: %2 %3"_s.arg(programName, label).arg(n);
 
     const QColor textColor = text && text->isValid() ? text->toRgb()
         : wanted.lightnessF() < 0.55                 ? QColor(Qt::white)

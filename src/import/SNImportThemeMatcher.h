@@ -9,7 +9,8 @@ class SNThemeManager;
 
 // Finds the theme for a colour another program gave a note: the built-in theme whose colour a
 // person would call the same, else a user theme made for that colour before, else a new user
-// theme, named after the colour ("Blue (xpad)"), which it adds to the registry and saves.
+// theme, named after the program and the colour ("xpad: Blue"), which it adds to the registry and
+// saves.
 class SNImportThemeMatcher final
 {
 public:

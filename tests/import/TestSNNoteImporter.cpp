@@ -124,14 +124,14 @@ void TestSNNoteImporter::makesOneThemePerColourNoBuiltInThemeMatches()
     SNImportedNote none = noteWithText(u"4"_s, u"No colour"_s);
     const SNImportReport report = import({ yellow, blue, alsoBlue, none });
 
-    QCOMPARE(report.themesMade, QStringList { u"Blue (xpad)"_s });
+    QCOMPARE(report.themesMade, QStringList { u"xpad: Blue"_s });
     QCOMPARE(report.notes[0]->themeName(), u"SNYellowPadTheme"_s);
-    QCOMPARE(report.notes[1]->themeName(), u"SNUserTheme-Blue (xpad)"_s);
+    QCOMPARE(report.notes[1]->themeName(), u"SNUserTheme-xpad: Blue"_s);
     QCOMPARE(report.notes[2]->themeName(), report.notes[1]->themeName());
     QVERIFY(report.notes[3]->themeName() != report.notes[1]->themeName());
     // The theme is saved with the user's themes, so the notes keep their colour after a restart.
     SNThemeManager reread(m_themes->userThemeDirectory());
-    const std::shared_ptr<SNUserTheme> theme = reread.userThemeWithName(u"Blue (xpad)"_s);
+    const std::shared_ptr<SNUserTheme> theme = reread.userThemeWithName(u"xpad: Blue"_s);
     QVERIFY(theme);
     QCOMPARE(
         QColor::fromRgbF(float(theme->startColor().redComponent()),
