@@ -90,6 +90,7 @@ SNImportReport SNNoteImporter::importNotes(
     report.problems = result.problems;
     report.remarks = result.remarks;
 
+    const qsizetype themesMadeBefore = m_themeMatcher.themesMade().size();
     QSet<QUuid> present;
     for (const std::shared_ptr<SNStickyNote> &note : m_store.notesArray())
         present.insert(note->uuid());
@@ -120,7 +121,7 @@ SNImportReport SNNoteImporter::importNotes(
         m_ledger.add(reader.programId(), imported.sourceId, id);
         report.notes.append(note);
     }
-    report.themesMade = m_themeMatcher.themesMade();
+    report.themesMade = m_themeMatcher.themesMade().mid(themesMadeBefore);
     QString error;
     if (!report.notes.isEmpty() && !m_ledger.save(&error))
         report.problems.append({ SNImportLedger::fileName,
