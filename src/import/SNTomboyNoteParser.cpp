@@ -269,6 +269,8 @@ std::optional<SNTomboyNoteParser::Note> SNTomboyNoteParser::parse(
         return std::nullopt;
     };
 
+    if (bytes.trimmed().isEmpty())
+        return fail(tr("The file is empty."));
     QXmlStreamReader xml;
     if (isUtf16(bytes) || declaresOtherEncodingThanUtf8(bytes))
         xml.addData(bytes);
@@ -356,7 +358,7 @@ std::optional<SNTomboyNoteParser::Note> SNTomboyNoteParser::parse(
             tr("The XML is damaged at line %1: %2").arg(xml.lineNumber()).arg(xml.errorString()));
     }
     if (!sawRoot)
-        return fail(tr("The file is empty."));
+        return fail(tr("The file holds no XML element."));
     if (!sawContent && note.title.isEmpty())
         return fail(tr("The note has neither a title nor a text."));
 

@@ -169,6 +169,11 @@ SNImportReadResult SNTomboyReader::readNote(
     } else {
         note.text = parsed->text;
     }
+    // tomboy-ng ends every text with a newline and the indentation of its closing tag.
+    qsizetype end = note.text.length();
+    while (end > 0 && note.text.string().at(end - 1).isSpace())
+        --end;
+    note.text = note.text.attributedSubstringFromRange(0, end);
 
     const QDateTime modified = parsed->modified.isValid() ? parsed->modified
         : parsed->metadataModified.isValid()              ? parsed->metadataModified
