@@ -1,0 +1,22 @@
+// Feeds arbitrary bytes to the reader of KNotes' old notes.ics, as a damaged or hostile
+// calendar would reach it; each note's settings file is the same bytes, so that the settings
+// reader sees them too.
+#include "import/SNKNotesCalendar.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
+    const QDateTime fileTime = QDateTime::fromSecsSinceEpoch(1'600'000'000, Qt::UTC);
+    const SNImportReadResult result = SNKNotesCalendar::read(
+        bytes, [&bytes](const QString &) { return std::optional<QByteArray>(bytes); },
+        SNKNotesConfig(bytes), fileTime);
+    for (const SNImportedNote &note : result.notes) {
+        if (!note.backgroundColor || note.backgroundColor->alpha() != 255 || !note.dateModified)
+            std::abort();
+    }
+    return 0;
+}
