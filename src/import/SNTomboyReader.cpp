@@ -46,7 +46,9 @@ QString tomboyNgNotesPath(const QString &configFile)
 
 } // namespace
 
-SNTomboyReader::SNTomboyReader(Program program) : m_program(program) { }
+SNTomboyReader::SNTomboyReader(Program program, int maximumNotes)
+    : m_program(program), m_maximumNotes(maximumNotes)
+{ }
 
 QString SNTomboyReader::programId() const
 {
@@ -108,10 +110,10 @@ SNImportReadResult SNTomboyReader::read(const QString &path) const
         QDirIterator it(path, { u"*.note"_s }, QDir::Files | QDir::Hidden);
         while (it.hasNext()) {
             const QString file = it.next();
-            if (files.size() == maximumNotes) {
+            if (files.size() == m_maximumNotes) {
                 result.problems.append({ QDir::toNativeSeparators(path),
                     tr("The folder holds more than %1 notes; the rest were left.")
-                        .arg(maximumNotes) });
+                        .arg(m_maximumNotes) });
                 break;
             }
             files.append(file);

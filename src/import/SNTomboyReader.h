@@ -15,7 +15,7 @@ public:
     // No user keeps this many notes in one folder; past it the rest are left with a problem.
     static constexpr int maximumNotes = 100000;
 
-    explicit SNTomboyReader(Program program);
+    explicit SNTomboyReader(Program program, int maximumNotes = SNTomboyReader::maximumNotes);
 
     QString programId() const override;
     QString programName() const override;
@@ -30,4 +30,5 @@ public:
 
 private:
     Program m_program;
+    int m_maximumNotes;
 };
