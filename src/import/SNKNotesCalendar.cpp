@@ -1,6 +1,7 @@
 #include "import/SNKNotesCalendar.h"
 
 #include "import/SNImportFile.h"
+#include "import/SNImportTitledText.h"
 #include "import/SNKNotesHtml.h"
 
 #include <QCoreApplication>
@@ -95,19 +96,9 @@ SNImportedNote noteOfJournal(const QHash<QString, Property> &journal,
                 .compare(u"true"_s, Qt::CaseInsensitive)
             == 0;
     const QString body = unescapedText(description.value);
-    QWAttributedString text
+    const QWAttributedString text
         = rich ? SNKNotesHtml::toAttributedString(body) : QWAttributedString(body);
-    qsizetype end = text.length();
-    while (end > 0 && text.string().at(end - 1).isSpace())
-        --end;
-    text = text.attributedSubstringFromRange(0, end);
-    if (!title.isEmpty() && text.string().section(u'\n', 0, 0).trimmed() != title) {
-        QWMutableAttributedString withTitle;
-        withTitle.appendString(text.isEmpty() ? title : title + u'\n');
-        withTitle.appendAttributedString(text);
-        text = withTitle.attributedString();
-    }
-    note.text = text;
+    note.text = SNImportTitledText::make(title, text);
 
     const SNKNotesConfig settings(
         uid.isEmpty() ? QByteArray() : settingsLookup(uid).value_or(QByteArray()));

@@ -1,6 +1,7 @@
 #include "import/SNKNotesMessage.h"
 
 #include "import/SNImportFile.h"
+#include "import/SNImportTitledText.h"
 #include "import/SNKNotesHtml.h"
 
 #include <QCoreApplication>
@@ -247,26 +248,16 @@ SNImportReadResult SNKNotesMessage::read(
     const QByteArray decoded
         = decodeTransfer(part->body, part->header("content-transfer-encoding"));
     const QString body = decodeCharset(decoded, parameter(contentType, "charset"));
-    QWAttributedString text = mimeType(contentType) == "text/html"
+    const QWAttributedString text = mimeType(contentType) == "text/html"
         ? SNKNotesHtml::toAttributedString(body)
         : QWAttributedString(QString(body).replace(u"\r\n"_s, u"\n"_s));
-    // A new note's body is a single space; trailing blank lines are not part of what it shows.
-    qsizetype end = text.length();
-    while (end > 0 && text.string().at(end - 1).isSpace())
-        --end;
+    // A new note's body is a single space. KNotes shows the title above the text; here it is
+    // the text's first line.
     qsizetype start = 0;
-    while (start < end && text.string().at(start) == u' ')
+    while (start < text.length() && text.string().at(start) == u' ')
         ++start;
-    text = text.attributedSubstringFromRange(start, end - start);
-
-    // KNotes shows the title above the text; here it is the text's first line.
-    if (!title.isEmpty() && text.string().section(u'\n', 0, 0).trimmed() != title) {
-        QWMutableAttributedString withTitle;
-        withTitle.appendString(text.isEmpty() ? title : title + u'\n');
-        withTitle.appendAttributedString(text);
-        text = withTitle.attributedString();
-    }
-    note.text = text;
+    note.text = SNImportTitledText::make(
+        title, text.attributedSubstringFromRange(start, text.length() - start));
 
     // KNotes rewrites Date on every save; other clients of the store keep Date as the creation
     // and add X-Akonotes-LastModified.

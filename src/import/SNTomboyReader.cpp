@@ -1,6 +1,7 @@
 #include "import/SNTomboyReader.h"
 
 #include "import/SNImportFile.h"
+#include "import/SNImportTitledText.h"
 #include "import/SNTomboyNoteParser.h"
 
 #include <QCoreApplication>
@@ -161,21 +162,8 @@ SNImportReadResult SNTomboyReader::readNote(
 
     note.sourceId = fileName.endsWith(u".note"_s) ? fileName.chopped(5) : fileName;
     // The first line of the text is the title; a file whose text lost it gets it back.
-    const QString title = parsed->title.trimmed();
-    const QString firstLine = parsed->text.string().section(u'\n', 0, 0).trimmed();
-    if (!title.isEmpty() && firstLine != title) {
-        QWMutableAttributedString text;
-        text.appendString(title + u'\n');
-        text.appendAttributedString(parsed->text);
-        note.text = text.attributedString();
-    } else {
-        note.text = parsed->text;
-    }
     // tomboy-ng ends every text with a newline and the indentation of its closing tag.
-    qsizetype end = note.text.length();
-    while (end > 0 && note.text.string().at(end - 1).isSpace())
-        --end;
-    note.text = note.text.attributedSubstringFromRange(0, end);
+    note.text = SNImportTitledText::make(parsed->title, parsed->text);
 
     const QDateTime modified = parsed->modified.isValid() ? parsed->modified
         : parsed->metadataModified.isValid()              ? parsed->metadataModified
