@@ -1,3 +1,4 @@
+#include "import/SNKNotesMessage.h"
 #include "import/SNKNotesReader.h"
 
 #include <QDir>
@@ -8,13 +9,15 @@
 using namespace Qt::Literals::StringLiterals;
 
 // What the golden cases cannot hold: a notes resource whose folder lies outside the home the
-// test copies, as Akonadi's settings name it with $HOME.
+// test copies, as Akonadi's settings name it with $HOME; rich notes read where there is no GUI
+// application, as here.
 class TestSNKNotesReader final : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void findsResourceFoldersTheirSettingsName();
+    void readsRichNotesWithoutGuiApplication();
 };
 
 namespace {
@@ -51,6 +54,17 @@ void TestSNKNotesReader::findsResourceFoldersTheirSettingsName()
     QCOMPARE(result.notes.size(), 1);
     QCOMPARE(result.notes.first().text.string(), u"Synced\nText"_s);
     QVERIFY(result.notes.first().tags.isEmpty());
+}
+
+void TestSNKNotesReader::readsRichNotesWithoutGuiApplication()
+{
+    // Qt's HTML reader would ask the missing application for the fixed-width font of <tt>.
+    const SNImportReadResult result = SNKNotesMessage::read(
+        "Subject: T\nContent-Type: text/html\n\n<html><head><style>p { }</style></head><body>"
+        "<p>a &amp; <tt>b</tt></p><p>c&#233;&#x2603;</p></body></html>\n",
+        u"1.R1.host"_s, QDateTime::currentDateTimeUtc());
+    QCOMPARE(result.notes.size(), 1);
+    QCOMPARE(result.notes.first().text.string(), u"T\na & b\ncé☃"_s);
 }
 
 QTEST_APPLESS_MAIN(TestSNKNotesReader)
