@@ -100,5 +100,6 @@ void TestSNImportReaderGolden::readsEveryCase()
     QWRichTextDump::compareWithFile(caseFolder + u"/expected.txt"_s, dump.toUtf8());
 }
 
-QTEST_APPLESS_MAIN(TestSNImportReaderGolden)
+// Rich notes are read by Qt's HTML reader, which needs a GUI application, as the importer has.
+QTEST_MAIN(TestSNImportReaderGolden)
 #include "TestSNImportReaderGolden.moc"
