@@ -23,10 +23,12 @@ public:
     SNImportFinder() = delete;
 
     // The programs with notes (or with files that could not be read: the user should hear of
-    // them), in the catalog's order; per program the first of its places that holds something.
+    // them), in the catalog's order; per program the notes of all its places, and as its path
+    // the first of them that holds something.
     static QList<SNImportSource> findSources(const SNImportEnvironment &environment);
-    // What one program keeps at the path, or in its own places when the path is empty; nothing
-    // when the program is unknown. A path that holds nothing gives a source without notes.
+    // What one program keeps at the path, or in all its own places when the path is empty;
+    // nothing when the program is unknown. A path that holds nothing gives a source without
+    // notes.
     static std::optional<SNImportSource> readSource(
         const QString &programId, const QString &path, const SNImportEnvironment &environment);
 };

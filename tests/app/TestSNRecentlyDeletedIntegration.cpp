@@ -110,7 +110,7 @@ private Q_SLOTS:
         QTest::qWait(400);
         key(QStringLiteral("Up Up Right"));
         QTest::qWait(300);
-        key(QStringLiteral("Up Up Up Up Up Up Up Up Right"));
+        key(QStringLiteral("Up Up Up Up Up Up Up Up Up Up Right"));
         QTest::qWait(300);
         key(QStringLiteral("Return"));
         QTRY_COMPARE(visibleWindows(pid).size(), before.size() + 1);
