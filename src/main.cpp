@@ -16,11 +16,13 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QSessionManager>
 #include <QUrl>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 
@@ -72,14 +74,9 @@ int printText(int argc, char *argv[])
     commandLine.showVersion();
 }
 
-// The history and sync commands answer in a terminal and need no display either.
-bool asksForCommand(int argc, char *argv[])
+// Whether one of the options is given, alone or with its value joined by "=".
+bool asksForOneOf(int argc, char *argv[], const QStringList &options)
 {
-    const QStringList options { SNHistoryCommand::listDeletedOption(),
-        SNHistoryCommand::restoreDeletedOption(), SNHistoryCommand::backUpNowOption(),
-        SNSyncCommand::setFolderOption(), SNSyncCommand::showStatusOption(),
-        SNImportCommand::importOption(), SNImportCommand::listProgramsOption(),
-        SNImportCommand::exportMarkdownOption() };
     for (int i = 1; i < argc; ++i) {
         const QByteArray argument(argv[i]);
         for (const QString &option : options) {
@@ -91,11 +88,32 @@ bool asksForCommand(int argc, char *argv[])
     return false;
 }
 
+const QStringList importOptions { SNImportCommand::importOption(),
+    SNImportCommand::listProgramsOption(), SNImportCommand::exportMarkdownOption() };
+
+// The history, sync and import commands answer in a terminal and need no display either.
+bool asksForCommand(int argc, char *argv[])
+{
+    return asksForOneOf(argc, argv,
+        QStringList { SNHistoryCommand::listDeletedOption(),
+            SNHistoryCommand::restoreDeletedOption(), SNHistoryCommand::backUpNowOption(),
+            SNSyncCommand::setFolderOption(), SNSyncCommand::showStatusOption() }
+            + importOptions);
+}
+
 // Runs in the Vellumo that holds the notes, else on the store itself; nothing else may run
 // on the store meanwhile, as the name on the session bus is held until the end.
 int runCommand(int argc, char *argv[])
 {
-    QCoreApplication application(argc, argv);
+    // Rich text of other programs (KNotes' HTML) is laid out by Qt's text document, which needs
+    // a GUI application; the offscreen platform gives one without a display.
+    std::unique_ptr<QCoreApplication> application;
+    if (asksForOneOf(argc, argv, importOptions)) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        application = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    }
     setApplicationNames();
     SNCommandLine commandLine;
     const bool understood = commandLine.parse(QCoreApplication::arguments());

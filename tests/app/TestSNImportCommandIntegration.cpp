@@ -13,6 +13,10 @@ namespace {
 const QString xpadFolder = QStringLiteral(
     VELLUMO_TEST_DATA_DIR "/../../import/data/golden/xpad/formatted/home/.config/xpad");
 
+// Akonadi's notes folder as KNotes wrote it: three notes, one of them rich text.
+const QString knotesFolder = QStringLiteral(
+    VELLUMO_TEST_DATA_DIR "/../../import/data/golden/knotes/akonadi-notes/home/.local/share/notes");
+
 void copyFolder(const QString &from, const QString &to)
 {
     QDir().mkpath(to);
@@ -38,6 +42,14 @@ private Q_SLOTS:
         QCOMPARE(session.runSecond({ u"--import"_s, u"xpad"_s, xpadFolder }, {}, &output), 0);
         QVERIFY2(output.startsWith(u"xpad: 2 notes imported\n"_s), qPrintable(output));
         QCOMPARE(session.runSecond({ u"--import"_s, u"nonesuch"_s }, {}, &output), 1);
+        // KNotes' rich notes keep their formatting without a display.
+        QCOMPARE(session.runSecond({ u"--import"_s, u"knotes"_s, knotesFolder }, {}, &output), 0);
+        QVERIFY2(output.startsWith(u"KNotes: 3 notes imported\n"_s), qPrintable(output));
+        const QString early = session.homePath(u"early"_s);
+        QCOMPARE(session.runSecond({ u"--export-markdown"_s, early }, {}, &output), 0);
+        QFile rich(early + u"/Rich.md"_s);
+        QVERIFY(rich.open(QIODevice::ReadOnly));
+        QVERIFY(rich.readAll().contains("**Bold**"));
 
         // The running program finds xpad in its own places and knows what came in before.
         copyFolder(xpadFolder, session.homePath(u"config/xpad"_s));
