@@ -30,7 +30,16 @@ SNImportController::SNImportController(SNStickyNoteManager &store, SNNoteWindowS
       m_environment(SNImportEnvironment::current())
 { }
 
-SNImportController::~SNImportController() = default;
+SNImportController::~SNImportController()
+{
+    // A search still reading must not outlive what it reports to.
+    for (const QPointer<QThread> &thread : std::as_const(m_searches)) {
+        if (thread) {
+            thread->wait();
+            delete thread;
+        }
+    }
+}
 
 SNImportCommand::Result SNImportController::run(const SNImportCommand &command)
 {
@@ -74,7 +83,9 @@ void SNImportController::search(
     QThread *thread = QThread::create(
         [found, environment] { *found = SNImportFinder::findSources(environment); });
     const QPointer<SNImportPanel> target(panel);
+    m_searches.append(thread);
     connect(thread, &QThread::finished, this, [this, thread, found, target, hideIfNone] {
+        m_searches.removeAll(thread);
         thread->deleteLater();
         if (!target)
             return;

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class QThread;
 class QWidget;
 class SNImportPanel;
 class SNImportWindowController;
@@ -61,4 +62,5 @@ private:
     std::shared_ptr<SNModalPresenter> m_presenter;
     SNImportEnvironment m_environment;
     std::unique_ptr<SNImportWindowController> m_window;
+    QList<QPointer<QThread>> m_searches; // still reading
 };
