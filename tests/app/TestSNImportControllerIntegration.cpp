@@ -138,14 +138,28 @@ private Q_SLOTS:
         QCOMPARE(m_notes->store.notesArray().size(), before + xpadNotes);
     }
 
-    void theWelcomeWindowSaysNothingWhenNothingIsFound()
+    void anotherHomeFolderIsSearchedOnRequest()
     {
+        // Nothing in this home: the welcome window says nothing of other programs.
         m_delegate->importer().setEnvironment(SNImportEnvironment::underHome(m_home->path()));
         QSignalSpy searches(&m_delegate->importer(), &SNImportController::searchFinished);
         m_delegate->applicationWillFinishLaunching();
         m_delegate->applicationDidFinishLaunching();
         QVERIFY(searches.wait());
         QVERIFY(!m_delegate->welcomeWindowController()->importPanel()->isVisible());
+        m_delegate->welcomeWindowController()->window()->close();
+
+        // The import window looks in a copy of an old computer's home when asked to.
+        QTemporaryDir old;
+        QVERIFY(!copyXpadHome(old.path()).isEmpty());
+        m_delegate->importer().showImportWindow();
+        QVERIFY(searches.wait());
+        QWidget *window = m_delegate->importer().importWindowController()->window();
+        QCOMPARE(window->findChild<QListWidget *>()->count(), 0);
+        m_presenter->savePath = old.path();
+        window->findChild<QPushButton *>(u"chooseFolderButton"_s)->click();
+        QVERIFY(searches.wait());
+        QCOMPARE(window->findChild<QListWidget *>()->item(0)->text(), u"xpad — 2 notes"_s);
     }
 
     void everyNoteGoesOutAsMarkdownWithWhatItsWindowHolds()
