@@ -53,9 +53,7 @@ SNImportCommand::Result SNImportCommandRunner::listPrograms() const
     const SNImportLedger ledger(m_store.baseDatabasePath());
     QString output;
     for (const SNImportSource &source : SNImportFinder::findSources(m_environment)) {
-        qsizetype before = 0;
-        for (const SNImportedNote &note : source.result.notes)
-            before += ledger.contains(source.programId, note.sourceId) ? 1 : 0;
+        const qsizetype before = ledger.countImported(source.programId, source.result.notes);
         QString line = u"%1\t%2\t%3"_s.arg(source.programId, source.programName,
             SNNoteImporter::noteCount(source.result.notes.size()));
         if (before > 0)

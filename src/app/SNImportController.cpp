@@ -101,10 +101,7 @@ void SNImportController::showFound(SNImportPanel *panel, const QList<SNImportSou
 {
     const SNImportLedger ledger(m_store.baseDatabasePath());
     panel->showSources(sources, [&ledger](const SNImportSource &source) {
-        qsizetype before = 0;
-        for (const SNImportedNote &note : source.result.notes)
-            before += ledger.contains(source.programId, note.sourceId) ? 1 : 0;
-        return before;
+        return ledger.countImported(source.programId, source.result.notes);
     });
 }
 

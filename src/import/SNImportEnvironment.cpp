@@ -9,7 +9,7 @@ namespace {
 QString folderOfVariable(const char *name, const QString &fallback)
 {
     const QString value = qEnvironmentVariable(name);
-    // The base directory specification ignores relative paths.
+    // XDG base directories are absolute; a relative one is ignored, as other programs do.
     return QDir::isAbsolutePath(value) ? QDir::cleanPath(value) : fallback;
 }
 

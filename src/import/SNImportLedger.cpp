@@ -6,6 +6,8 @@
 #include <QSaveFile>
 #include <QUrl>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 const QString SNImportLedger::fileName = QStringLiteral("Imported Notes.txt");
@@ -34,6 +36,13 @@ SNImportLedger::SNImportLedger(const QString &folder) : m_path(folder + fileName
 bool SNImportLedger::contains(const QString &programId, const QString &sourceId) const
 {
     return m_noteIds.contains(key(programId, sourceId));
+}
+
+qsizetype SNImportLedger::countImported(
+    const QString &programId, const QList<SNImportedNote> &notes) const
+{
+    return std::count_if(notes.cbegin(), notes.cend(),
+        [&](const SNImportedNote &note) { return contains(programId, note.sourceId); });
 }
 
 void SNImportLedger::add(const QString &programId, const QString &sourceId, const QUuid &noteId)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "import/SNImportedNote.h"
+
 #include <QHash>
 #include <QString>
 #include <QUuid>
@@ -20,6 +22,8 @@ public:
     explicit SNImportLedger(const QString &folder);
 
     bool contains(const QString &programId, const QString &sourceId) const;
+    // How many of the notes read from the program came in before.
+    qsizetype countImported(const QString &programId, const QList<SNImportedNote> &notes) const;
     void add(const QString &programId, const QString &sourceId, const QUuid &noteId);
     // Writes the file beside the old one and renames it over; false when that failed, and the
     // error in words.
