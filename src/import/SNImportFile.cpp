@@ -41,6 +41,18 @@ std::optional<QByteArray> SNImportFile::read(const QString &path, QString *reaso
     return bytes;
 }
 
+SNImportReadResult SNImportFile::parse(const QString &path, const Parser &parser)
+{
+    QString reason;
+    const std::optional<QByteArray> bytes = read(path, &reason);
+    if (!bytes) {
+        SNImportReadResult result;
+        result.problems.append({ QFileInfo(path).fileName(), reason });
+        return result;
+    }
+    return parser(*bytes, modificationTime(path));
+}
+
 QString SNImportFile::decodeText(const QByteArray &bytes)
 {
     QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "import/SNImportedNote.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
 #include <QStringView>
 
+#include <functional>
 #include <optional>
 
 // Reading other programs' files the same careful way in every reader: bounded in size, never
@@ -22,6 +25,12 @@ public:
     // when it is missing, unreadable, not a file or larger.
     static std::optional<QByteArray> read(
         const QString &path, QString *reason = nullptr, qint64 maximum = maximumFileSize);
+
+    // What `parse` makes of the whole file and its time; a file that cannot be read is one
+    // problem, named after the file.
+    using Parser = std::function<SNImportReadResult(
+        const QByteArray &bytes, const std::optional<QDateTime> &fileTime)>;
+    static SNImportReadResult parse(const QString &path, const Parser &parser);
 
     // UTF-8 when the bytes are valid UTF-8 (a byte order mark dropped), else Latin-1, as
     // programs of the 2000s wrote their files.

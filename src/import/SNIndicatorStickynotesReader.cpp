@@ -5,7 +5,6 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -200,12 +199,5 @@ SNImportReadResult SNIndicatorStickynotesReader::readSettingsJson(
 
 SNImportReadResult SNIndicatorStickynotesReader::read(const QString &path) const
 {
-    QString reason;
-    const std::optional<QByteArray> bytes = SNImportFile::read(path, &reason);
-    if (!bytes) {
-        SNImportReadResult result;
-        result.problems.append({ QFileInfo(path).fileName(), reason });
-        return result;
-    }
-    return readSettingsJson(*bytes, SNImportFile::modificationTime(path));
+    return SNImportFile::parse(path, &readSettingsJson);
 }

@@ -6,7 +6,6 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -145,12 +144,5 @@ SNImportReadResult SNMintStickyReader::readNotesJson(
 
 SNImportReadResult SNMintStickyReader::read(const QString &path) const
 {
-    QString reason;
-    const std::optional<QByteArray> bytes = SNImportFile::read(path, &reason);
-    if (!bytes) {
-        SNImportReadResult result;
-        result.problems.append({ QFileInfo(path).fileName(), reason });
-        return result;
-    }
-    return readNotesJson(*bytes, SNImportFile::modificationTime(path));
+    return SNImportFile::parse(path, &readNotesJson);
 }

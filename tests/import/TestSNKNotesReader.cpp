@@ -1,3 +1,4 @@
+#include "SNImportTestFiles.h"
 #include "import/SNKNotesMessage.h"
 #include "import/SNKNotesReader.h"
 
@@ -20,27 +21,16 @@ private Q_SLOTS:
     void readsRichNotesWithoutGuiApplication();
 };
 
-namespace {
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-} // namespace
-
 void TestSNKNotesReader::findsResourceFoldersTheirSettingsName()
 {
     QTemporaryDir home;
     QVERIFY(home.isValid());
     const SNImportEnvironment environment = SNImportEnvironment::underHome(home.path());
-    QVERIFY(writeFile(environment.configHome + u"/akonadi_akonotes_resource_0rc"_s,
+    QVERIFY(writeImportFile(environment.configHome + u"/akonadi_akonotes_resource_0rc"_s,
         "[General]\nPath[$e]=$HOME/.local/share/notes/akonadi_akonotes_resource_0\n"));
-    QVERIFY(writeFile(environment.configHome + u"/akonadi_akonotes_resource_3rc"_s,
+    QVERIFY(writeImportFile(environment.configHome + u"/akonadi_akonotes_resource_3rc"_s,
         "[General]\nPath[$e]=$HOME/Sync/notes\nTopLevelIsContainer=true\n"));
-    QVERIFY(writeFile(
+    QVERIFY(writeImportFile(
         home.filePath(u"Sync/notes/new/1682929230123.R1.host"_s), "Subject: Synced\n\nText\n"));
 
     const SNKNotesReader reader;

@@ -1,3 +1,4 @@
+#include "SNImportTestFiles.h"
 #include "import/SNTomboyReader.h"
 
 #include <QDir>
@@ -18,17 +19,6 @@ private Q_SLOTS:
     void leavesNotesPastTheBound();
 };
 
-namespace {
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-} // namespace
-
 void TestSNTomboyReader::findsTomboyNgFolderItsConfigurationNames()
 {
     QTemporaryDir home;
@@ -36,10 +26,10 @@ void TestSNTomboyReader::findsTomboyNgFolderItsConfigurationNames()
     const SNImportEnvironment environment = SNImportEnvironment::underHome(home.path());
     const QString notes = home.filePath(u"Dropbox/tomboy"_s);
     // Another group's NotesPath is not tomboy-ng's folder.
-    QVERIFY(writeFile(environment.configHome + u"/tomboy-ng/tomboy-ng.cfg"_s,
+    QVERIFY(writeImportFile(environment.configHome + u"/tomboy-ng/tomboy-ng.cfg"_s,
         "[SyncSettings]\nNotesPath=/elsewhere/\n[BasicSettings]\nExportPath=/tmp/\nNotesPath="
             + notes.toUtf8() + "/\n"));
-    QVERIFY(writeFile(notes + u"/ABC.note"_s,
+    QVERIFY(writeImportFile(notes + u"/ABC.note"_s,
         "<note xmlns=\"http://beatniksoftware.com/tomboy\"><title>Kept</title></note>"));
 
     const SNTomboyReader reader(SNTomboyReader::Program::TomboyNg);
@@ -56,7 +46,8 @@ void TestSNTomboyReader::leavesNotesPastTheBound()
     QTemporaryDir folder;
     QVERIFY(folder.isValid());
     for (const char *name : { "a.note", "b.note", "c.note" })
-        QVERIFY(writeFile(folder.filePath(QLatin1String(name)), "<note><title>n</title></note>"));
+        QVERIFY(
+            writeImportFile(folder.filePath(QLatin1String(name)), "<note><title>n</title></note>"));
 
     const SNImportReadResult result
         = SNTomboyReader(SNTomboyReader::Program::Gnote, 2).read(folder.path());
