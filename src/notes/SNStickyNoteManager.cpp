@@ -135,7 +135,11 @@ void SNStickyNoteManager::setJournalFileFactory(JournalFileFactory factory)
 QList<std::shared_ptr<SNStickyNote>> SNStickyNoteManager::notesArray() const
 {
     std::lock_guard lock(m_listMutex);
-    return m_actualNotesArray;
+    // A copy of its own, not one sharing the list's buffer: a caller on a save thread that
+    // changes or merely iterates its copy would otherwise copy the elements out of the shared
+    // buffer, unlocked, while the interface thread changes the list.
+    return QList<std::shared_ptr<SNStickyNote>>(
+        m_actualNotesArray.cbegin(), m_actualNotesArray.cend());
 }
 
 void SNStickyNoteManager::addNote(const std::shared_ptr<SNStickyNote> &note)
