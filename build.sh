@@ -21,6 +21,8 @@ packages=(
   # The Markdown export test reads its front matter as a YAML reader does.
   python3-yaml
   xvfb xauth openbox x11-utils xdotool dbus imagemagick desktop-file-utils
+  # The Wayland tests run a private KWin with XWayland and the desktop portal's global shortcuts.
+  kwin-wayland xwayland xdg-desktop-portal xdg-desktop-portal-kde
   libbenchmark-dev
   # The benchmarks run xpad beside Vellumo.
   xpad
