@@ -1,0 +1,222 @@
+#include "kit/QWKeyCombo.h"
+#include "notes/SNStickyNote.h"
+#include "notes/SNStickyNoteManager.h"
+#include "notes/SNWindowFrameString.h"
+#include "support/QWDesktopShortcuts.h"
+#include "support/QWProgramDriver.h"
+#include "support/QWProgramSession.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDir>
+#include <QKeyCombination>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <memory>
+
+using namespace QWProgramDriver;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString newNote = u"new-note"_s;
+const QString toggleTags = u"toggle-tags"_s;
+const QString componentInterface = u"org.kde.kglobalaccel.Component"_s;
+
+QDBusMessage callDesktop(const QString &path, const QString &method, const QVariantList &arguments)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        u"org.kde.kglobalaccel"_s, path, componentInterface, method);
+    call.setArguments(arguments);
+    return QDBusConnection::sessionBus().call(call);
+}
+
+// A shortcut as the desktop's shortcut settings show it.
+struct DesktopShortcut
+{
+    QString description;
+    QList<int> keys; // Qt key combinations
+};
+
+QHash<QString, DesktopShortcut> shortcutsOf(const QString &component)
+{
+    const QDBusMessage reply = callDesktop(component, u"allShortcutInfos"_s, {});
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        qFatal("allShortcutInfos failed: %s", qUtf8Printable(reply.errorMessage()));
+    // Each is (name, description, component, component's name, context, context's name,
+    // keys, default keys).
+    const QDBusArgument infos = reply.arguments().value(0).value<QDBusArgument>();
+    QHash<QString, DesktopShortcut> shortcuts;
+    infos.beginArray();
+    while (!infos.atEnd()) {
+        QString name, description, unused;
+        QList<int> keys, defaultKeys;
+        infos.beginStructure();
+        infos >> name >> description >> unused >> unused >> unused >> unused >> keys >> defaultKeys;
+        infos.endStructure();
+        shortcuts.insert(name, { description, keys });
+    }
+    infos.endArray();
+    return shortcuts;
+}
+
+// Fires a shortcut as the desktop does when its keys are pressed; key presses made here
+// would reach only XWayland, never the desktop's shortcuts.
+bool press(const QString &component, const QString &name)
+{
+    const QDBusMessage reply = callDesktop(component, u"invokeShortcut"_s, { name, u"default"_s });
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        qWarning("invokeShortcut %s failed: %s", qUtf8Printable(name),
+            qUtf8Printable(reply.errorMessage()));
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+QStringList sorted(QStringList windows)
+{
+    windows.sort();
+    return windows;
+}
+
+QString windowState(const QString &window)
+{
+    return run(u"xprop"_s, { u"-id"_s, window, u"_NET_WM_STATE"_s });
+}
+
+QString visibleWindowWithFrame(qint64 pid, const QRect &frame)
+{
+    for (const QString &window : visibleWindows(pid)) {
+        if (windowGeometry(window) == frame)
+            return window;
+    }
+    return {};
+}
+
+} // namespace
+
+class TestSNHotKeysWaylandIntegration final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QString error;
+        QVERIFY2(QWDesktopShortcuts::portalVersion(&error) >= 1, qPrintable(error));
+        // What a first start shows.
+        const QTemporaryDir empty;
+        m_welcomeNotes = SNStickyNoteManager(empty.path()).notesArray().size();
+        QVERIFY(m_welcomeNotes > 2);
+    }
+    void init()
+    {
+        QVERIFY(!QWProgramSession::isServing());
+        m_session = std::make_unique<QWProgramSession>();
+        // Keys other than the defaults, with all four modifiers between them, so that what the
+        // desktop holds can only have come from the settings. Codes: 38 is J, 46 is M.
+        m_session->setSetting(u"noteHotKeyCode"_s, 38);
+        m_session->setSetting(
+            u"noteHotKeyModifier"_s, QWKeyCombo::ShiftKeyMask | QWKeyCombo::CommandKeyMask);
+        m_session->setSetting(u"hotKeyCode"_s, 46);
+        m_session->setSetting(
+            u"hotKeyModifier"_s, QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask);
+    }
+    void cleanup()
+    {
+        m_session.reset();
+        QTRY_VERIFY(!QWProgramSession::isServing());
+    }
+
+    void desktopShortcutsCarryTheSettingsKeysAndMakeNotesAndToggleTheTagBrowser()
+    {
+        const qint64 pid = start();
+        QVERIFY(pid);
+
+        QString component;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !(component = QWDesktopShortcuts::componentHolding({ newNote, toggleTags })).isEmpty(),
+            20000);
+        const QHash<QString, DesktopShortcut> shortcuts = shortcutsOf(component);
+        QCOMPARE(shortcuts.value(newNote).description, u"New note"_s);
+        QCOMPARE(shortcuts.value(toggleTags).description, u"Show or hide the tag browser"_s);
+        QCOMPARE(shortcuts.value(newNote).keys,
+            QList<int> {
+                QKeyCombination(Qt::ShiftModifier | Qt::MetaModifier, Qt::Key_J).toCombined() });
+        QCOMPARE(shortcuts.value(toggleTags).keys,
+            QList<int> {
+                QKeyCombination(Qt::ControlModifier | Qt::AltModifier, Qt::Key_M).toCombined() });
+
+        const qsizetype before = visibleWindows(pid).size();
+        QVERIFY(press(component, newNote));
+        QTRY_VERIFY(visibleWindows(pid).size() > before);
+        const QStringList notes = sorted(visibleWindows(pid));
+        QCOMPARE(notes.size(), before + 1);
+
+        // The browser hides the notes while it is open, and shows them again when it goes.
+        QVERIFY(press(component, toggleTags));
+        QTRY_VERIFY(!visibleWindows(pid).isEmpty()
+            && std::none_of(notes.cbegin(), notes.cend(),
+                [&](const QString &note) { return visibleWindows(pid).contains(note); }));
+        QVERIFY(press(component, toggleTags));
+        QTRY_COMPARE(sorted(visibleWindows(pid)), notes);
+    }
+
+    void pinnedNotesStayAboveOrBelowTheOtherWindows()
+    {
+        const QRect aboveFrame(140, 120, 230, 190);
+        const QRect belowFrame(560, 330, 230, 190);
+        QVERIFY(QDir().mkpath(m_session->notesFolder()));
+        {
+            SNStickyNoteManager store(m_session->notesFolder());
+            const QList<std::shared_ptr<SNStickyNote>> notes = store.notesArray();
+            QCOMPARE(notes.size(), m_welcomeNotes);
+            for (const std::shared_ptr<SNStickyNote> &note : notes) {
+                note->setPinState(SNStickyNote::PinStateNormal);
+                store.noteDidChange(note);
+            }
+            notes[0]->setPinState(SNStickyNote::PinStateFloating);
+            notes[0]->setWindowFrame(SNWindowFrameString::stringFromRect(aboveFrame));
+            notes[1]->setPinState(SNStickyNote::PinStateDesktop);
+            notes[1]->setWindowFrame(SNWindowFrameString::stringFromRect(belowFrame));
+            QVERIFY(store.compact());
+        }
+
+        const qint64 pid = start();
+        QVERIFY(pid);
+        QString above, below;
+        QTRY_VERIFY_WITH_TIMEOUT(!(above = visibleWindowWithFrame(pid, aboveFrame)).isEmpty()
+                && !(below = visibleWindowWithFrame(pid, belowFrame)).isEmpty(),
+            20000);
+        QTRY_VERIFY(windowState(above).contains(u"_NET_WM_STATE_ABOVE"_s));
+        QTRY_VERIFY(windowState(below).contains(u"_NET_WM_STATE_BELOW"_s));
+        QVERIFY(!windowState(above).contains(u"_NET_WM_STATE_BELOW"_s));
+        QVERIFY(!windowState(below).contains(u"_NET_WM_STATE_ABOVE"_s));
+        for (const QString &window : visibleWindows(pid)) {
+            if (window == above || window == below)
+                continue;
+            QVERIFY(!windowState(window).contains(u"_NET_WM_STATE_ABOVE"_s));
+            QVERIFY(!windowState(window).contains(u"_NET_WM_STATE_BELOW"_s));
+        }
+    }
+
+private:
+    // Starts the program and waits until every note has its window; the program's process id,
+    // 0 when it does not get so far.
+    qint64 start()
+    {
+        if (!m_session->start())
+            return 0;
+        const qint64 pid = m_session->program().processId();
+        return QTest::qWaitFor([&] { return visibleWindows(pid).size() == m_welcomeNotes; }, 20000)
+            ? pid
+            : 0;
+    }
+
+    std::unique_ptr<QWProgramSession> m_session;
+    qsizetype m_welcomeNotes = 0;
+};
+
+QTEST_GUILESS_MAIN(TestSNHotKeysWaylandIntegration)
+#include "TestSNHotKeysWaylandIntegration.moc"
