@@ -158,10 +158,12 @@ void GeneralPreferencesViewController::updateHotKeyRouteUI()
             tr("The desktop's keyboard settings decide these shortcuts; change them there."));
     } else {
         m_ui->hotKeyRouteLabel->setText(
-            tr("This desktop lets programs set no shortcuts of their own, so these work only "
-               "while a Vellumo window is active; to use them everywhere, give these commands "
-               "to the desktop's keyboard shortcut settings:"));
+            tr("This desktop lets no program set shortcuts, so these work only in Vellumo's "
+               "windows; for every program, add these commands to the desktop's keyboard "
+               "shortcuts:"));
     }
+    // The page grows or shrinks by the lines that came or went.
+    forceResize();
 }
 
 void GeneralPreferencesViewController::copyCommandOf(bool showTags)

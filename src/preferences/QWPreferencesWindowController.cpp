@@ -365,6 +365,9 @@ QSize QWPreferencesWindowController::wantedSizeOfModule(QWModuleViewController *
         QWidget *view = module->view();
         // The interface file gives the size; the fonts of this desktop may need more.
         wanted = view ? view->size().expandedTo(view->minimumSizeHint()) : QSize();
+        // Wrapped text needs as many lines as the page's width gives it.
+        if (view && view->hasHeightForWidth())
+            wanted.setHeight(std::max(wanted.height(), view->heightForWidth(wanted.width())));
     }
     return wanted;
 }

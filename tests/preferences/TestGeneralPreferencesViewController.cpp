@@ -214,7 +214,7 @@ void TestGeneralPreferencesViewController::theDesktopsWayWithTheKeysShows()
         { {}, u"/opt/v/vellumo --new-note"_s });
     QVERIFY(recorderShows());
     QVERIFY(child<QWidget>("commandsPanel")->isVisible());
-    QVERIFY(child<QLabel>("hotKeyRouteLabel")->text().contains(u"only while a Vellumo window"_s));
+    QVERIFY(child<QLabel>("hotKeyRouteLabel")->text().contains(u"only in Vellumo's windows"_s));
     QCOMPARE(child<QLabel>("noteCommandLabel")->text(), u"/opt/v/vellumo --new-note"_s);
     child<QPushButton>("copyTagsCommandButton")->click();
     QCOMPARE(QGuiApplication::clipboard()->text(), u"/opt/v/vellumo --toggle-tags"_s);
