@@ -13,7 +13,7 @@ packages=(
   build-essential cmake ninja-build ccache pkg-config
   clang libclang-rt-14-dev
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev
-  libgl-dev x11proto-dev libxcb1-dev libxcb-xfixes0-dev
+  libgl-dev x11proto-dev libx11-dev libxcb1-dev libxcb-xfixes0-dev
   libenchant-2-dev hunspell-en-us
   # Event sounds; the pulse driver reaches PulseAudio and PipeWire desktops.
   libcanberra-dev libcanberra-pulse

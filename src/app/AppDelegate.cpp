@@ -475,6 +475,7 @@ void AppDelegate::makePreferencesControllerIfNeeded()
     m_preferencesWindowController = QWPreferencesWindowController::controller();
     m_preferencesWindowController->setModalPresenter(m_services.presenter);
     m_preferencesWindowController->setSyncState(&m_sync->state());
+    m_preferencesWindowController->setHotKeyState(&m_hotKeys->state());
     m_preferencesWindowController->setNoteStore(
         &noteManager(), [this](const QList<std::shared_ptr<SNStickyNote>> &notes) {
             for (const std::shared_ptr<SNStickyNote> &note : notes)

@@ -2,6 +2,11 @@
 
 QWHotKeyGrabber::~QWHotKeyGrabber() = default;
 
+QString QWHotKeyGrabber::desktopTrigger(const QString &) const
+{
+    return {};
+}
+
 void QWHotKeyGrabber::keyWasPressed(qint64 identifier) const
 {
     if (m_pressedHandler)

@@ -1,10 +1,30 @@
 #include "app/QWHotKeyHelper.h"
 
+#include "app/QWGlobalShortcutsPortal.h"
 #include "app/QWHotKeyGrabber.h"
+#include "app/QWPortalHotKeyGrabber.h"
 #include "app/QWX11HotKeyGrabber.h"
+#include "app/SNPlatformSelection.h"
 #include "kit/QWKeyCodes.h"
+#include "settings/SNApplicationInfo.h"
 
 #include <QtDebug>
+
+namespace {
+
+// X11 grabs on an X11 desktop. Through XWayland they see only keys typed into X11 windows, so a
+// Wayland session binds the keys through the desktop's portal, where there is one.
+std::unique_ptr<QWHotKeyGrabber> grabberForSession()
+{
+    std::unique_ptr<QWHotKeyGrabber> x11 = QWX11HotKeyGrabber::create();
+    if (!SNPlatformSelection::isWaylandSession())
+        return x11;
+    return std::make_unique<QWPortalHotKeyGrabber>(
+        std::make_unique<QWGlobalShortcutsPortal>(SNApplicationInfo::applicationIdentifier()),
+        std::move(x11));
+}
+
+} // namespace
 
 QWHotKeyHelper::QWHotKeyHelper(std::unique_ptr<QWHotKeyGrabber> grabber)
     : m_grabber(std::move(grabber))
@@ -23,7 +43,7 @@ QWHotKeyHelper::~QWHotKeyHelper()
 QWHotKeyHelper &QWHotKeyHelper::sharedHelper()
 {
     // Never destroyed: its grabs go with the X connection, which outlives no QApplication.
-    static QWHotKeyHelper *const helper = new QWHotKeyHelper(QWX11HotKeyGrabber::create());
+    static QWHotKeyHelper *const helper = new QWHotKeyHelper(grabberForSession());
     return *helper;
 }
 
@@ -36,13 +56,15 @@ void QWHotKeyHelper::registerHandlers()
         [this](qint64 identifier) { hotkeyWasReleasedWithID(identifier); });
 }
 
-qint64 QWHotKeyHelper::registerHotKey(const QWKeyCombo &combo)
+qint64 QWHotKeyHelper::registerHotKey(
+    const QWKeyCombo &combo, const QString &name, const QString &description)
 {
     if (combo.isEmpty())
         return -1;
-    const quint16 modifiers = translateModifierFlags(combo.flags);
     const qint64 identifier = m_nextIdentifier;
-    if (!m_grabber || !m_grabber->grabKeyWithIdentifier(combo.code, modifiers, identifier)) {
+    const QWHotKeyRequest request { identifier, combo.code, translateModifierFlags(combo.flags),
+        name.isEmpty() ? QString::number(identifier) : name, description };
+    if (!m_grabber || !m_grabber->grabKey(request)) {
         qWarning("[DEBUG] Error registering hotkey");
         return -1;
     }

@@ -24,12 +24,19 @@ public:
     // Releases every registration still held.
     ~QWHotKeyHelper();
 
-    // Over the X server the program runs on, created on first use.
+    // Over the desktop the program runs on, created on first use: X11 grabs, or on a Wayland
+    // session the desktop's global shortcuts.
     static QWHotKeyHelper &sharedHelper();
 
+    // Null without a grabber.
+    QWHotKeyGrabber *grabber() const { return m_grabber.get(); }
+
     // The new identifier, or -1 when the combination is empty (no grab is tried) or the
-    // desktop refuses it.
-    qint64 registerHotKey(const QWKeyCombo &combo);
+    // desktop refuses it. The name and description are what a desktop that binds the keys for
+    // the program files and shows them under; the name stays the same from one registration
+    // of a hot key to the next.
+    qint64 registerHotKey(
+        const QWKeyCombo &combo, const QString &name = {}, const QString &description = {});
     void unregisterHotkeyWithID(qint64 identifier);
 
     // A stored modifier mask as the X server spells it.

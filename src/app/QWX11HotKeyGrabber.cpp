@@ -117,12 +117,12 @@ QList<quint16> QWX11HotKeyGrabber::lockVariants(quint16 numLockMask) const
     return variants;
 }
 
-bool QWX11HotKeyGrabber::grabKeyWithIdentifier(qint64 code, quint16 modifiers, qint64 identifier)
+bool QWX11HotKeyGrabber::grabKey(const QWHotKeyRequest &request)
 {
     const KeyboardMapping mapping(m_connection);
     Grab grab;
-    grab.keycodes = mapping.keycodesForKeysym(QWKeyCodes::keysymForKeyCode(code));
-    grab.modifiers = modifiers & comboModifiersMask;
+    grab.keycodes = mapping.keycodesForKeysym(QWKeyCodes::keysymForKeyCode(request.code));
+    grab.modifiers = request.modifiers & comboModifiersMask;
     if (grab.keycodes.isEmpty())
         return false;
 
@@ -151,7 +151,7 @@ bool QWX11HotKeyGrabber::grabKeyWithIdentifier(qint64 code, quint16 modifiers, q
         xcb_flush(m_connection);
         return false;
     }
-    m_grabs.insert(identifier, grab);
+    m_grabs.insert(request.identifier, grab);
     return true;
 }
 

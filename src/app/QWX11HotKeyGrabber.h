@@ -21,7 +21,7 @@ public:
     static std::unique_ptr<QWX11HotKeyGrabber> create();
     ~QWX11HotKeyGrabber() override;
 
-    bool grabKeyWithIdentifier(qint64 code, quint16 modifiers, qint64 identifier) override;
+    bool grabKey(const QWHotKeyRequest &request) override;
     void ungrabKeyWithIdentifier(qint64 identifier) override;
 
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;

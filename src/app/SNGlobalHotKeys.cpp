@@ -1,9 +1,14 @@
 #include "app/SNGlobalHotKeys.h"
 
+#include "app/QWHotKeyGrabber.h"
 #include "app/QWHotKeyHelper.h"
+#include "app/SNLaunchRequest.h"
 #include "settings/SNUserDefaults.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QPointer>
+#include <QStandardPaths>
 
 SNGlobalHotKeys::SNGlobalHotKeys(SNUserDefaults &defaults, QWHotKeyHelper &helper, Action showTags,
     Action newNote, QObject *parent)
@@ -12,7 +17,11 @@ SNGlobalHotKeys::SNGlobalHotKeys(SNUserDefaults &defaults, QWHotKeyHelper &helpe
       m_helper(helper),
       m_showTags(std::move(showTags)),
       m_newNote(std::move(newNote))
-{ }
+{
+    if (QWHotKeyGrabber *grabber = m_helper.grabber())
+        connect(grabber, &QWHotKeyGrabber::reachDidChange, this, &SNGlobalHotKeys::updateState);
+    updateState();
+}
 
 SNGlobalHotKeys::~SNGlobalHotKeys() = default;
 
@@ -30,8 +39,12 @@ void SNGlobalHotKeys::updateHotkeys()
                 self->hotKeyWasPressed(identifier);
         });
     }
-    m_hotKeyID = m_helper.registerHotKey(m_defaults.hotKeyCombo());
-    m_noteHotKeyID = m_helper.registerHotKey(m_defaults.noteHotKeyCombo());
+    // A desktop that binds the keys for the program files them under these names and shows
+    // the descriptions in its shortcut settings.
+    m_hotKeyID = m_helper.registerHotKey(m_defaults.hotKeyCombo(),
+        SNLaunchRequest::toggleTagsAction(), tr("Show or hide the tag browser"));
+    m_noteHotKeyID = m_helper.registerHotKey(
+        m_defaults.noteHotKeyCombo(), SNLaunchRequest::newNoteAction(), tr("New note"));
 }
 
 void SNGlobalHotKeys::hotKeyWasPressed(qint64 identifier)
@@ -40,4 +53,33 @@ void SNGlobalHotKeys::hotKeyWasPressed(qint64 identifier)
         m_showTags();
     else
         m_newNote();
+}
+
+void SNGlobalHotKeys::updateState()
+{
+    const QWHotKeyGrabber *grabber = m_helper.grabber();
+    SNHotKeyState::Route route = SNHotKeyState::Route::Grabbed;
+    if (grabber && grabber->reach() == QWHotKeyGrabber::Reach::DesktopDecides)
+        route = SNHotKeyState::Route::DesktopDecides;
+    else if (grabber && grabber->reach() == QWHotKeyGrabber::Reach::ProgramWindowsOnly)
+        route = SNHotKeyState::Route::ProgramWindowsOnly;
+    const auto shortcut = [grabber](const QString &action) {
+        return SNHotKeyState::Shortcut { grabber ? grabber->desktopTrigger(action) : QString(),
+            programCommand() + QStringLiteral(" --") + action };
+    };
+    m_state.update(route, shortcut(SNLaunchRequest::toggleTagsAction()),
+        shortcut(SNLaunchRequest::newNoteAction()));
+}
+
+QString SNGlobalHotKeys::programCommand()
+{
+    const QFileInfo program(QCoreApplication::applicationFilePath());
+    const QString found = QStandardPaths::findExecutable(program.fileName());
+    QString command
+        = !found.isEmpty() && QFileInfo(found).canonicalFilePath() == program.canonicalFilePath()
+        ? program.fileName()
+        : program.filePath();
+    if (command.contains(QLatin1Char(' ')))
+        command = QLatin1Char('\'') + command + QLatin1Char('\'');
+    return command;
 }

@@ -13,9 +13,20 @@ QByteArray SNPlatformSelection::platformToRequest(const QList<QByteArray> &argum
             || argument.startsWith("--platform="))
             return {};
     }
-    if (sessionType == "wayland" || !waylandDisplay.isEmpty())
+    if (isWaylandSession(sessionType, waylandDisplay))
         return QByteArrayLiteral("xcb");
     return {};
+}
+
+bool SNPlatformSelection::isWaylandSession(
+    const QByteArray &sessionType, const QByteArray &waylandDisplay)
+{
+    return sessionType == "wayland" || !waylandDisplay.isEmpty();
+}
+
+bool SNPlatformSelection::isWaylandSession()
+{
+    return isWaylandSession(qgetenv("XDG_SESSION_TYPE"), qgetenv("WAYLAND_DISPLAY"));
 }
 
 void SNPlatformSelection::apply(int argc, char **argv)

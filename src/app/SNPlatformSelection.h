@@ -16,6 +16,10 @@ public:
         const QByteArray &sessionType, const QByteArray &waylandDisplay,
         const QByteArray &x11Display, const QByteArray &chosenPlatform);
 
+    // A Wayland session, whatever platform Qt draws on.
+    static bool isWaylandSession(const QByteArray &sessionType, const QByteArray &waylandDisplay);
+    static bool isWaylandSession();
+
     // Reads the environment and, where it applies, sets QT_QPA_PLATFORM. Runs before the
     // application object exists.
     static void apply(int argc, char **argv);

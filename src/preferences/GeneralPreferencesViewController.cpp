@@ -2,10 +2,13 @@
 
 #include "kit/QWDebouncer.h"
 #include "preferences/QWKeyComboRecorder.h"
+#include "preferences/SNHotKeyState.h"
 #include "settings/SNUserDefaults.h"
 #include "ui_GeneralPreferencesViewController.h"
 
 #include <QCheckBox>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QSignalBlocker>
 #include <QSlider>
 
@@ -67,6 +70,10 @@ void GeneralPreferencesViewController::qw_viewDidLoad()
         &GeneralPreferencesViewController::checkSpellingDidChange);
     connect(m_ui->correctSpellingCheckbox, &QCheckBox::clicked, this,
         &GeneralPreferencesViewController::correctSpellingDidChange);
+    connect(
+        m_ui->copyTagsCommandButton, &QPushButton::clicked, this, [this] { copyCommandOf(true); });
+    connect(
+        m_ui->copyNoteCommandButton, &QPushButton::clicked, this, [this] { copyCommandOf(false); });
 
     updateUI();
     // A login item switched elsewhere (the welcome window) shows here too. The connection
@@ -110,6 +117,61 @@ void GeneralPreferencesViewController::updateUI()
     m_ui->checkSpellingCheckbox->setChecked(settings.checkSpelling());
     m_ui->correctSpellingCheckbox->setChecked(settings.autoCorrectSpelling());
     updateSpellingUI();
+    updateHotKeyRouteUI();
+}
+
+void GeneralPreferencesViewController::setHotKeyState(SNHotKeyState *state)
+{
+    disconnect(m_hotKeyStateConnection);
+    m_hotKeyState = state;
+    if (state) {
+        m_hotKeyStateConnection = connect(state, &SNHotKeyState::changed, this,
+            &GeneralPreferencesViewController::updateHotKeyRouteUI);
+    }
+    updateHotKeyRouteUI();
+}
+
+void GeneralPreferencesViewController::updateHotKeyRouteUI()
+{
+    if (!m_ui)
+        return;
+    const SNHotKeyState::Route route
+        = m_hotKeyState ? m_hotKeyState->route() : SNHotKeyState::Route::Grabbed;
+    const bool desktopDecides = route == SNHotKeyState::Route::DesktopDecides;
+    m_ui->shortcutRecorder->setVisible(!desktopDecides);
+    m_ui->noteShortcutRecorder->setVisible(!desktopDecides);
+    m_ui->shortcutDesktopLabel->setVisible(desktopDecides);
+    m_ui->noteShortcutDesktopLabel->setVisible(desktopDecides);
+    m_ui->hotKeyRouteLabel->setVisible(route != SNHotKeyState::Route::Grabbed);
+    m_ui->commandsPanel->setVisible(route == SNHotKeyState::Route::ProgramWindowsOnly);
+    if (!m_hotKeyState)
+        return;
+    const auto keys = [](const SNHotKeyState::Shortcut &shortcut) {
+        return shortcut.desktopTrigger.isEmpty() ? tr("None") : shortcut.desktopTrigger;
+    };
+    m_ui->shortcutDesktopLabel->setText(keys(m_hotKeyState->showTags()));
+    m_ui->noteShortcutDesktopLabel->setText(keys(m_hotKeyState->newNote()));
+    m_ui->tagsCommandLabel->setText(m_hotKeyState->showTags().command);
+    m_ui->noteCommandLabel->setText(m_hotKeyState->newNote().command);
+    if (desktopDecides) {
+        m_ui->hotKeyRouteLabel->setText(
+            tr("The desktop's keyboard settings decide these shortcuts; change them there."));
+    } else {
+        m_ui->hotKeyRouteLabel->setText(
+            tr("This desktop lets no program set shortcuts, so these work only in Vellumo's "
+               "windows; for every program, add these commands to the desktop's keyboard "
+               "shortcuts:"));
+    }
+    // The page grows or shrinks by the lines that came or went.
+    forceResize();
+}
+
+void GeneralPreferencesViewController::copyCommandOf(bool showTags)
+{
+    if (!m_hotKeyState)
+        return;
+    QGuiApplication::clipboard()->setText(
+        showTags ? m_hotKeyState->showTags().command : m_hotKeyState->newNote().command);
 }
 
 void GeneralPreferencesViewController::updateSpellingUI()

@@ -2,6 +2,8 @@
 
 #include "preferences/QWModuleViewController.h"
 
+#include <QPointer>
+
 #include <memory>
 
 class QCheckBox;
@@ -9,6 +11,7 @@ class QSlider;
 struct QWKeyCombo;
 class QWKeyComboRecorder;
 class QWDebouncer;
+class SNHotKeyState;
 class SNUserDefaults;
 
 namespace Ui {
@@ -39,6 +42,12 @@ public:
     void updateUI();
     void updateSpellingUI();
     void updateShowUI();
+    // Where the desktop decides the hot keys, its keys replace the recorders; where they reach
+    // only the program's own windows, the commands for the desktop's shortcut settings show.
+    void updateHotKeyRouteUI();
+
+    // How the desktop takes the hot keys; null shows the recorders alone.
+    void setHotKeyState(SNHotKeyState *state);
 
     // Handlers of the controls.
     void shortcutRecorderKeyComboDidChange(QWKeyComboRecorder *recorder, const QWKeyCombo &combo);
@@ -50,6 +59,7 @@ public:
     void opacityDidChange();
     void checkSpellingDidChange();
     void correctSpellingDidChange();
+    void copyCommandOf(bool showTags);
 
     void qw_viewWillAppear() override;
 
@@ -74,6 +84,8 @@ private:
     void showOpacityValue();
 
     SNUserDefaults *m_defaults = nullptr;
+    QPointer<SNHotKeyState> m_hotKeyState;
+    QMetaObject::Connection m_hotKeyStateConnection;
     std::unique_ptr<Ui::GeneralPreferencesViewController> m_ui;
     std::unique_ptr<QWDebouncer> m_showDockIconTimer;
 };

@@ -6,6 +6,7 @@
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWAboutViewController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
+#include "preferences/SNHotKeyState.h"
 #include "preferences/SNSyncState.h"
 #include "preferences/SyncPreferencesViewController.h"
 #include "settings/SNApplicationInfo.h"
@@ -133,6 +134,13 @@ void QWPreferencesWindowController::setSyncState(SNSyncState *state)
     m_syncState = state;
 }
 
+void QWPreferencesWindowController::setHotKeyState(SNHotKeyState *state)
+{
+    m_hotKeyState = state;
+    if (GeneralPreferencesViewController *general = generalViewController())
+        general->setHotKeyState(state);
+}
+
 std::unique_ptr<QWidget> QWPreferencesWindowController::loadWindow()
 {
     auto window = std::make_unique<QWidget>();
@@ -161,6 +169,7 @@ void QWPreferencesWindowController::qw_viewDidLoad()
         &QWPreferencesWindowController::tableViewSelectionDidChange);
 
     auto general = std::make_unique<GeneralPreferencesViewController>();
+    general->setHotKeyState(m_hotKeyState);
     auto themes = std::make_unique<SDApperancePreferencesViewController>();
     themes->setModalPresenter(m_presenter);
     SNStickyNoteManager &store = m_noteStore ? *m_noteStore : SNStickyNoteManager::sharedManager();
@@ -356,6 +365,9 @@ QSize QWPreferencesWindowController::wantedSizeOfModule(QWModuleViewController *
         QWidget *view = module->view();
         // The interface file gives the size; the fonts of this desktop may need more.
         wanted = view ? view->size().expandedTo(view->minimumSizeHint()) : QSize();
+        // Wrapped text needs as many lines as the page's width gives it.
+        if (view && view->hasHeightForWidth())
+            wanted.setHeight(std::max(wanted.height(), view->heightForWidth(wanted.width())));
     }
     return wanted;
 }

@@ -22,6 +22,7 @@ class SDApperancePreferencesViewController;
 class SNModalPresenter;
 class SNStickyNote;
 class SNStickyNoteManager;
+class SNHotKeyState;
 class SNSyncState;
 class SyncPreferencesViewController;
 
@@ -69,6 +70,8 @@ public:
     // How the sharing through a sync folder goes, for the Sync page; set before the window
     // loads.
     void setSyncState(SNSyncState *state);
+    // How the desktop takes the hot keys, for the first page.
+    void setHotKeyState(SNHotKeyState *state);
 
     // The first time, the window comes up in the middle of the screen the pointer is on.
     void showWindow() override;
@@ -130,6 +133,7 @@ private:
     SNStickyNoteManager *m_noteStore = nullptr;
     NotesOpener m_notesOpener;
     QPointer<SNSyncState> m_syncState;
+    QPointer<SNHotKeyState> m_hotKeyState;
     std::vector<std::unique_ptr<QWModuleViewController>> m_modules;
     QPointer<QWModuleViewController> m_currentModule;
     QPointer<QWidget> m_currentView;

@@ -43,12 +43,13 @@ public:
 class RecordingGrabber final : public QWHotKeyGrabber
 {
 public:
-    bool grabKeyWithIdentifier(qint64 code, quint16 modifiers, qint64 identifier) override
+    bool grabKey(const QWHotKeyRequest &request) override
     {
-        lastModifiers = modifiers;
-        if (refusedCodes.contains(code))
+        lastModifiers = request.modifiers;
+        lastName = request.name;
+        if (refusedCodes.contains(request.code))
             return false;
-        codes.insert(identifier, code);
+        codes.insert(request.identifier, request.code);
         return true;
     }
     void ungrabKeyWithIdentifier(qint64 identifier) override
@@ -60,6 +61,7 @@ public:
 
     QHash<qint64, qint64> codes; // held grabs: identifier to key code
     quint16 lastModifiers = 0;
+    QString lastName;
     QList<qint64> refusedCodes;
     int ungrabs = 0;
 };

@@ -30,7 +30,7 @@ bool isFree(quint16 modifiers)
     const std::unique_ptr<QWX11HotKeyGrabber> probe = QWX11HotKeyGrabber::create();
     if (!probe)
         qFatal("The integration tests need an X server");
-    const bool free = probe->grabKeyWithIdentifier(45, modifiers, 1);
+    const bool free = probe->grabKey({ 1, 45, modifiers, {}, {} });
     probe->ungrabKeyWithIdentifier(1);
     return free;
 }

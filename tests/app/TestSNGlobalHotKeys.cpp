@@ -43,6 +43,10 @@ private Q_SLOTS:
         hotKeys.updateHotkeys();
         QCOMPARE(grabber.codes,
             (QHash<qint64, qint64> { { hotKeys.hotKeyID(), 45 }, { hotKeys.noteHotKeyID(), 49 } }));
+        // New identifiers, the same name: what a desktop files the user's keys under.
+        QCOMPARE(grabber.lastName, QStringLiteral("new-note"));
+        QCOMPARE(hotKeys.state().newNote().command,
+            SNGlobalHotKeys::programCommand() + QStringLiteral(" --new-note"));
         // Every identifier other than the show-tags one means a new note, stale ones included.
         for (const qint64 identifier : { hotKeys.hotKeyID(), hotKeys.noteHotKeyID(), tags })
             grabber.press(identifier);

@@ -1,7 +1,12 @@
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWKeyComboRecorder.h"
+#include "preferences/SNHotKeyState.h"
 #include "preferences/SNPreferencesTestSupport.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 
@@ -28,8 +33,13 @@ private Q_SLOTS:
     void spellingOffGreysAutoCorrection();
     void recorderStoresWhatItRecords_data();
     void recorderStoresWhatItRecords();
+    void theDesktopsWayWithTheKeysShows();
 
 private:
+    template <typename T> T *child(const char *name) const
+    {
+        return m_controller->view()->findChild<T *>(QLatin1StringView(name));
+    }
     Settings &settings() const { return Settings::standardUserDefaults(); }
     // Read from the file, as the next start of the program reads it.
     QVariant stored(const QString &key) const
@@ -176,6 +186,44 @@ void TestGeneralPreferencesViewController::recorderStoresWhatItRecords()
     // A cleared one too is stored as no modifiers and code 0, not as the code no key has.
     QVERIFY(inFile.code >= 0);
     QCOMPARE(settings().hotKeyCombo(), otherHotKey);
+}
+
+void TestGeneralPreferencesViewController::theDesktopsWayWithTheKeysShows()
+{
+    using Route = SNHotKeyState::Route;
+    SNHotKeyState state;
+    m_controller->setHotKeyState(&state);
+    const auto recorderShows = [this] { return m_controller->shortcutRecorder()->isVisible(); };
+    QVERIFY(recorderShows());
+    QVERIFY(!child<QLabel>("hotKeyRouteLabel")->isVisible());
+
+    // The desktop decides: its keys replace the recorders, and change as it reports them.
+    state.update(Route::DesktopDecides, { u"Ctrl+Shift+N"_s, u"vellumo --toggle-tags"_s },
+        { {}, u"vellumo --new-note"_s });
+    QVERIFY(!recorderShows());
+    QCOMPARE(child<QLabel>("shortcutDesktopLabel")->text(), u"Ctrl+Shift+N"_s);
+    QCOMPARE(child<QLabel>("noteShortcutDesktopLabel")->text(), u"None"_s);
+    QVERIFY(child<QLabel>("hotKeyRouteLabel")->text().contains(u"keyboard settings decide"_s));
+    QVERIFY(!child<QWidget>("commandsPanel")->isVisible());
+    state.update(Route::DesktopDecides, { u"Meta+T"_s, u"vellumo --toggle-tags"_s },
+        { u"Meta+N"_s, u"vellumo --new-note"_s });
+    QCOMPARE(child<QLabel>("noteShortcutDesktopLabel")->text(), u"Meta+N"_s);
+
+    // No portal: the recorders stay, with the commands for the desktop's own settings.
+    state.update(Route::ProgramWindowsOnly, { {}, u"/opt/v/vellumo --toggle-tags"_s },
+        { {}, u"/opt/v/vellumo --new-note"_s });
+    QVERIFY(recorderShows());
+    QVERIFY(child<QWidget>("commandsPanel")->isVisible());
+    QVERIFY(child<QLabel>("hotKeyRouteLabel")->text().contains(u"only in Vellumo's windows"_s));
+    QCOMPARE(child<QLabel>("noteCommandLabel")->text(), u"/opt/v/vellumo --new-note"_s);
+    child<QPushButton>("copyTagsCommandButton")->click();
+    QCOMPARE(QGuiApplication::clipboard()->text(), u"/opt/v/vellumo --toggle-tags"_s);
+    child<QPushButton>("copyNoteCommandButton")->click();
+    QCOMPARE(QGuiApplication::clipboard()->text(), u"/opt/v/vellumo --new-note"_s);
+
+    state.update(Route::Grabbed, {}, {});
+    QVERIFY(recorderShows());
+    QVERIFY(!child<QWidget>("commandsPanel")->isVisible());
 }
 
 QTEST_MAIN(TestGeneralPreferencesViewController)
