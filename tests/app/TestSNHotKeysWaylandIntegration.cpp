@@ -2,15 +2,11 @@
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
 #include "notes/SNWindowFrameString.h"
-#include "support/QWDesktopShortcuts.h"
+#include "support/QWKGlobalAccel.h"
 #include "support/QWProgramDriver.h"
 #include "support/QWProgramSession.h"
 
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDir>
-#include <QKeyCombination>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -24,55 +20,6 @@ namespace {
 
 const QString newNote = u"new-note"_s;
 const QString toggleTags = u"toggle-tags"_s;
-const QString componentInterface = u"org.kde.kglobalaccel.Component"_s;
-
-QDBusMessage callDesktop(const QString &path, const QString &method, const QVariantList &arguments)
-{
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        u"org.kde.kglobalaccel"_s, path, componentInterface, method);
-    call.setArguments(arguments);
-    return QDBusConnection::sessionBus().call(call);
-}
-
-// A shortcut as the desktop's shortcut settings show it.
-struct DesktopShortcut
-{
-    QString description;
-    QList<int> keys; // Qt key combinations
-};
-
-QHash<QString, DesktopShortcut> shortcutsOf(const QString &component)
-{
-    const QDBusMessage reply = callDesktop(component, u"allShortcutInfos"_s, {});
-    if (reply.type() != QDBusMessage::ReplyMessage)
-        qFatal("allShortcutInfos failed: %s", qUtf8Printable(reply.errorMessage()));
-    // Each is (name, description, component, component's name, context, context's name,
-    // keys, default keys).
-    const QDBusArgument infos = reply.arguments().value(0).value<QDBusArgument>();
-    QHash<QString, DesktopShortcut> shortcuts;
-    infos.beginArray();
-    while (!infos.atEnd()) {
-        QString name, description, unused;
-        QList<int> keys, defaultKeys;
-        infos.beginStructure();
-        infos >> name >> description >> unused >> unused >> unused >> unused >> keys >> defaultKeys;
-        infos.endStructure();
-        shortcuts.insert(name, { description, keys });
-    }
-    infos.endArray();
-    return shortcuts;
-}
-
-// Fires a shortcut as the desktop does when its keys are pressed; key presses made here
-// would reach only XWayland, never the desktop's shortcuts.
-bool press(const QString &component, const QString &name)
-{
-    const QDBusMessage reply = callDesktop(component, u"invokeShortcut"_s, { name, u"default"_s });
-    if (reply.type() != QDBusMessage::ReplyMessage)
-        qWarning("invokeShortcut %s failed: %s", qUtf8Printable(name),
-            qUtf8Printable(reply.errorMessage()));
-    return reply.type() == QDBusMessage::ReplyMessage;
-}
 
 QStringList sorted(QStringList windows)
 {
@@ -103,8 +50,6 @@ class TestSNHotKeysWaylandIntegration final : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QString error;
-        QVERIFY2(QWDesktopShortcuts::portalVersion(&error) >= 1, qPrintable(error));
         // What a first start shows.
         const QTemporaryDir empty;
         m_welcomeNotes = SNStickyNoteManager(empty.path()).notesArray().size();
@@ -136,30 +81,29 @@ private Q_SLOTS:
 
         QString component;
         QTRY_VERIFY_WITH_TIMEOUT(
-            !(component = QWDesktopShortcuts::componentHolding({ newNote, toggleTags })).isEmpty(),
-            20000);
-        const QHash<QString, DesktopShortcut> shortcuts = shortcutsOf(component);
-        QCOMPARE(shortcuts.value(newNote).description, u"New note"_s);
-        QCOMPARE(shortcuts.value(toggleTags).description, u"Show or hide the tag browser"_s);
-        QCOMPARE(shortcuts.value(newNote).keys,
-            QList<int> {
-                QKeyCombination(Qt::ShiftModifier | Qt::MetaModifier, Qt::Key_J).toCombined() });
-        QCOMPARE(shortcuts.value(toggleTags).keys,
-            QList<int> {
-                QKeyCombination(Qt::ControlModifier | Qt::AltModifier, Qt::Key_M).toCombined() });
+            !(component = QWKGlobalAccel::componentWith({ newNote, toggleTags })).isEmpty(), 20000);
+        QCOMPARE(QWKGlobalAccel::description(component, newNote), u"New note"_s);
+        QCOMPARE(
+            QWKGlobalAccel::description(component, toggleTags), u"Show or hide the tag browser"_s);
+        QCOMPARE(QWKGlobalAccel::keys(component, newNote),
+            QList<int> { (Qt::SHIFT | Qt::META | Qt::Key_J).toCombined() });
+        QCOMPARE(QWKGlobalAccel::keys(component, toggleTags),
+            QList<int> { (Qt::CTRL | Qt::ALT | Qt::Key_M).toCombined() });
 
+        // Fired as the desktop fires them when their keys are pressed; key presses made here
+        // would reach only XWayland, never the desktop's shortcuts.
         const qsizetype before = visibleWindows(pid).size();
-        QVERIFY(press(component, newNote));
+        QVERIFY(QWKGlobalAccel::invoke(component, newNote));
         QTRY_VERIFY(visibleWindows(pid).size() > before);
         const QStringList notes = sorted(visibleWindows(pid));
         QCOMPARE(notes.size(), before + 1);
 
         // The browser hides the notes while it is open, and shows them again when it goes.
-        QVERIFY(press(component, toggleTags));
+        QVERIFY(QWKGlobalAccel::invoke(component, toggleTags));
         QTRY_VERIFY(!visibleWindows(pid).isEmpty()
             && std::none_of(notes.cbegin(), notes.cend(),
                 [&](const QString &note) { return visibleWindows(pid).contains(note); }));
-        QVERIFY(press(component, toggleTags));
+        QVERIFY(QWKGlobalAccel::invoke(component, toggleTags));
         QTRY_COMPARE(sorted(visibleWindows(pid)), notes);
     }
 

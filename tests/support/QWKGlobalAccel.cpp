@@ -1,5 +1,6 @@
 #include "support/QWKGlobalAccel.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -41,22 +42,52 @@ QStringList actionId(const QString &component, const QString &name)
 
 namespace QWKGlobalAccel {
 
-QString componentWith(const QStringList &names)
+QStringList components()
 {
     const QDBusReply<QList<QDBusObjectPath>> components
         = call(u"/kglobalaccel"_s, daemonInterface, u"allComponents"_s);
-    if (!components.isValid())
-        return {};
-    for (const QDBusObjectPath &component : components.value()) {
+    QStringList paths;
+    for (const QDBusObjectPath &component : components.value())
+        paths.append(component.path());
+    return paths;
+}
+
+QString componentWith(const QStringList &names)
+{
+    for (const QString &component : components()) {
         const QDBusReply<QStringList> held
-            = call(component.path(), componentInterface, u"shortcutNames"_s);
+            = call(component, componentInterface, u"shortcutNames"_s);
         if (!held.isValid())
             continue;
         if (std::all_of(names.cbegin(), names.cend(),
                 [&](const QString &name) { return held.value().contains(name); }))
-            return component.path();
+            return component;
     }
     return {};
+}
+
+QString description(const QString &component, const QString &name)
+{
+    const QDBusMessage reply = call(component, componentInterface, u"allShortcutInfos"_s);
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return {};
+    // Each is (name, description, component, component's name, context, context's name,
+    // keys, default keys).
+    const QDBusArgument infos = reply.arguments().constFirst().value<QDBusArgument>();
+    QString found;
+    infos.beginArray();
+    while (!infos.atEnd()) {
+        QString shortcut, description, unused;
+        QList<int> keys, defaultKeys;
+        infos.beginStructure();
+        infos >> shortcut >> description >> unused >> unused >> unused >> unused >> keys
+            >> defaultKeys;
+        infos.endStructure();
+        if (shortcut == name)
+            found = description;
+    }
+    infos.endArray();
+    return found;
 }
 
 bool invoke(const QString &component, const QString &name)

@@ -9,8 +9,13 @@
 // Keys are Qt key codes with their modifiers (Qt::CTRL | Qt::Key_N).
 namespace QWKGlobalAccel {
 
+// The object paths of every component, the desktop's own included; empty when the daemon does
+// not answer.
+QStringList components();
 // The object path of the component that holds all these shortcuts; empty when none does.
 QString componentWith(const QStringList &names);
+// What the desktop's settings call the shortcut.
+QString description(const QString &component, const QString &name);
 // Fires the shortcut as a key press does.
 bool invoke(const QString &component, const QString &name);
 // The keys the desktop gives the shortcut.

@@ -112,11 +112,24 @@ EOF
   fi
   touch "$dir/ready"
 
-  # Lives as long as the script that started it, so that even a killed run leaves nothing.
+  # Lives as long as the script that started it, and cleans up in its place when it was killed.
   while kill -0 "$watched" 2>/dev/null; do
     sleep 1
   done
+  trap '' TERM
   kill -TERM 0
+  local _ name pid log
+  while read -r name pid log; do
+    for _ in $(seq 50); do
+      kill -0 "$pid" 2>/dev/null || break
+      sleep 0.1
+    done
+  done <"$dir/components"
+  if mountpoint -q "$dir/runtime/doc"; then
+    fusermount3 -u "$dir/runtime/doc" 2>/dev/null || umount -l "$dir/runtime/doc" 2>/dev/null
+  fi
+  rm -rf "$dir"
+  kill -KILL 0
 }
 
 dir=$(mktemp -d "${TMPDIR:-/tmp}/wayland-desktop.XXXXXX")
