@@ -187,8 +187,9 @@ void QWPreferencesWindowController::qw_viewDidLoad()
     for (const std::unique_ptr<QWModuleViewController> &module : m_modules) {
         connect(module.get(), &QWViewController::resizeRequested, this,
             [this](QWViewController *controller) {
-                resizeWindowIfNeededForViewControllerAnimated(
-                    qobject_cast<QWModuleViewController *>(controller), true);
+                // A page out of view changes nothing; it is measured again when it is chosen.
+                if (controller == m_currentModule)
+                    resizeWindowIfNeededForViewControllerAnimated(m_currentModule, true);
             });
     }
 
