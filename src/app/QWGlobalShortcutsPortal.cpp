@@ -79,15 +79,36 @@ QVariantMap dictionary(const QVariant &value)
 } // namespace
 
 QWGlobalShortcutsPortal::QWGlobalShortcutsPortal(const QString &applicationId, QObject *parent)
-    : QObject(parent),
-      m_applicationId(applicationId),
-      m_connectionName(u"vellumo-shortcuts-%1"_s.arg(quintptr(this), 0, 16)),
-      m_connection(QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_connectionName))
+    : QObject(parent), m_applicationId(applicationId)
 {
     qDBusRegisterMetaType<QWPortalShortcutEntry>();
     qDBusRegisterMetaType<QList<QWPortalShortcutEntry>>();
+    connectToBus();
+}
+
+QWGlobalShortcutsPortal::~QWGlobalShortcutsPortal()
+{
+    closeSession();
+    m_portalWatcher.reset();
+    QDBusConnection::disconnectFromBus(m_connectionName);
+}
+
+void QWGlobalShortcutsPortal::connectToBus()
+{
+    // A portal that starts again may find its back end still holding the sessions of the one
+    // before, under the paths made of our connection's name: a new connection has a new name.
+    ++m_generation;
+    m_portalWatcher.reset();
+    if (!m_connectionName.isEmpty())
+        QDBusConnection::disconnectFromBus(m_connectionName);
+    m_connectionName = u"vellumo-shortcuts-%1-%2"_s.arg(quintptr(this), 0, 16).arg(m_generation);
+    m_connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, m_connectionName);
+    m_session.clear();
+    m_requests.clear();
+    m_binding = false;
+    m_bindAgain = false;
     if (!m_connection.isConnected()) {
-        m_state = State::Missing;
+        setState(State::Missing);
         return;
     }
     m_connection.connect(portalService, portalPath, shortcutsInterface, u"Activated"_s, this,
@@ -96,29 +117,28 @@ QWGlobalShortcutsPortal::QWGlobalShortcutsPortal(const QString &applicationId, Q
         SLOT(deactivationDidArrive(QDBusMessage)));
     m_connection.connect(portalService, portalPath, shortcutsInterface, u"ShortcutsChanged"_s, this,
         SLOT(shortcutsDidChange(QDBusMessage)));
-    // A portal that ends takes the session with it; one that starts again is asked again.
     m_portalWatcher = std::make_unique<QDBusServiceWatcher>(
         portalService, m_connection, QDBusServiceWatcher::WatchForOwnerChange);
     connect(m_portalWatcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
-        [this](const QString &, const QString &, const QString &newOwner) {
-            m_session.clear();
-            m_requests.clear();
-            m_binding = false;
-            if (!m_triggers.isEmpty()) {
-                m_triggers.clear();
-                Q_EMIT triggersDidChange();
-            }
-            if (!newOwner.isEmpty())
-                ask();
-        });
+        &QWGlobalShortcutsPortal::portalOwnerDidChange);
     ask();
 }
 
-QWGlobalShortcutsPortal::~QWGlobalShortcutsPortal()
+void QWGlobalShortcutsPortal::portalOwnerDidChange(
+    const QString &, const QString &, const QString &newOwner)
 {
-    closeSession();
-    m_portalWatcher.reset();
-    QDBusConnection::disconnectFromBus(m_connectionName);
+    // A portal that ends takes the session with it; until one answers again, nobody binds
+    // the keys.
+    m_session.clear();
+    if (!m_triggers.isEmpty()) {
+        m_triggers.clear();
+        Q_EMIT triggersDidChange();
+    }
+    setState(State::Asking);
+    // Not from inside the signal of the watcher that the new connection replaces.
+    if (!newOwner.isEmpty())
+        QMetaObject::invokeMethod(
+            this, &QWGlobalShortcutsPortal::connectToBus, Qt::QueuedConnection);
 }
 
 void QWGlobalShortcutsPortal::ask()
@@ -129,10 +149,11 @@ void QWGlobalShortcutsPortal::ask()
         portalService, portalPath, registryInterface, u"Register"_s);
     registration.setArguments({ m_applicationId, QVariantMap {} });
     auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(registration), this);
-    connect(
-        watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *call) {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+        [this, generation = m_generation](QDBusPendingCallWatcher *call) {
             call->deleteLater();
-            askForVersion();
+            if (generation == m_generation)
+                askForVersion();
         });
 }
 
@@ -241,9 +262,9 @@ void QWGlobalShortcutsPortal::callWithRequest(
     call.setArguments(arguments);
     auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
-        [this, path, method](QDBusPendingCallWatcher *pending) {
+        [this, path, method, generation = m_generation](QDBusPendingCallWatcher *pending) {
             pending->deleteLater();
-            if (!pending->isError() || !m_requests.contains(path))
+            if (generation != m_generation || !pending->isError() || !m_requests.contains(path))
                 return;
             qWarning("The desktop's global shortcuts refused %s: %s", qPrintable(method),
                 qPrintable(pending->error().message()));

@@ -70,6 +70,9 @@ private Q_SLOTS:
 private:
     enum class Step { CreateSession, BindShortcuts };
 
+    void connectToBus();
+    void portalOwnerDidChange(
+        const QString &name, const QString &oldOwner, const QString &newOwner);
     void ask();
     void askForVersion();
     void setState(State state);
@@ -84,8 +87,10 @@ private:
     void setTriggers(const QVariant &shortcuts, bool replaceAll);
 
     const QString m_applicationId;
-    const QString m_connectionName;
-    QDBusConnection m_connection;
+    // Each connection to the bus is a new one, with a name of its own.
+    int m_generation = 0;
+    QString m_connectionName;
+    QDBusConnection m_connection { QString() };
     std::unique_ptr<QDBusServiceWatcher> m_portalWatcher;
     State m_state = State::Asking;
     QList<Shortcut> m_wanted;

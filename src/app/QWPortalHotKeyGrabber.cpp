@@ -40,19 +40,13 @@ QWPortalHotKeyGrabber::~QWPortalHotKeyGrabber() = default;
 bool QWPortalHotKeyGrabber::grabKey(const QWHotKeyRequest &request)
 {
     m_requests.insert(request.identifier, request);
-    switch (m_portal->state()) {
-    case QWGlobalShortcutsPortal::State::Ready:
+    if (!m_fallbackHolds) {
         bindSoon();
         return true;
-    case QWGlobalShortcutsPortal::State::Asking:
-        // The portal may yet take what the fallback refuses.
-        if (m_fallback)
-            m_fallback->grabKey(request);
-        return true;
-    case QWGlobalShortcutsPortal::State::Missing:
-        break;
     }
-    if (m_fallback && m_fallback->grabKey(request))
+    const bool held = m_fallback && m_fallback->grabKey(request);
+    // While the portal has not answered, it may yet take what the fallback refuses.
+    if (held || m_portal->state() == QWGlobalShortcutsPortal::State::Asking)
         return true;
     m_requests.remove(request.identifier);
     return false;
@@ -62,10 +56,10 @@ void QWPortalHotKeyGrabber::ungrabKeyWithIdentifier(qint64 identifier)
 {
     if (!m_requests.remove(identifier))
         return;
-    if (m_fallback)
-        m_fallback->ungrabKeyWithIdentifier(identifier);
-    if (m_portal->state() == QWGlobalShortcutsPortal::State::Ready)
+    if (!m_fallbackHolds)
         bindSoon();
+    else if (m_fallback)
+        m_fallback->ungrabKeyWithIdentifier(identifier);
 }
 
 QWHotKeyGrabber::Reach QWPortalHotKeyGrabber::reach() const
@@ -81,16 +75,20 @@ QString QWPortalHotKeyGrabber::desktopTrigger(const QString &name) const
 
 void QWPortalHotKeyGrabber::portalDidAnswer()
 {
-    if (m_fallback) {
-        // The keys move to the portal, or back when a portal that had them goes away.
+    // The keys move to the portal, or back when a portal that had them goes away.
+    const bool portalTakes = m_portal->state() == QWGlobalShortcutsPortal::State::Ready;
+    if (portalTakes == m_fallbackHolds) {
+        m_fallbackHolds = !portalTakes;
         for (const QWHotKeyRequest &request : std::as_const(m_requests)) {
-            if (m_portal->state() == QWGlobalShortcutsPortal::State::Ready)
+            if (!m_fallback)
+                break;
+            if (portalTakes)
                 m_fallback->ungrabKeyWithIdentifier(request.identifier);
             else
                 m_fallback->grabKey(request);
         }
     }
-    if (m_portal->state() == QWGlobalShortcutsPortal::State::Ready)
+    if (portalTakes)
         bindSoon();
     Q_EMIT reachDidChange();
 }

@@ -49,4 +49,6 @@ private:
     // Every grab asked for, by identifier, whoever holds it.
     QHash<qint64, QWHotKeyRequest> m_requests;
     std::unique_ptr<QWDebouncer> m_binding;
+    // Whether the grabs are the fallback's: until the portal is ready, and while it is gone.
+    bool m_fallbackHolds = true;
 };

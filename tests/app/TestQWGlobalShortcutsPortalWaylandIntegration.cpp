@@ -5,8 +5,13 @@
 #include "kit/QWKeyCombo.h"
 #include "support/QWKGlobalAccel.h"
 
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 using Shortcut = QWGlobalShortcutsPortal::Shortcut;
@@ -114,6 +119,42 @@ private Q_SLOTS:
         QVERIFY(QWKGlobalAccel::invoke(component, showTags));
         QTRY_COMPARE(pressed, (QList<qint64> { note, tagsAgain }));
         QCOMPARE(grabber.portal().sessionHandle(), session);
+    }
+
+    void aPortalThatStartsAgainGetsTheKeysAgain()
+    {
+        auto owned = std::make_unique<QWPortalHotKeyGrabber>(
+            std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s),
+            QWX11HotKeyGrabber::create());
+        QWPortalHotKeyGrabber &grabber = *owned;
+        QWHotKeyHelper helper(std::move(owned));
+        QList<qint64> pressed;
+        helper.setPressedBlock([&](qint64 identifier) { pressed << identifier; });
+        const qint64 note = helper.registerHotKey(
+            { QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask, 45 }, newNote, u"New note"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(grabber.reach(), QWHotKeyGrabber::Reach::DesktopDecides, 20000);
+        QTRY_VERIFY(!grabber.desktopTrigger(newNote).isEmpty());
+
+        // The portal ends (an update, a crash): the keys go back to the program's own grabs.
+        const QDBusReply<uint> portalProcess
+            = QDBusConnection::sessionBus().interface()->servicePid(
+                u"org.freedesktop.portal.Desktop"_s);
+        QVERIFY(portalProcess.isValid());
+        QCOMPARE(::kill(pid_t(portalProcess.value()), SIGTERM), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            grabber.reach(), QWHotKeyGrabber::Reach::ProgramWindowsOnly, 10000);
+        QVERIFY(grabber.desktopTrigger(newNote).isEmpty());
+
+        // Started again, it binds them again, with the identifier they had.
+        QProcess portal;
+        portal.start(u"/usr/libexec/xdg-desktop-portal"_s, {});
+        QVERIFY(portal.waitForStarted());
+        QTRY_COMPARE_WITH_TIMEOUT(grabber.reach(), QWHotKeyGrabber::Reach::DesktopDecides, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(!grabber.desktopTrigger(newNote).isEmpty(), 10000);
+        QVERIFY(QWKGlobalAccel::invoke(QWKGlobalAccel::componentWith({ newNote }), newNote));
+        QTRY_COMPARE(pressed, QList<qint64> { note });
+        portal.terminate();
+        portal.waitForFinished();
     }
 };
 
