@@ -163,9 +163,11 @@ void QWGlobalShortcutsPortal::askForVersion()
         portalService, portalPath, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     get.setArguments({ shortcutsInterface, u"version"_s });
     auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(get), this);
-    connect(
-        watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher *call) {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+        [this, generation = m_generation](QDBusPendingCallWatcher *call) {
             call->deleteLater();
+            if (generation != m_generation)
+                return;
             const QDBusPendingReply<QDBusVariant> reply = *call;
             if (reply.isError() || reply.value().variant().toUInt() < 1) {
                 setState(State::Missing);
