@@ -9,6 +9,8 @@
 #include <QDBusServiceWatcher>
 #include <QtDebug>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -304,7 +306,14 @@ void QWGlobalShortcutsPortal::requestDidRespond(const QDBusMessage &message)
             return;
         }
         setTriggers(results.value(u"shortcuts"_s), true);
-        bind();
+        // A desktop that bound them all with the session (KDE Plasma 5.27) is not asked again:
+        // Plasma would open its shortcut settings each time.
+        const bool allBound = std::all_of(m_wanted.cbegin(), m_wanted.cend(),
+            [this](const Shortcut &shortcut) { return m_triggers.contains(shortcut.name); });
+        if (allBound)
+            finishBinding();
+        else
+            bind();
         return;
     }
     setTriggers(results.value(u"shortcuts"_s), true);
