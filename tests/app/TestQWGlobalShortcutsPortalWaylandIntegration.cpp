@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY(QWKGlobalAccel::invoke(component, newNote));
         QTRY_COMPARE(activated.size(), 2);
 
-        // Turned off, nothing is bound and nothing fires.
+        // Turned off, the session ends and the desktop reports no keys.
         portal->bindShortcuts({});
         QVERIFY(portal->sessionHandle().isEmpty());
         QVERIFY(portal->triggers().isEmpty());
