@@ -63,9 +63,11 @@ void SNGlobalHotKeys::updateState()
         route = SNHotKeyState::Route::DesktopDecides;
     else if (grabber && grabber->reach() == QWHotKeyGrabber::Reach::ProgramWindowsOnly)
         route = SNHotKeyState::Route::ProgramWindowsOnly;
-    const auto shortcut = [grabber](const QString &action) {
+    // The search path is looked through once for both.
+    const QString program = programCommand();
+    const auto shortcut = [grabber, &program](const QString &action) {
         return SNHotKeyState::Shortcut { grabber ? grabber->desktopTrigger(action) : QString(),
-            programCommand() + QStringLiteral(" --") + action };
+            program + QStringLiteral(" --") + action };
     };
     m_state.update(route, shortcut(SNLaunchRequest::toggleTagsAction()),
         shortcut(SNLaunchRequest::newNoteAction()));

@@ -31,6 +31,31 @@ std::unique_ptr<QWGlobalShortcutsPortal> readyPortal()
     return portal;
 }
 
+// The program's hot keys as a Wayland session makes them: the portal, with X11 grabs behind
+// it, and the identifiers of the presses it reports.
+class PortalHotKeys final
+{
+    Q_DISABLE_COPY_MOVE(PortalHotKeys)
+
+public:
+    PortalHotKeys()
+        : PortalHotKeys(std::make_unique<QWPortalHotKeyGrabber>(
+            std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s),
+            QWX11HotKeyGrabber::create()))
+    { }
+
+    QWPortalHotKeyGrabber &grabber;
+    QWHotKeyHelper helper;
+    QList<qint64> pressed;
+
+private:
+    explicit PortalHotKeys(std::unique_ptr<QWPortalHotKeyGrabber> owned)
+        : grabber(*owned), helper(std::move(owned))
+    {
+        helper.setPressedBlock([this](qint64 identifier) { pressed << identifier; });
+    }
+};
+
 } // namespace
 
 // The desktop's own portal, its KDE back end and KWin's shortcut daemon, all real: what the
@@ -88,13 +113,10 @@ private Q_SLOTS:
 
     void hotKeysGoToTheDesktopAndComeBackByIdentifier()
     {
-        auto owned = std::make_unique<QWPortalHotKeyGrabber>(
-            std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s),
-            QWX11HotKeyGrabber::create());
-        QWPortalHotKeyGrabber &grabber = *owned;
-        QWHotKeyHelper helper(std::move(owned));
-        QList<qint64> pressed;
-        helper.setPressedBlock([&](qint64 identifier) { pressed << identifier; });
+        PortalHotKeys keys;
+        QWPortalHotKeyGrabber &grabber = keys.grabber;
+        QWHotKeyHelper &helper = keys.helper;
+        const QList<qint64> &pressed = keys.pressed;
         const QWKeyCombo tagsCombo { QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 };
         const QWKeyCombo noteCombo { QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask, 45 };
 
@@ -123,13 +145,10 @@ private Q_SLOTS:
 
     void aPortalThatStartsAgainGetsTheKeysAgain()
     {
-        auto owned = std::make_unique<QWPortalHotKeyGrabber>(
-            std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s),
-            QWX11HotKeyGrabber::create());
-        QWPortalHotKeyGrabber &grabber = *owned;
-        QWHotKeyHelper helper(std::move(owned));
-        QList<qint64> pressed;
-        helper.setPressedBlock([&](qint64 identifier) { pressed << identifier; });
+        PortalHotKeys keys;
+        QWPortalHotKeyGrabber &grabber = keys.grabber;
+        QWHotKeyHelper &helper = keys.helper;
+        const QList<qint64> &pressed = keys.pressed;
         const qint64 note = helper.registerHotKey(
             { QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask, 45 }, newNote, u"New note"_s);
         QTRY_COMPARE_WITH_TIMEOUT(grabber.reach(), QWHotKeyGrabber::Reach::DesktopDecides, 20000);
