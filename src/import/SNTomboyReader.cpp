@@ -53,15 +53,8 @@ SNTomboyReader::SNTomboyReader(Program program, int maximumNotes)
 
 QString SNTomboyReader::programId() const
 {
-    switch (m_program) {
-    case Program::Tomboy:
-        return u"tomboy"_s;
-    case Program::Gnote:
-        return u"gnote"_s;
-    case Program::TomboyNg:
-        break;
-    }
-    return u"tomboy-ng"_s;
+    // "tomboy", "gnote", "tomboy-ng"
+    return programName().toLower();
 }
 
 QString SNTomboyReader::programName() const

@@ -2,6 +2,7 @@
 
 #include "kit/QWKeyedArchiver.h"
 #include "kit/QWKeyedUnarchiver.h"
+#include "notes/SNNoteTitle.h"
 #include "notes/SNStickyNote.h"
 
 #include <algorithm>
@@ -47,6 +48,28 @@ bool SNRecentlyDeleted::contains(const QUuid &uuid) const
 {
     return std::any_of(m_records.cbegin(), m_records.cend(),
         [&uuid](const SNJournalRecord &record) { return record.uuid == uuid; });
+}
+
+std::shared_ptr<SNStickyNote> SNRecentlyDeleted::noteOf(const QUuid &uuid) const
+{
+    for (const SNJournalRecord &record : m_records) {
+        if (record.uuid == uuid)
+            return record.note;
+    }
+    return nullptr;
+}
+
+QList<SNDeletedNote> SNRecentlyDeleted::keptNotes(const QDateTime &now) const
+{
+    QList<SNDeletedNote> notes;
+    for (const SNJournalRecord &record : m_records) {
+        if (!isKept(record, now))
+            continue;
+        const std::optional<QWAttributedString> text = record.note->attributedString();
+        notes.append({ record.uuid, record.dateDeleted,
+            SNNoteTitle::titleTextOfString(text ? text->string() : QString()) });
+    }
+    return notes;
 }
 
 void SNRecentlyDeleted::dropExpired(const QDateTime &now)

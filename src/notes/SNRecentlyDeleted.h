@@ -5,7 +5,16 @@
 #include <QList>
 #include <QString>
 
+#include <memory>
 #include <optional>
+
+// A note in Recently Deleted, as menus list it.
+struct SNDeletedNote
+{
+    QUuid uuid;
+    QDateTime dateDeleted;
+    QString title; // the first line of its text
+};
 
 // The notes deleted in the last 30 days, each with its last version, so that one wrong click
 // loses nothing. A value: the note store guards it and decides when it is written.
@@ -22,6 +31,10 @@ public:
     std::optional<SNJournalRecord> takeKept(const QUuid &uuid, const QDateTime &now);
     static bool isKept(const SNJournalRecord &deletion, const QDateTime &now);
     bool contains(const QUuid &uuid) const;
+    // The note kept of the id, whatever its age; null when there is none.
+    std::shared_ptr<SNStickyNote> noteOf(const QUuid &uuid) const;
+    // What is within its 30 days at the time given, newest first.
+    QList<SNDeletedNote> keptNotes(const QDateTime &now) const;
     // Drops what was deleted more than 30 days before the time given.
     void dropExpired(const QDateTime &now);
     // Newest deletion first.

@@ -194,11 +194,7 @@ QString SNStickyNote::themeName() const
 
 void SNStickyNote::setThemeName(const QString &name)
 {
-    {
-        std::lock_guard lock(m_mutex);
-        m_lookChangedSinceStamp |= m_themeName != name;
-        m_themeName = name;
-    }
+    setLookLocked(m_themeName, name);
     updateTheme();
 }
 
@@ -229,9 +225,7 @@ qint64 SNStickyNote::pinState() const
 
 void SNStickyNote::setPinState(qint64 pinState)
 {
-    std::lock_guard lock(m_mutex);
-    m_lookChangedSinceStamp |= m_pinState != pinState;
-    m_pinState = pinState;
+    setLookLocked(m_pinState, pinState);
 }
 
 qint64 SNStickyNote::countState() const
@@ -241,9 +235,7 @@ qint64 SNStickyNote::countState() const
 
 void SNStickyNote::setCountState(qint64 countState)
 {
-    std::lock_guard lock(m_mutex);
-    m_lookChangedSinceStamp |= m_countState != countState;
-    m_countState = countState;
+    setLookLocked(m_countState, countState);
 }
 
 double SNStickyNote::windowAlpha() const

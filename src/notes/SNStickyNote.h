@@ -124,6 +124,13 @@ private:
         std::lock_guard lock(m_mutex);
         field = value;
     }
+    // For a field of the note's look: a real change is shared with the next stamp.
+    template <class T> void setLookLocked(T &field, const T &value)
+    {
+        std::lock_guard lock(m_mutex);
+        m_lookChangedSinceStamp |= field != value;
+        field = value;
+    }
 
     mutable std::mutex m_mutex;
     QUuid m_uuid;

@@ -10,7 +10,6 @@
 #include "notes/SNHybridClock.h"
 #include "notes/SNJournal.h"
 #include "notes/SNNoteIdentity.h"
-#include "notes/SNNoteTitle.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStoreLoader.h"
 #include "settings/SNUserDefaults.h"
@@ -44,15 +43,6 @@ QString standardBaseDatabasePath()
 QString withTrailingSlash(const QString &path)
 {
     return path.isEmpty() || path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
-}
-
-qsizetype indexOfNote(const QList<std::shared_ptr<SNStickyNote>> &notes, const QUuid &uuid)
-{
-    for (qsizetype index = 0; index < notes.size(); ++index) {
-        if (notes.at(index)->uuid() == uuid)
-            return index;
-    }
-    return -1;
 }
 
 } // namespace
@@ -138,8 +128,7 @@ QList<std::shared_ptr<SNStickyNote>> SNStickyNoteManager::notesArray() const
     // A copy of its own, not one sharing the list's buffer: a caller on a save thread that
     // changes or merely iterates its copy would otherwise copy the elements out of the shared
     // buffer, unlocked, while the interface thread changes the list.
-    return QList<std::shared_ptr<SNStickyNote>>(
-        m_actualNotesArray.cbegin(), m_actualNotesArray.cend());
+    return QList<std::shared_ptr<SNStickyNote>>(m_notes.notes().cbegin(), m_notes.notes().cend());
 }
 
 void SNStickyNoteManager::addNote(const std::shared_ptr<SNStickyNote> &note)
@@ -149,11 +138,11 @@ void SNStickyNoteManager::addNote(const std::shared_ptr<SNStickyNote> &note)
     bool restored = false;
     {
         std::lock_guard lock(m_listMutex);
-        if (!m_actualNotesArray.contains(note)) {
+        if (!m_notes.contains(note.get())) {
             // Two notes never share an id: the newcomer takes a new one.
-            if (note->uuid().isNull() || indexOfNote(m_actualNotesArray, note->uuid()) >= 0)
+            if (note->uuid().isNull() || m_notes.containsId(note->uuid()))
                 note->setUuid(QUuid::createUuid());
-            m_actualNotesArray.append(note);
+            m_notes.append(note);
             restored = m_recentlyDeleted.take(note->uuid()).has_value();
         }
     }
@@ -173,7 +162,7 @@ void SNStickyNoteManager::removeNote(const std::shared_ptr<SNStickyNote> &note)
     const QDateTime now = QWClock::currentDateTime();
     {
         std::lock_guard lock(m_listMutex);
-        if (m_actualNotesArray.removeAll(note) > 0 && note->hasContent())
+        if (m_notes.remove(note) && note->hasContent())
             m_recentlyDeleted.add(SNJournalRecord::deleting(note, now));
     }
     queueChange({ note, true, now });
@@ -192,17 +181,7 @@ void SNStickyNoteManager::noteDidChange(const std::shared_ptr<SNStickyNote> &not
 void SNStickyNoteManager::queueChange(const Change &change)
 {
     std::lock_guard lock(m_listMutex);
-    // A note already waiting to be saved is saved as it is then: one record is enough.
-    if (const auto last = m_lastChangeOf.constFind(change.note.get());
-        !change.isDeletion && last != m_lastChangeOf.cend() && !m_changes.at(*last).isDeletion) {
-        Change &waiting = m_changes[*last];
-        // A change of this computer's own is stamped, even if a merge came first.
-        waiting.isMerged = waiting.isMerged && change.isMerged;
-        waiting.isMadeByMerge = waiting.isMadeByMerge && change.isMadeByMerge;
-        return;
-    }
-    m_lastChangeOf.insert(change.note.get(), m_changes.size());
-    m_changes.append(change);
+    m_changes.add(change);
 }
 
 void SNStickyNoteManager::scheduleSave()
@@ -217,6 +196,18 @@ void SNStickyNoteManager::scheduleSave()
     }
     m_saveDebouncer->restart();
     m_compactionDebouncer->restart();
+}
+
+QList<SNStickyNoteManager::Change> SNStickyNoteManager::takeChanges()
+{
+    std::lock_guard lock(m_listMutex);
+    return m_changes.take();
+}
+
+void SNStickyNoteManager::putBackChanges(const QList<Change> &changes)
+{
+    std::lock_guard lock(m_listMutex);
+    m_changes.putBack(changes);
 }
 
 bool SNStickyNoteManager::hasPendingSave() const
@@ -241,9 +232,8 @@ void SNStickyNoteManager::loadDatabase()
         m_archiveSize = QFileInfo(databasePath()).size();
     }
     std::lock_guard lock(m_listMutex);
-    m_actualNotesArray = loaded.notes;
+    m_notes = SNNoteList(loaded.notes);
     m_changes.clear();
-    m_lastChangeOf.clear();
     m_recentlyDeleted = loaded.recentlyDeleted;
 }
 
@@ -269,35 +259,22 @@ bool SNStickyNoteManager::save()
     return compactLocked(false);
 }
 
-QList<SNStickyNoteManager::Change> SNStickyNoteManager::takeChanges()
-{
-    std::lock_guard lock(m_listMutex);
-    QList<Change> changes;
-    changes.swap(m_changes);
-    m_lastChangeOf.clear();
-    return changes;
-}
-
-void SNStickyNoteManager::putBackChanges(const QList<Change> &changes)
-{
-    std::lock_guard lock(m_listMutex);
-    m_changes = changes + m_changes;
-    m_lastChangeOf.clear();
-    for (qsizetype index = 0; index < m_changes.size(); ++index)
-        m_lastChangeOf.insert(m_changes.at(index).note.get(), index);
-}
-
 QList<QByteArray> SNStickyNoteManager::recordsOfChanges(
     const QList<Change> &changes, QList<QByteArray> *ownRecords)
 {
-    QSet<const SNStickyNote *> notes;
-    for (const std::shared_ptr<SNStickyNote> &note : notesArray())
-        notes.insert(note.get());
+    QSet<const SNStickyNote *> listed;
+    {
+        std::lock_guard lock(m_listMutex);
+        for (const Change &change : changes) {
+            if (m_notes.contains(change.note.get()))
+                listed.insert(change.note.get());
+        }
+    }
     QSet<const SNStickyNote *> stamped;
     QList<QByteArray> records;
     for (const Change &change : changes) {
         // A note deleted since it changed is saved by its deletion alone.
-        if (!change.isDeletion && !notes.contains(change.note.get()))
+        if (!change.isDeletion && !listed.contains(change.note.get()))
             continue;
         const bool keepsVersion = change.isMerged || change.isMadeByMerge;
         if (!keepsVersion && !stamped.contains(change.note.get())) {
@@ -423,17 +400,8 @@ void SNStickyNoteManager::waitForBackgroundSaves()
 
 QList<SNDeletedNote> SNStickyNoteManager::recentlyDeletedNotes() const
 {
-    const QDateTime now = QWClock::currentDateTime();
-    QList<SNDeletedNote> notes;
     std::lock_guard lock(m_listMutex);
-    for (const SNJournalRecord &record : m_recentlyDeleted.records()) {
-        if (!SNRecentlyDeleted::isKept(record, now))
-            continue;
-        const std::optional<QWAttributedString> text = record.note->attributedString();
-        notes.append({ record.uuid, record.dateDeleted,
-            SNNoteTitle::titleTextOfString(text ? text->string() : QString()) });
-    }
-    return notes;
+    return m_recentlyDeleted.keptNotes(QWClock::currentDateTime());
 }
 
 std::shared_ptr<SNStickyNote> SNStickyNoteManager::restoreDeletedNote(const QUuid &uuid)
@@ -447,7 +415,7 @@ std::shared_ptr<SNStickyNote> SNStickyNoteManager::restoreDeletedNote(const QUui
         if (!record)
             return nullptr;
         note = record->note;
-        m_actualNotesArray.append(note);
+        m_notes.append(note);
     }
     note->didRestore();
     note->markTextEdited();
@@ -488,7 +456,7 @@ QList<std::shared_ptr<SNStickyNote>> SNStickyNoteManager::restoreBackup(
         bool present;
         {
             std::lock_guard lock(m_listMutex);
-            present = indexOfNote(m_actualNotesArray, note->uuid()) >= 0;
+            present = m_notes.containsId(note->uuid());
         }
         if (present) {
             note->didDelete(); // only this copy is let go
@@ -524,7 +492,7 @@ QList<QByteArray> SNStickyNoteManager::recordsOfEveryNote() const
 {
     QList<QByteArray> records;
     std::lock_guard lock(m_listMutex);
-    for (const std::shared_ptr<SNStickyNote> &note : m_actualNotesArray) {
+    for (const std::shared_ptr<SNStickyNote> &note : m_notes.notes()) {
         if (note->hasContent())
             records.append(SNJournalRecord::saving(note).archivedData());
     }
@@ -565,9 +533,9 @@ void SNStickyNoteManager::addAbsentNote(const Change &change)
 {
     {
         std::lock_guard lock(m_listMutex);
-        if (indexOfNote(m_actualNotesArray, change.note->uuid()) >= 0)
+        if (m_notes.containsId(change.note->uuid()))
             return;
-        m_actualNotesArray.append(change.note);
+        m_notes.append(change.note);
     }
     queueChange(change);
     scheduleSave();
@@ -584,7 +552,7 @@ void SNStickyNoteManager::removeMergedNote(const std::shared_ptr<SNStickyNote> &
     const QDateTime now = QWClock::currentDateTime();
     {
         std::lock_guard lock(m_listMutex);
-        if (m_actualNotesArray.removeAll(note) == 0)
+        if (!m_notes.remove(note))
             return;
         if (note->hasContent())
             m_recentlyDeleted.add(SNJournalRecord::deleting(note, now));
@@ -597,11 +565,7 @@ void SNStickyNoteManager::removeMergedNote(const std::shared_ptr<SNStickyNote> &
 std::shared_ptr<SNStickyNote> SNStickyNoteManager::deletedNote(const QUuid &uuid) const
 {
     std::lock_guard lock(m_listMutex);
-    for (const SNJournalRecord &record : m_recentlyDeleted.records()) {
-        if (record.uuid == uuid)
-            return record.note;
-    }
-    return nullptr;
+    return m_recentlyDeleted.noteOf(uuid);
 }
 
 void SNStickyNoteManager::keepMergedDeletedNote(const std::shared_ptr<SNStickyNote> &note)
@@ -623,8 +587,8 @@ void SNStickyNoteManager::reviveMergedNote(const std::shared_ptr<SNStickyNote> &
     {
         std::lock_guard lock(m_listMutex);
         m_recentlyDeleted.take(note->uuid());
-        if (indexOfNote(m_actualNotesArray, note->uuid()) < 0)
-            m_actualNotesArray.append(note);
+        if (!m_notes.containsId(note->uuid()))
+            m_notes.append(note);
     }
     note->didRestore();
     queueChange({ note, false, QDateTime(), true });

@@ -3,7 +3,9 @@
 #include "kit/QWBackgroundWorkers.h"
 #include "kit/QWNotificationCenter.h"
 #include "notes/SNBackupShelf.h"
+#include "notes/SNNoteList.h"
 #include "notes/SNNoteVersion.h"
+#include "notes/SNPendingChanges.h"
 #include "notes/SNRecentlyDeleted.h"
 
 #include <QDateTime>
@@ -23,14 +25,6 @@ class QWDebouncer;
 class SNHybridClock;
 class SNJournal;
 class SNStickyNote;
-
-// A note in Recently Deleted, as menus list it.
-struct SNDeletedNote
-{
-    QUuid uuid;
-    QDateTime dateDeleted;
-    QString title; // the first line of its text
-};
 
 // The one store of all notes: it loads "stickies.db" and its journal once, keeps the notes in
 // order, saves what changed, keeps deleted notes for 30 days and a daily backup, and copies the
@@ -166,14 +160,7 @@ public:
     void reviveMergedNote(const std::shared_ptr<SNStickyNote> &note);
 
 private:
-    struct Change
-    {
-        std::shared_ptr<SNStickyNote> note;
-        bool isDeletion = false;
-        QDateTime date;
-        bool isMerged = false; // came from another computer, stamped there
-        bool isMadeByMerge = false; // stamped by the merge, but shared as this computer's own
-    };
+    using Change = SNPendingChange;
 
     void scheduleSave();
     void queueChange(const Change &change);
@@ -193,9 +180,8 @@ private:
     const QString m_baseDatabasePath;
 
     mutable std::mutex m_listMutex;
-    QList<std::shared_ptr<SNStickyNote>> m_actualNotesArray;
-    QList<Change> m_changes; // in the order they were told, not yet written
-    QHash<const SNStickyNote *, qsizetype> m_lastChangeOf; // each note's last place in m_changes
+    SNNoteList m_notes;
+    SNPendingChanges m_changes;
     SNRecentlyDeleted m_recentlyDeleted;
 
     // Every write of the journal and the archive happens under this lock, in the order the
