@@ -4,6 +4,7 @@
 #include "notewindow/SNNoteWindowState.h"
 
 #include <QSlider>
+#include <QWidgetAction>
 
 using namespace Qt::StringLiterals;
 
@@ -55,6 +56,10 @@ void TestSNNoteWindowState::transparencyComesFromTheNoteAndTheSlider()
     SNStickyNoteManager::sharedManager().addNote(note);
     auto controller = openNote(note);
     auto *slider = part<QSlider>(*controller, "alphaSlider");
+    // The slider is the item of the settings menu.
+    QWidgetAction *item = controller->menus()->alphaMenuItem();
+    QVERIFY(controller->settingsMenu()->actions().contains(item));
+    QVERIFY(item->defaultWidget()->isAncestorOf(slider));
     QCOMPARE(controller->window()->windowOpacity(), 1.0);
     QCOMPARE(slider->value(), slider->maximum());
     QCOMPARE(note->windowAlpha(), 1.0);
