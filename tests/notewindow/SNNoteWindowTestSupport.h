@@ -132,12 +132,6 @@ inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
     return SNStickyNoteManager::sharedManager().notesArray().contains(note);
 }
 
-inline QString plainText(const std::shared_ptr<SNStickyNote> &note)
-{
-    const std::optional<QWAttributedString> text = note->attributedString();
-    return text ? text->string() : QString();
-}
-
 // The note of that text in the archive once the save the shared store has scheduled has run,
 // read by a store of its own.
 inline std::shared_ptr<SNStickyNote> archivedNoteWithText(const QString &text)
@@ -149,7 +143,7 @@ inline std::shared_ptr<SNStickyNote> archivedNoteWithText(const QString &text)
     SNStickyNoteManager reader(store.baseDatabasePath());
     const QList<std::shared_ptr<SNStickyNote>> notes = reader.notesArray();
     for (const std::shared_ptr<SNStickyNote> &note : notes) {
-        if (plainText(note) == text)
+        if (note->attributedString() && note->attributedString()->string() == text)
             return note;
     }
     return nullptr;

@@ -1,8 +1,8 @@
 #include "SNNoteWindowTestSupport.h"
+#include "notes/SNWindowFrameString.h"
 #include "notewindow/SNElidingLabel.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNTitleBarView.h"
-#include "notes/SNWindowFrameString.h"
 
 #include <QScreen>
 
@@ -17,45 +17,12 @@ private Q_SLOTS:
     void init() { f.init(); }
     void cleanup() { f.cleanup(); }
 
-    void collapseKeepsTheTopEdgeAndLocksTheHeight();
     void titleBarDoubleClickTogglesAnimatedAndSaves();
     void storedCollapsedNoteOpensCollapsedAndExpandsOnScreen();
 
 private:
     NoteWindowFixture f;
 };
-
-void TestSNNoteCollapser::collapseKeepsTheTopEdgeAndLocksTheHeight()
-{
-    auto note = noteWithText(u"Tall note"_s);
-    note->setWindowFrame(u"{{100, 120}, {260, 300}}"_s);
-    auto controller = openNote(note);
-    QWidget *window = controller->window();
-
-    controller->collapser()->collapseWindowAnimated(false);
-    QCOMPARE(window->geometry(), QRect(100, 120, 260, 30));
-    QVERIFY(note->isCollapsed());
-    QVERIFY(controller->textView()->isReadOnly());
-    // Only the width can change while collapsed.
-    window->resize(300, 200);
-    QCOMPARE(window->size(), QSize(300, 30));
-    QCOMPARE(controller->windowWillResizeToSize(controller->stickyWindow(), QSize(320, 200)),
-        QSize(320, 30));
-    window->resize(260, 30);
-
-    // The delayed save files the frame under the collapsed one and keeps the full one.
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(note->collapsedWindowFrame(), u"{{100, 120}, {260, 30}}"_s);
-    QCOMPARE(note->windowFrame(), u"{{100, 120}, {260, 300}}"_s);
-
-    // Back exactly as stored.
-    window->move(140, 150);
-    controller->collapser()->uncollapseWindowAnimated(false);
-    QCOMPARE(window->geometry(), QRect(100, 120, 260, 300));
-    QVERIFY(!note->isCollapsed());
-    QVERIFY(!controller->textView()->isReadOnly());
-    QCOMPARE(window->maximumHeight(), QWIDGETSIZE_MAX);
-}
 
 void TestSNNoteCollapser::titleBarDoubleClickTogglesAnimatedAndSaves()
 {
@@ -69,19 +36,29 @@ void TestSNNoteCollapser::titleBarDoubleClickTogglesAnimatedAndSaves()
             part<SNTitleBarView>(on, "titleBarView"), Qt::LeftButton, {}, QPoint(100, 15));
     };
 
+    // Folded up to the title bar, keeping the top edge.
+    const int waiting = f.scheduler->scheduledCount();
     doubleClick(*controller);
     QTRY_COMPARE(window->geometry(), QRect(80, 100, 250, 30));
     // Stored as soon as the animation ends; the save itself follows the delay.
     QTRY_COMPARE(note->collapsedWindowFrame(), u"{{80, 100}, {250, 30}}"_s);
-    QCOMPARE(f.scheduler->scheduledCount(), 1);
+    QCOMPARE(f.scheduler->scheduledCount(), waiting + 1);
+    QVERIFY(note->isCollapsed() && controller->textView()->isReadOnly());
+    // Only the width can change while collapsed.
+    window->resize(300, 200);
+    QCOMPARE(window->size(), QSize(300, 30));
+    QCOMPARE(controller->windowWillResizeToSize(controller->stickyWindow(), QSize(320, 200)),
+        QSize(320, 30));
 
-    // Expanding grows from where the collapsed note stands now, keeps its width and saves at
-    // once.
+    // Expanding grows from where the collapsed note stands now, keeps its width, takes the
+    // stored height and saves at once.
     window->setGeometry(90, 140, 230, 30);
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
     doubleClick(*controller);
     QTRY_COMPARE(window->geometry(), QRect(90, 140, 230, 280));
     QTRY_COMPARE(note->windowFrame(), u"{{90, 140}, {230, 280}}"_s);
+    QVERIFY(!note->isCollapsed() && !controller->textView()->isReadOnly());
+    QCOMPARE(window->maximumHeight(), QWIDGETSIZE_MAX);
 
     // Only the note whose title bar it is.
     doubleClick(*other);

@@ -5,7 +5,9 @@
 #include "notewindow/SNNoteMenus.h"
 #include "notewindow/SNToolbarIcon.h"
 #include "themes/SNTheme.h"
+#include "themes/SNThemeManager.h"
 #include "themes/SNTimeOfDayTheme.h"
+#include "themes/SNUserTheme.h"
 
 #include <QFontInfo>
 #include <QLabel>
@@ -41,7 +43,7 @@ double inkLightness(const QIcon &icon)
 } // namespace
 
 // A note window drawn in its theme, with the toolbar's images, and what a change of theme
-// does to it and to its text.
+// does to it and to its text; the theme menu offers the themes there are.
 class TestSNNoteThemer final : public QObject
 {
     Q_OBJECT
@@ -54,6 +56,7 @@ private Q_SLOTS:
     void windowTakesTheThemesLook();
     void aChangeOfThemeKeepsChosenColoursTraitsAndUndo();
     void familyChangesWhileEachRunKeepsItsSize();
+    void themeSavedElsewhereJoinsTheMenu();
     void timeOfDayNoticeRedrawsWithoutTouchingTheText();
 
 private:
@@ -130,8 +133,11 @@ void TestSNNoteThemer::aChangeOfThemeKeepsChosenColoursTraitsAndUndo()
     // Everything selected while the theme changes, as a user's selection may be.
     QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
 
-    itemTitled(controller->menus()->themeMenu(), u"Dark"_s)->trigger();
+    QMenu *menu = controller->menus()->themeMenu();
+    itemTitled(menu, u"Dark"_s)->trigger();
     QCOMPARE(controller->currentTheme()->saveName(), u"SNDarkTheme"_s);
+    QVERIFY(
+        itemTitled(menu, u"Dark"_s)->isChecked() && !itemTitled(menu, u"Yellow"_s)->isChecked());
     // Stored in the new theme: its colour where the text had the old theme's.
     const auto stored = [&](qsizetype index) {
         controller->flushNote();
@@ -174,6 +180,27 @@ void TestSNNoteThemer::familyChangesWhileEachRunKeepsItsSize()
     const QWTextAttributes large = note->attributedString()->attributesAtIndex(6);
     QCOMPARE(code.font(), english.withPointSize(13));
     QCOMPARE(large.font(), english.withPointSize(20));
+}
+
+void TestSNNoteThemer::themeSavedElsewhereJoinsTheMenu()
+{
+    auto note = noteWithText(u"Menu"_s);
+    auto controller = openNote(note);
+    SNThemeManager &registry = SNThemeManager::sharedManager();
+    auto mine = SNUserTheme::theme();
+    mine->setName(u"Mine"_s);
+    registry.addTheme(mine);
+    registry.save();
+
+    // After the built-in ones and a separator, and it can be chosen.
+    const QList<QAction *> items = controller->menus()->themeMenu()->actions();
+    QVERIFY(items[items.size() - 2]->isSeparator());
+    QCOMPARE(items.last()->text(), u"Mine"_s);
+    items.last()->trigger();
+    QCOMPARE(note->theme(), mine);
+
+    registry.removeTheme(mine);
+    registry.save();
 }
 
 void TestSNNoteThemer::timeOfDayNoticeRedrawsWithoutTouchingTheText()

@@ -4,6 +4,7 @@
 #include "notewindow/SNNoteWindowState.h"
 
 #include <QSlider>
+#include <QWidgetAction>
 
 using namespace Qt::StringLiterals;
 
@@ -55,6 +56,10 @@ void TestSNNoteWindowState::transparencyComesFromTheNoteAndTheSlider()
     SNStickyNoteManager::sharedManager().addNote(note);
     auto controller = openNote(note);
     auto *slider = part<QSlider>(*controller, "alphaSlider");
+    // The slider is the item of the settings menu.
+    QWidgetAction *item = controller->menus()->alphaMenuItem();
+    QVERIFY(controller->settingsMenu()->actions().contains(item));
+    QVERIFY(item->defaultWidget()->isAncestorOf(slider));
     QCOMPARE(controller->window()->windowOpacity(), 1.0);
     QCOMPARE(slider->value(), slider->maximum());
     QCOMPARE(note->windowAlpha(), 1.0);
@@ -80,16 +85,12 @@ void TestSNNoteWindowState::pinMenuChoosesTheLevel()
     controller->save();
     QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(7));
 
-    // What each choice does to the window is the integration test's, with a window manager.
-    for (const int pinState : { 2, 1, 0 }) {
-        items[pinState]->trigger();
-        QCOMPARE(note->pinState(), qint64(pinState));
-        for (int i = 0; i < items.size(); ++i)
-            QCOMPARE(items[i]->isChecked(), i == pinState);
-    }
-    // Each choice is worth a save.
+    // A choice is worth a save. What each choice does to the window is the integration
+    // test's, with a window manager.
+    items[2]->trigger();
+    QVERIFY(items[2]->isChecked() && !items[0]->isChecked());
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(0));
+    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(2));
     SNStickyNoteManager::sharedManager().removeNote(note);
 }
 

@@ -1,7 +1,7 @@
 #include "SNNoteWindowTestSupport.h"
+#include "notes/SNWindowFrameString.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNNoteMenus.h"
-#include "notes/SNWindowFrameString.h"
 #include "support/QWProgramDriver.h"
 
 #include <QRegularExpression>
@@ -20,6 +20,20 @@ QString xprop(const QString &name, const QWidget *window = nullptr)
                : QStringList { u"-root"_s, name });
     const qsizetype mark = line.indexOf(QRegularExpression(u"[=#]"_s));
     return mark < 0 ? QString() : line.mid(mark + 1).trimmed();
+}
+
+// Where the window manager keeps the window: above or below the others, on every desktop.
+QString placement(const QWidget *window)
+{
+    const QString state = xprop(u"_NET_WM_STATE"_s, window);
+    QStringList words;
+    if (state.contains(u"_NET_WM_STATE_ABOVE"_s))
+        words.append(u"above"_s);
+    if (state.contains(u"_NET_WM_STATE_BELOW"_s))
+        words.append(u"below"_s);
+    if (xprop(u"_NET_WM_DESKTOP"_s, window) == u"4294967295"_s)
+        words.append(u"on every desktop"_s);
+    return words.join(u' ');
 }
 
 // The window's frame as the X server has it.
@@ -110,11 +124,6 @@ void TestSNStickyNoteWindowIntegration::initTestCase()
 
 void TestSNStickyNoteWindowIntegration::pinStatesCarryTheWindowManagerStates()
 {
-    const QString above = u"_NET_WM_STATE_ABOVE"_s;
-    const QString below = u"_NET_WM_STATE_BELOW"_s;
-    const QString state = u"_NET_WM_STATE"_s;
-    const QString desktop = u"_NET_WM_DESKTOP"_s;
-    const QString everyDesktop = u"4294967295"_s;
     auto floating = noteWithText(u"Above the others"_s);
     floating->setPinState(SNStickyNote::PinStateFloating);
     auto onDesktop = noteWithText(u"On the desktop"_s);
@@ -122,29 +131,19 @@ void TestSNStickyNoteWindowIntegration::pinStatesCarryTheWindowManagerStates()
     auto normal = openNote(noteWithText(u"Among the others"_s));
     auto floatingController = openNote(floating);
     auto desktopController = openNote(onDesktop);
-    QWidget *floatingWindow = floatingController->window();
-    QWidget *desktopWindow = desktopController->window();
 
-    QTRY_VERIFY(xprop(state, floatingWindow).contains(above));
-    QTRY_VERIFY(xprop(state, desktopWindow).contains(below));
-    QTRY_COMPARE(xprop(desktop, desktopWindow), everyDesktop);
-    QVERIFY(!xprop(state, floatingWindow).contains(below));
-    QVERIFY(!xprop(state, desktopWindow).contains(above));
-    QVERIFY(!xprop(state, normal->window()).contains(above));
-    QVERIFY(!xprop(state, normal->window()).contains(below));
-    QVERIFY(xprop(desktop, normal->window()) != everyDesktop);
+    QTRY_COMPARE(placement(floatingController->window()), u"above"_s);
+    QTRY_COMPARE(placement(desktopController->window()), u"below on every desktop"_s);
+    QCOMPARE(placement(normal->window()), QString());
 
     // Chosen from the pin menu while shown.
     const QList<QAction *> items = normal->menus()->pinMenu()->actions();
-    items[2]->trigger();
-    QTRY_VERIFY(xprop(state, normal->window()).contains(below));
-    QTRY_COMPARE(xprop(desktop, normal->window()), everyDesktop);
-    items[1]->trigger();
-    QTRY_VERIFY(xprop(state, normal->window()).contains(above));
-    QTRY_VERIFY(!xprop(state, normal->window()).contains(below));
-    items[0]->trigger();
-    QTRY_VERIFY(!xprop(state, normal->window()).contains(above));
-    QTRY_VERIFY(xprop(desktop, normal->window()) != everyDesktop);
+    const std::pair<int, QString> choices[]
+        = { { 2, u"below on every desktop"_s }, { 1, u"above"_s }, { 0, QString() } };
+    for (const auto &[pinState, expected] : choices) {
+        items[pinState]->trigger();
+        QTRY_COMPARE(placement(normal->window()), expected);
+    }
     QVERIFY(normal->window()->isVisible());
 }
 
