@@ -9,7 +9,6 @@
 #include "tags/SNTagManager.h"
 
 #include <QDir>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QSaveFile>
 #include <QTest>
@@ -458,39 +457,6 @@ private Q_SLOTS:
             sorted.sort();
             QCOMPARE(replayed, sorted);
         }
-    }
-
-    // What cbor2, a CBOR decoder that is not ours, finds in the notes file: the header, the keys
-    // in the order written, text, a date, the float widened, the text's own archive and tags.
-    void readableByAnotherCborDecoder()
-    {
-        SNStickyNoteManager store(folder());
-        removeAll(store);
-        auto note = noteWithText(u"Grüße #cbor"_s);
-        note->setDateCreated(QDateTime::fromMSecsSinceEpoch(1700000000123LL, Qt::UTC));
-        note->setWindowFrame(u"{{10, 20}, {300, 200}}"_s);
-        note->setWindowAlpha(0.85);
-        note->setPinState(1);
-        const std::shared_ptr<SNTag> tag
-            = SNTag::tagWithNameColor(u"#cbor"_s, QWColor(0.5, 0.25, 1.0));
-        SNTagManager::sharedManager().addTag(tag);
-        note->setTags({ tag });
-        store.addNote(note);
-        settle(store);
-        QVERIFY(store.compact());
-
-        QProcess python;
-        python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),
-            { QStringLiteral(VELLUMO_TEST_DATA_DIR "/read_notes.py"), store.databasePath() });
-        QVERIFY(python.waitForFinished(60000));
-        QVERIFY2(python.exitCode() == 0, python.readAllStandardError().constData());
-        QCOMPARE(QString::fromUtf8(python.readAllStandardOutput()),
-            u"archiver QWKeyedArchiver 1\nnotes 1\nkeys data dateCreated dateModified "
-            "windowFrame isCollapsed collapsedWindowFrame pinState windowAlpha tags themeName "
-            "countState uuid version\ntext Grüße #cbor\ncreated 2023-11-14T22:13:20.123000+00:00\n"
-            "frame {{10, 20}, {300, 200}} pin 1 alpha 0.8500000238418579\n"
-            "tag #cbor 0.5 0.25 1.0\ntheme SNYellowPadTheme\nuuid %1\n"_s.arg(
-                note->uuid().toString(QUuid::WithoutBraces)));
     }
 
 private:
