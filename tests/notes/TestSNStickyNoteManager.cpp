@@ -1,37 +1,18 @@
-#include "kit/QWClock.h"
+#include "SNNotesTestSupport.h"
 #include "kit/QWKeyedUnarchiver.h"
 #include "notes/SNJournal.h"
-#include "notes/SNStickyNote.h"
-#include "notes/SNStickyNoteManager.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
-#include "tags/SNTag.h"
-#include "tags/SNTagManager.h"
 
-#include <QDir>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QSaveFile>
-#include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
+using namespace SNNotesTest;
 
 namespace {
 
-std::shared_ptr<SNStickyNote> noteWithText(const QString &text)
-{
-    auto note = SNStickyNote::note();
-    note->setAttributedString(QWAttributedString(text));
-    return note;
-}
-
 // The texts of the notes in an archive; "(incomplete)" last when it is not whole.
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QStringList textsInFile(const QString &path)
 {
     const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(fileBytes(path));
@@ -45,43 +26,6 @@ QStringList textsInFile(const QString &path)
         texts.append(u"(incomplete)"_s);
     return texts;
 }
-
-QStringList textsOfNotes(const QList<std::shared_ptr<SNStickyNote>> &notes)
-{
-    QStringList texts;
-    for (const std::shared_ptr<SNStickyNote> &note : notes)
-        texts.append(note->attributedString() ? note->attributedString()->string() : QString());
-    return texts;
-}
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
-// Devices that take the first bytes and then fail, as a full disk does.
-template <class File> class FailingFile final : public File
-{
-public:
-    using File::File;
-
-protected:
-    qint64 writeData(const char *data, qint64 length) override
-    {
-        if (m_written + length > 64)
-            return -1;
-        m_written += length;
-        return File::writeData(data, length);
-    }
-
-private:
-    qint64 m_written = 0;
-};
-
-using FailingSaveFile = FailingFile<QSaveFile>;
-using FailingJournalFile = FailingFile<QFile>;
 
 } // namespace
 
@@ -98,32 +42,23 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        for (const std::shared_ptr<SNTag> &tag : SNTagManager::sharedManager().tags())
-            SNTagManager::sharedManager().removeTag(tag);
+        forgetAllTags();
         m_scheduler.reset();
         m_environment.reset();
     }
 
+    // The welcome notes show hashtags at work and the copy is the user's own file. (That they
+    // have the same ids on every computer, so that two that meet keep one of each, is checked by
+    // the merger test and TestSNSyncIntegration.)
     void firstStartSeedsTheWelcomeNotes()
     {
-        QFile resource(SNStickyNoteManager::defaultDatabaseResource);
-        QVERIFY(resource.open(QIODevice::ReadOnly));
-        const QWKeyedUnarchiver::ParseResult welcome = QWKeyedUnarchiver::parse(resource.readAll());
-        QVERIFY2(welcome.isComplete(), qPrintable(welcome.error));
-
         QVERIFY(!QDir(folder()).exists());
         SNStickyNoteManager store(folder());
-        QCOMPARE(store.notesArray().size(), qsizetype(welcome.root.toArray().size()));
+        QVERIFY(store.notesArray().size() > 1);
         for (const std::shared_ptr<SNStickyNote> &note : store.notesArray())
             QVERIFY(note->hasContent() && !note->windowFrame().isEmpty());
-        // The welcome notes show hashtags at work, and the copy is the user's own file.
         QVERIFY(SNTagManager::sharedManager().count() > 0);
         QVERIFY(QFileInfo(store.databasePath()).isWritable());
-        // They have the same ids on every computer, so that two computers that meet keep one.
-        const QString elsewhere = m_environment->dataHome() + u"/elsewhere/"_s;
-        const QStringList ids = idsOf(store.notesArray());
-        QCOMPARE(idsOf(SNStickyNoteManager(elsewhere).notesArray()), ids);
-        QCOMPARE(QSet<QString>(ids.cbegin(), ids.cend()).size(), ids.size());
 
         // An existing file is never seeded again, even when it holds no notes.
         removeAll(store);
@@ -152,8 +87,7 @@ private Q_SLOTS:
         QCOMPARE(store.notesArray().size(), 3);
         settle(store);
         QCOMPARE(fileBytes(store.databasePath()), archive);
-        QCOMPARE(
-            textsOfNotes(SNStickyNoteManager(folder()).notesArray()), QStringList { u"added"_s });
+        QCOMPARE(textsOf(SNStickyNoteManager(folder()).notesArray()), QStringList { u"added"_s });
 
         // Typing into one note appends that note alone, whatever else the store holds.
         for (int i = 0; i < 20; ++i)
@@ -181,8 +115,8 @@ private Q_SLOTS:
 
         store.removeNote(added);
         settle(store);
-        QVERIFY(!textsOfNotes(SNStickyNoteManager(folder()).notesArray())
-                     .contains(u"added, then edited"_s));
+        QVERIFY(
+            !textsOf(SNStickyNoteManager(folder()).notesArray()).contains(u"added, then edited"_s));
     }
 
     // Changes told to the store become one save in the background on the next turn of the
@@ -215,7 +149,7 @@ private Q_SLOTS:
             SNStickyNoteManager leaving(folder());
             leaving.addNote(noteWithText(u"last words"_s));
         }
-        QCOMPARE(textsOfNotes(SNStickyNoteManager(folder()).notesArray()),
+        QCOMPARE(textsOf(SNStickyNoteManager(folder()).notesArray()),
             (QStringList { u"edited"_s, u"last words"_s }));
     }
 
@@ -274,7 +208,7 @@ private Q_SLOTS:
         QVERIFY(store.compact());
 
         store.setJournalFileFactory(
-            [](const QString &path) { return std::make_unique<FailingJournalFile>(path); });
+            [](const QString &path) { return std::make_unique<FailingFile<QFile>>(path); });
         store.addNote(noteWithText(u"into the archive"_s));
         QVERIFY(store.save());
         QCOMPARE(textsInFile(store.databasePath()),
@@ -282,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(fileBytes(store.journalPath()), SNJournal::header);
 
         store.setSaveFileFactory(
-            [](const QString &path) { return std::make_unique<FailingSaveFile>(path); });
+            [](const QString &path) { return std::make_unique<FailingFile<QSaveFile>>(path); });
         store.addNote(noteWithText(QString(5000, u'y')));
         m_environment->clearMessages();
         QVERIFY(!store.exportDatabaseToPath(exported));
@@ -352,14 +286,14 @@ private Q_SLOTS:
         writeFile(
             folder() + SNStickyNoteManager::journalFileName, doubled + "\x10\0\0\0garbage"_ba);
         SNStickyNoteManager store(folder());
-        QCOMPARE(textsOfNotes(store.notesArray()), (QStringList { u"kept"_s, u"torn"_s }));
+        QCOMPARE(textsOf(store.notesArray()), (QStringList { u"kept"_s, u"torn"_s }));
         QCOMPARE(store.keptAsidePaths().size(), 1);
         QCOMPARE(fileBytes(store.keptAsidePaths().value(0)), doubled + "\x10\0\0\0garbage"_ba);
         QCOMPARE(fileBytes(store.journalPath()), doubled);
         // Appends go on after the last whole record.
         store.addNote(noteWithText(u"after"_s));
         QVERIFY(store.save());
-        QCOMPARE(textsOfNotes(SNStickyNoteManager(folder()).notesArray()),
+        QCOMPARE(textsOf(SNStickyNoteManager(folder()).notesArray()),
             (QStringList { u"kept"_s, u"torn"_s, u"after"_s }));
 
         // A journal that is not one at all is read as none and kept aside.
@@ -385,23 +319,6 @@ private Q_SLOTS:
             QVERIFY2(QFile::exists(folder() + name), qPrintable(name));
     }
 
-    void backgroundSavesFinishAndKeepTheNewest()
-    {
-        SNStickyNoteManager store(folder());
-        removeAll(store);
-        const std::shared_ptr<SNStickyNote> note = noteWithText(u"v0"_s);
-        store.addNote(note);
-        for (int version = 1; version <= 50; ++version) {
-            note->setAttributedString(QWAttributedString(u"v%1"_s.arg(version)));
-            store.noteDidChange(note);
-            store.saveInBackground();
-        }
-        store.waitForBackgroundSaves();
-        // Whatever order the workers finished in, the notes load with the last version.
-        QCOMPARE(
-            textsOfNotes(SNStickyNoteManager(folder()).notesArray()), QStringList { u"v50"_s });
-    }
-
     // After any sequence of edits, deletions and restores, with saves between them, loading
     // gives the notes the store held, in its order and versions, whether the journal was
     // compacted or not, and whether or not a compaction was cut off before the new journal.
@@ -412,35 +329,24 @@ private Q_SLOTS:
             const QString runFolder = m_environment->dataHome() + u"/run%1/"_s.arg(run);
             SNStickyNoteManager store(runFolder);
             removeAll(store);
-            QList<std::shared_ptr<SNStickyNote>> known;
             for (int step = 0; step < 60; ++step) {
                 const QList<std::shared_ptr<SNStickyNote>> notes = store.notesArray();
                 const QList<SNDeletedNote> deleted = store.recentlyDeletedNotes();
-                switch (random.bounded(6)) {
-                case 0:
-                case 1:
+                const auto some
+                    = notes.isEmpty() ? nullptr : notes.at(random.bounded(notes.size()));
+                const quint32 dice = random.bounded(5);
+                if (dice < 2 || !some) {
                     store.addNote(noteWithText(u"note %1.%2"_s.arg(run).arg(step)));
-                    break;
-                case 2:
-                    if (!notes.isEmpty()) {
-                        const auto note = notes.at(random.bounded(notes.size()));
-                        note->setAttributedString(QWAttributedString(u"edit %1"_s.arg(step)));
-                        note->setWindowFrame(u"{{%1, 0}, {200, 100}}"_s.arg(step));
-                        store.noteDidChange(note);
-                    }
-                    break;
-                case 3:
-                    if (!notes.isEmpty())
-                        store.removeNote(notes.at(random.bounded(notes.size())));
-                    break;
-                case 4:
-                    if (!deleted.isEmpty())
-                        store.restoreDeletedNote(deleted.at(random.bounded(deleted.size())).uuid);
-                    break;
-                default:
-                    QVERIFY(store.save());
+                } else if (dice == 2) {
+                    some->setAttributedString(QWAttributedString(u"edit %1"_s.arg(step)));
+                    some->setWindowFrame(u"{{%1, 0}, {200, 100}}"_s.arg(step));
+                    store.noteDidChange(some);
+                } else if (dice == 3) {
+                    store.removeNote(some);
+                } else if (!deleted.isEmpty()) {
+                    store.restoreDeletedNote(deleted.at(random.bounded(deleted.size())).uuid);
                 }
-                if (random.bounded(4) == 0)
+                if (random.bounded(3) == 0)
                     QVERIFY(store.save());
             }
             QVERIFY(store.save());
@@ -458,39 +364,6 @@ private Q_SLOTS:
             sorted.sort();
             QCOMPARE(replayed, sorted);
         }
-    }
-
-    // What cbor2, a CBOR decoder that is not ours, finds in the notes file: the header, the keys
-    // in the order written, text, a date, the float widened, the text's own archive and tags.
-    void readableByAnotherCborDecoder()
-    {
-        SNStickyNoteManager store(folder());
-        removeAll(store);
-        auto note = noteWithText(u"Grüße #cbor"_s);
-        note->setDateCreated(QDateTime::fromMSecsSinceEpoch(1700000000123LL, Qt::UTC));
-        note->setWindowFrame(u"{{10, 20}, {300, 200}}"_s);
-        note->setWindowAlpha(0.85);
-        note->setPinState(1);
-        const std::shared_ptr<SNTag> tag
-            = SNTag::tagWithNameColor(u"#cbor"_s, QWColor(0.5, 0.25, 1.0));
-        SNTagManager::sharedManager().addTag(tag);
-        note->setTags({ tag });
-        store.addNote(note);
-        settle(store);
-        QVERIFY(store.compact());
-
-        QProcess python;
-        python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),
-            { QStringLiteral(VELLUMO_TEST_DATA_DIR "/read_notes.py"), store.databasePath() });
-        QVERIFY(python.waitForFinished(60000));
-        QVERIFY2(python.exitCode() == 0, python.readAllStandardError().constData());
-        QCOMPARE(QString::fromUtf8(python.readAllStandardOutput()),
-            u"archiver QWKeyedArchiver 1\nnotes 1\nkeys data dateCreated dateModified "
-            "windowFrame isCollapsed collapsedWindowFrame pinState windowAlpha tags themeName "
-            "countState uuid version\ntext Grüße #cbor\ncreated 2023-11-14T22:13:20.123000+00:00\n"
-            "frame {{10, 20}, {300, 200}} pin 1 alpha 0.8500000238418579\n"
-            "tag #cbor 0.5 0.25 1.0\ntheme SNYellowPadTheme\nuuid %1\n"_s.arg(
-                note->uuid().toString(QUuid::WithoutBraces)));
     }
 
 private:
@@ -517,20 +390,6 @@ private:
             dump.append(u"deleted %1 %2"_s.arg(deleted.uuid.toString(), deleted.title));
         return dump;
     }
-    static QStringList idsOf(const QList<std::shared_ptr<SNStickyNote>> &notes)
-    {
-        QStringList ids;
-        for (const std::shared_ptr<SNStickyNote> &note : notes)
-            ids.append(note->uuid().toString());
-        return ids;
-    }
-    // Without the welcome notes.
-    static void removeAll(SNStickyNoteManager &store)
-    {
-        for (const std::shared_ptr<SNStickyNote> &note : store.notesArray())
-            store.removeNote(note);
-    }
-
     std::unique_ptr<QWTestEnvironment> m_environment;
     std::unique_ptr<QWManualScheduler> m_scheduler;
 };

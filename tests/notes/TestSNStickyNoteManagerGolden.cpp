@@ -2,8 +2,10 @@
 #include "kit/rtf/QWRtfWriter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 #include "tags/SNTag.h"
+#include "tags/SNTagManager.h"
 
 #include <QDir>
 #include <QProcess>
@@ -16,6 +18,10 @@
 // (each note's fields, then its text as runs, then the deleted notes), and note-N.rtf with
 // each note's text as an exported RTF file. A change of the format shows as a changed file in
 // review.
+//
+// The store then writes the notes back: written.txt holds what it reads of its own archive
+// (as notes.txt, without blank notes, and unset dates are the time of writing), and what
+// cbor2, a CBOR decoder that is not ours, finds in it.
 //
 // Where a case has a journal, journal.txt holds what the Python reader of
 // docs/archive-format.md, taken from the page as it stands, prints of it: the page stays true
@@ -41,6 +47,8 @@ private Q_SLOTS:
     {
         QFETCH(QString, folder);
         QWTestEnvironment environment;
+        // Recently Deleted keeps 30 days: the clock stands a few days after the cases' deletions.
+        const QWManualScheduler clock(QDateTime(QDate(2026, 11, 24), QTime(12, 0), Qt::UTC));
         QTemporaryDir home;
         const QString base = home.filePath(u"Vellumo/"_s);
         QVERIFY(QDir().mkpath(base));
@@ -51,21 +59,30 @@ private Q_SLOTS:
                 QVERIFY(QFile::copy(folder + u'/' + file, base + file));
         }
 
-        const SNStickyNoteManager store(base, u"golden-device"_s);
+        SNStickyNoteManager store(base, u"golden-device"_s);
         const QList<std::shared_ptr<SNStickyNote>> notes = store.notesArray();
-        QString read;
         for (qsizetype index = 0; index < notes.size(); ++index) {
-            read += u"note %1\n"_s.arg(index + 1) + describe(*notes.at(index));
             const std::optional<QWAttributedString> text = notes.at(index)->attributedString();
             if (text && text->length() > 0)
                 QWRichTextDump::compareWithFile(
                     folder + u"/note-%1.rtf"_s.arg(index + 1), QWRtfWriter().write(*text));
+            // Its tags are the index's own, and know it.
+            for (const std::shared_ptr<SNTag> &tag : notes.at(index)->tags()) {
+                QCOMPARE(SNTagManager::sharedManager().tagWithName(tag->name()), tag);
+                QVERIFY(tag->containsNote(notes.at(index).get()));
+            }
         }
-        for (const SNDeletedNote &deleted : store.recentlyDeletedNotes())
-            read += u"deleted %1 at %2: %3\n"_s.arg(deleted.uuid.toString(QUuid::WithoutBraces),
-                deleted.dateDeleted.toUTC().toString(Qt::ISODateWithMs),
-                QWRichTextDump::quoted(deleted.title));
-        QWRichTextDump::compareWithFile(folder + u"/notes.txt"_s, read.toUtf8());
+        QWRichTextDump::compareWithFile(folder + u"/notes.txt"_s, dump(store).toUtf8());
+
+        QVERIFY(store.compact());
+        QProcess python;
+        python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),
+            { QStringLiteral(VELLUMO_TEST_DATA_DIR "/read_notes.py"), store.databasePath() });
+        QVERIFY(python.waitForFinished(60000));
+        QVERIFY2(python.exitCode() == 0, python.readAllStandardError().constData());
+        QWRichTextDump::compareWithFile(folder + u"/written.txt"_s,
+            (dump(SNStickyNoteManager(base, u"golden-device"_s)) + u"cbor2:\n"_s).toUtf8()
+                + python.readAllStandardOutput());
     }
 
     void theFormatPagesReaderReadsTheJournal()
@@ -102,6 +119,19 @@ private Q_SLOTS:
     }
 
 private:
+    // The notes as notes.txt holds them, the deleted ones last.
+    static QString dump(const SNStickyNoteManager &store)
+    {
+        QString read;
+        const QList<std::shared_ptr<SNStickyNote>> notes = store.notesArray();
+        for (qsizetype index = 0; index < notes.size(); ++index)
+            read += u"note %1\n"_s.arg(index + 1) + describe(*notes.at(index));
+        for (const SNDeletedNote &deleted : store.recentlyDeletedNotes())
+            read += u"deleted %1 at %2: %3\n"_s.arg(deleted.uuid.toString(QUuid::WithoutBraces),
+                deleted.dateDeleted.toUTC().toString(Qt::ISODateWithMs),
+                QWRichTextDump::quoted(deleted.title));
+        return read;
+    }
     static QString describe(const SNStickyNote &note)
     {
         const auto date = [](const std::optional<QDateTime> &value) {

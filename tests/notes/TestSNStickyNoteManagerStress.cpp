@@ -1,15 +1,11 @@
 // One thread edits notes (text, frames, tags), adds and deletes them, while saves and
 // compactions run on others. Built and run under
 // ThreadSanitizer by ./build.sh test; in the other builds it checks the end state.
+#include "SNNotesTestSupport.h"
 #include "kit/QWKeyedUnarchiver.h"
-#include "notes/SNStickyNote.h"
-#include "notes/SNStickyNoteManager.h"
 #include "support/QWTestEnvironment.h"
-#include "tags/SNTag.h"
-#include "tags/SNTagManager.h"
 
 #include <QRandomGenerator>
-#include <QTest>
 
 #include <atomic>
 #include <thread>
@@ -26,8 +22,7 @@ void TestSNStickyNoteManagerStress::editsWhileSaving()
 {
     QWTestEnvironment environment;
     SNStickyNoteManager store(environment.dataHome() + QStringLiteral("/Vellumo"));
-    for (const std::shared_ptr<SNStickyNote> &note : store.notesArray())
-        store.removeNote(note);
+    SNNotesTest::removeAll(store);
 
     QList<std::shared_ptr<SNTag>> tags;
     for (int i = 0; i < 6; ++i)
@@ -37,10 +32,8 @@ void TestSNStickyNoteManagerStress::editsWhileSaving()
 
     QList<std::shared_ptr<SNStickyNote>> notes;
     for (int i = 0; i < 12; ++i) {
-        auto note = std::make_shared<SNStickyNote>();
-        note->setAttributedString(QWAttributedString(QStringLiteral("note %1").arg(i)));
-        store.addNote(note);
-        notes.append(note);
+        notes.append(SNNotesTest::noteWithText(QStringLiteral("note %1").arg(i)));
+        store.addNote(notes.last());
     }
 
     std::atomic<bool> editing { true };

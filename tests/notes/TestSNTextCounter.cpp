@@ -4,6 +4,8 @@
 #include <QTest>
 #include <QTextDocument>
 
+using namespace Qt::Literals::StringLiterals;
+
 // The note's counter and title, both read from its text.
 class TestSNTextCounter final : public QObject
 {
@@ -13,66 +15,63 @@ private Q_SLOTS:
     void countsWordsParagraphsAndCharacters_data()
     {
         QTest::addColumn<QString>("text");
-        QTest::addColumn<QList<qsizetype>>("counts"); // words, paragraphs, characters
-        QTest::newRow("empty") << QString() << QList<qsizetype> { 0, 0, 0 };
-        QTest::newRow("one character") << QStringLiteral("a") << QList<qsizetype> { 1, 1, 1 };
+        QTest::addColumn<QString>("labels"); // words, paragraphs, characters
+        QTest::newRow("empty") << QString() << u"0 words, 0 paragraphs, 0 characters"_s;
+        QTest::newRow("one character") << u"a"_s << u"1 word, 1 paragraph, 1 character"_s;
         QTest::newRow("punctuation is no word")
-            << QStringLiteral("Buy #milk, now - don't wait!") << QList<qsizetype> { 5, 1, 28 };
+            << u"Buy #milk, now - don't wait!"_s << u"5 words, 1 paragraph, 28 characters"_s;
         QTest::newRow("blank paragraphs are not counted")
-            << QStringLiteral("one\n\n  \ntwo three\n") << QList<qsizetype> { 3, 2, 14 };
+            << u"one\n\n  \ntwo three\n"_s << u"3 words, 2 paragraphs, 14 characters"_s;
         // A letter with its accent and a flag are one character each, as a reader sees them.
         QTest::newRow("combined characters")
-            << QStringLiteral("e\u0301 \U0001F1E9\U0001F1EA") << QList<qsizetype> { 1, 1, 3 };
+            << u"e\u0301 \U0001F1E9\U0001F1EA"_s << u"1 word, 1 paragraph, 3 characters"_s;
     }
 
+    // Clicking the counter goes round the three counts, each with its label.
     void countsWordsParagraphsAndCharacters()
     {
         QFETCH(QString, text);
-        QFETCH(QList<qsizetype>, counts);
-        QCOMPARE(SNTextCounter::countOfText(text, SNTextCounter::CountWords), counts[0]);
-        QCOMPARE(SNTextCounter::countOfText(text, SNTextCounter::CountParagraphs), counts[1]);
-        QCOMPARE(SNTextCounter::countOfText(text, SNTextCounter::CountCharacters), counts[2]);
+        QFETCH(QString, labels);
+        QStringList counted;
+        qint64 state = SNTextCounter::CountWords;
+        do {
+            counted.append(
+                SNTextCounter::labelText(SNTextCounter::countOfText(text, state), state));
+            state = SNTextCounter::nextCountState(state);
+        } while (state != SNTextCounter::CountWords && counted.size() < 4);
+        QCOMPARE(counted.join(u", "), labels);
         // A state no command makes counts nothing.
-        QCOMPARE(SNTextCounter::countOfText(text, 3), qsizetype(0));
+        QCOMPARE(SNTextCounter::countOfText(text, SNTextCounter::CountStateCount), qsizetype(0));
     }
 
-    void labelsAndStates()
+    void titleIsTheFirstParagraphWithText_data()
     {
-        QCOMPARE(SNTextCounter::labelText(1, SNTextCounter::CountCharacters),
-            QStringLiteral("1 character"));
-        QCOMPARE(SNTextCounter::labelText(0, SNTextCounter::CountWords), QStringLiteral("0 words"));
-        QCOMPARE(SNTextCounter::labelText(12, SNTextCounter::CountParagraphs),
-            QStringLiteral("12 paragraphs"));
-        // Clicking the counter goes round the three counts.
-        qint64 state = SNTextCounter::CountWords;
-        for (int click = 0; click < 3; ++click)
-            state = SNTextCounter::nextCountState(state);
-        QCOMPARE(state, qint64(SNTextCounter::CountWords));
-        QCOMPARE(SNTextCounter::nextCountState(state), qint64(SNTextCounter::CountParagraphs));
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("windowTitle");
+        QTest::addColumn<QString>("collapsedTitle");
+        const QString fifty(50, u'a');
+        QTest::newRow("first paragraph with text")
+            << u"\n   \n\t Shopping list  \nmilk"_s << u"Shopping list"_s << u"Shopping list"_s;
+        QTest::newRow("blank") << u" \n\n "_s << u"Untitled Sticky Note"_s
+                               << u"Untitled Sticky Note"_s;
+        QTest::newRow("fifty characters") << fifty << fifty << fifty;
+        // The collapsed note shows a long title whole.
+        QTest::newRow("fifty-one characters") << fifty + u'b' << fifty + u"..."_s << fifty + u'b';
+        // Never half of a character that takes two code units.
+        QTest::newRow("cut before a surrogate pair")
+            << fifty.first(49) + u"\U0001F600tail"_s << fifty.first(49) + u"..."_s
+            << fifty.first(49) + u"\U0001F600tail"_s;
     }
 
     void titleIsTheFirstParagraphWithText()
     {
-        const QString title = SNNoteTitle::titleTextOfDocument(
-            QTextDocument(QStringLiteral("\n   \n\t Shopping list  \nmilk")));
-        QCOMPARE(title, QStringLiteral("Shopping list"));
-        QCOMPARE(SNNoteTitle::windowTitle(title), title);
-        QVERIFY(
-            SNNoteTitle::titleTextOfDocument(QTextDocument(QStringLiteral(" \n\n "))).isEmpty());
-        QCOMPARE(SNNoteTitle::windowTitle(QString()), QStringLiteral("Untitled Sticky Note"));
-        QCOMPARE(SNNoteTitle::collapsedTitle(QString()), QStringLiteral("Untitled Sticky Note"));
-    }
-
-    void longTitlesAreCutAfterFiftyCharacters()
-    {
-        const QString fifty(50, u'a');
-        QCOMPARE(SNNoteTitle::windowTitle(fifty), fifty);
-        QCOMPARE(SNNoteTitle::windowTitle(fifty + u'b'), fifty + QStringLiteral("..."));
-        // The collapsed note shows it whole.
-        QCOMPARE(SNNoteTitle::collapsedTitle(fifty + u'b'), fifty + u'b');
-        // Never half of a character that takes two code units.
-        QCOMPARE(SNNoteTitle::windowTitle(fifty.first(49) + QStringLiteral("\U0001F600tail")),
-            fifty.first(49) + QStringLiteral("..."));
+        QFETCH(QString, text);
+        QFETCH(QString, windowTitle);
+        QFETCH(QString, collapsedTitle);
+        const QString title = SNNoteTitle::titleTextOfDocument(QTextDocument(text));
+        QCOMPARE(SNNoteTitle::titleTextOfString(text), title);
+        QCOMPARE(SNNoteTitle::windowTitle(title), windowTitle);
+        QCOMPARE(SNNoteTitle::collapsedTitle(title), collapsedTitle);
     }
 };
 
