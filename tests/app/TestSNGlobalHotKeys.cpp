@@ -1,9 +1,6 @@
 #include "SNAppTestSupport.h"
-#include "app/QWHotKeyHelper.h"
 #include "app/SNGlobalHotKeys.h"
-#include "settings/SNUserDefaults.h"
 
-#include <QSettings>
 #include <QTest>
 
 class TestSNGlobalHotKeys final : public QObject
@@ -13,8 +10,7 @@ class TestSNGlobalHotKeys final : public QObject
 private Q_SLOTS:
     void settingsReplaceTheGrabsAndPressesGoByIdentifier()
     {
-        const auto defaults = GVUserDefaults::make<SNUserDefaults>();
-        defaults->userDefaults().clear();
+        const auto defaults = clearedDefaults();
         auto owned = std::make_unique<RecordingGrabber>();
         const RecordingGrabber &grabber = *owned;
         QWHotKeyHelper helper(std::move(owned));
@@ -53,8 +49,6 @@ private Q_SLOTS:
         QCOMPARE(pressed,
             (QStringList {
                 QStringLiteral("tags"), QStringLiteral("note"), QStringLiteral("note") }));
-
-        defaults->userDefaults().clear();
     }
 };
 
