@@ -1,9 +1,6 @@
-#include "notes/SNStickyNoteManager.h"
+#include "SNProgramTestSupport.h"
 #include "support/QWKGlobalAccel.h"
-#include "support/QWProgramDriver.h"
-#include "support/QWProgramSession.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace QWProgramDriver;
@@ -26,12 +23,10 @@ private Q_SLOTS:
     {
         QVERIFY(!QWProgramSession::isServing());
         QWProgramSession session;
-        QVERIFY(session.start());
-        const qint64 pid = session.program().processId();
         // The welcome notes, drawn through XWayland, which the program chose itself.
-        const QTemporaryDir empty;
-        const qsizetype welcomeNotes = SNStickyNoteManager(empty.path()).notesArray().size();
-        QTRY_COMPARE_WITH_TIMEOUT(visibleWindows(pid).size(), welcomeNotes, 20000);
+        const qint64 pid = startShowingNotes(session);
+        QVERIFY(pid);
+        const qsizetype welcomeNotes = visibleWindows(pid).size();
 
         QCOMPARE(session.runSecond({ u"--new-note"_s }), 0);
         QTRY_COMPARE(visibleWindows(pid).size(), welcomeNotes + 1);
