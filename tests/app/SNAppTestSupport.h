@@ -1,9 +1,12 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "app/QWGlobalShortcutsPortal.h"
 #include "app/QWHotKeyGrabber.h"
 #include "app/QWHotKeyHelper.h"
+#include "app/QWPortalHotKeyGrabber.h"
 #include "app/QWWelcomeWindowController.h"
+#include "app/QWX11HotKeyGrabber.h"
 #include "kit/widgets/QWWindowManager.h"
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
@@ -73,6 +76,25 @@ public:
     QString lastName;
     QList<qint64> refusedCodes;
     int ungrabs = 0;
+};
+
+// The program's hot keys as a Wayland session makes them: the desktop's portal, with X11 grabs
+// behind it, and the identifiers of the presses they report.
+struct PortalHotKeys
+{
+    PortalHotKeys()
+    {
+        helper.setPressedBlock([this](qint64 identifier) { pressed << identifier; });
+    }
+    QWPortalHotKeyGrabber &grabber() const
+    {
+        return *static_cast<QWPortalHotKeyGrabber *>(helper.grabber());
+    }
+
+    QWHotKeyHelper helper { std::make_unique<QWPortalHotKeyGrabber>(
+        std::make_unique<QWGlobalShortcutsPortal>(QStringLiteral("org.vellumo.Vellumo")),
+        QWX11HotKeyGrabber::create()) };
+    QList<qint64> pressed;
 };
 
 // A note store of its own, holding the welcome notes a first start copies in, and the windows

@@ -1,7 +1,4 @@
-#include "app/QWGlobalShortcutsPortal.h"
-#include "app/QWHotKeyHelper.h"
-#include "app/QWPortalHotKeyGrabber.h"
-#include "app/QWX11HotKeyGrabber.h"
+#include "SNAppTestSupport.h"
 #include "kit/QWKeyCombo.h"
 #include "support/QWProgramDriver.h"
 
@@ -22,16 +19,11 @@ public:
 private Q_SLOTS:
     void theKeysStayWithTheProgramsWindows()
     {
-        auto owned = std::make_unique<QWPortalHotKeyGrabber>(
-            std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s),
-            QWX11HotKeyGrabber::create());
-        QWPortalHotKeyGrabber &grabber = *owned;
+        PortalHotKeys keys;
+        QWPortalHotKeyGrabber &grabber = keys.grabber();
         QSignalSpy reachChanges(&grabber, &QWHotKeyGrabber::reachDidChange);
-        QWHotKeyHelper helper(std::move(owned));
-        QList<qint64> pressed;
-        helper.setPressedBlock([&](qint64 identifier) { pressed << identifier; });
 
-        const qint64 tags = helper.registerHotKey(
+        const qint64 tags = keys.helper.registerHotKey(
             { QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 }, u"toggle-tags"_s);
         QVERIFY(tags > 0);
         QTRY_COMPARE_WITH_TIMEOUT(
@@ -41,7 +33,7 @@ private Q_SLOTS:
         QVERIFY(grabber.desktopTrigger(u"toggle-tags"_s).isEmpty());
 
         QWProgramDriver::xdotool({ u"key"_s, u"ctrl+shift+n"_s });
-        QTRY_COMPARE(pressed, QList<qint64> { tags });
+        QTRY_COMPARE(keys.pressed, QList<qint64> { tags });
     }
 };
 
