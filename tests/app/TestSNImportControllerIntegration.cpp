@@ -2,7 +2,6 @@
 #include "app/SNImportController.h"
 #include "app/SNImportPanel.h"
 #include "app/SNImportWindowController.h"
-#include "import/SNImportFinder.h"
 #include "notewindow/SNTextView.h"
 
 #include <QListWidget>
@@ -15,8 +14,9 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// A home folder as xpad left it, written by xpad itself.
+// A home folder as xpad left it, written by xpad itself: two pads.
 const QString xpadHome = importGolden(u"xpad/formatted/home"_s);
+constexpr int xpadNotes = 2;
 
 } // namespace
 
@@ -44,12 +44,7 @@ private Q_SLOTS:
     {
         QTemporaryDir xpadUser;
         copyFolder(xpadHome, xpadUser.path());
-        const SNImportEnvironment home = SNImportEnvironment::underHome(xpadUser.path());
-        const QList<SNImportSource> found = SNImportFinder::findSources(home);
-        QCOMPARE(found.size(), 1);
-        const qsizetype xpadNotes = found.first().result.notes.size();
-        QVERIFY(xpadNotes > 0);
-        m_app->delegate->importer().setEnvironment(home);
+        m_app->delegate->importer().setEnvironment(SNImportEnvironment::underHome(xpadUser.path()));
         QSignalSpy searches(&m_app->delegate->importer(), &SNImportController::searchFinished);
         const qsizetype before = m_app->notes.store.notesArray().size();
 
@@ -120,7 +115,8 @@ private Q_SLOTS:
         m_app->presenter->savePath = old.path();
         window->findChild<QPushButton *>(u"chooseFolderButton"_s)->click();
         QVERIFY(searches.wait());
-        QCOMPARE(window->findChild<QListWidget *>()->item(0)->text(), u"xpad — 2 notes"_s);
+        QCOMPARE(window->findChild<QListWidget *>()->item(0)->text(),
+            u"xpad — %1 notes"_s.arg(xpadNotes));
     }
 
     void everyNoteGoesOutAsMarkdownWithWhatItsWindowHolds()
