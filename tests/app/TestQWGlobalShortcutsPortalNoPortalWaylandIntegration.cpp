@@ -1,14 +1,17 @@
 #include "SNAppTestSupport.h"
+#include "SNProgramTestSupport.h"
 #include "kit/QWKeyCombo.h"
-#include "support/QWProgramDriver.h"
+#include "support/QWKGlobalAccel.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace QWProgramDriver;
 using namespace Qt::StringLiterals;
 
 // KWin without a portal, as on desktops whose portal offers no global shortcuts: the hot keys
-// stay X11 grabs, which see the keys typed into X11 windows.
+// stay X11 grabs, which see the keys typed into X11 windows, nothing is bound on the desktop,
+// and the program still serves everything else.
 class TestQWGlobalShortcutsPortalNoPortalWaylandIntegration final : public QObject
 {
     Q_OBJECT
@@ -17,6 +20,12 @@ public:
     static void initMain() { qputenv("QT_QPA_PLATFORM", "xcb"); }
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // The desktop's own shortcuts are there: an empty answer below means something.
+        QVERIFY(!QWKGlobalAccel::components().isEmpty());
+    }
+
     void theKeysStayWithTheProgramsWindows()
     {
         PortalHotKeys keys;
@@ -32,8 +41,32 @@ private Q_SLOTS:
         QVERIFY(!reachChanges.isEmpty());
         QVERIFY(grabber.desktopTrigger(u"toggle-tags"_s).isEmpty());
 
-        QWProgramDriver::xdotool({ u"key"_s, u"ctrl+shift+n"_s });
+        xdotool({ u"key"_s, u"ctrl+shift+n"_s });
         QTRY_COMPARE(keys.pressed, QList<qint64> { tags });
+    }
+
+    void notesComeFromTheCommandLineAndNothingIsBoundOnTheDesktop()
+    {
+        QVERIFY(!QWProgramSession::isServing());
+        QWProgramSession session;
+        // The welcome notes, drawn through XWayland, which the program chose itself.
+        const qint64 pid = startShowingNotes(session);
+        QVERIFY(pid);
+        const qsizetype welcomeNotes = visibleWindows(pid).size();
+
+        QCOMPARE(session.runSecond({ u"--new-note"_s }), 0);
+        QTRY_COMPARE(visibleWindows(pid).size(), welcomeNotes + 1);
+
+        // By now the program has long had its answer that there is no portal.
+        for (const QString &shortcut : { u"new-note"_s, u"toggle-tags"_s }) {
+            const QString component = QWKGlobalAccel::componentWith({ shortcut });
+            QVERIFY2(component.isEmpty(), qPrintable(component));
+        }
+
+        QCOMPARE(session.runSecond({ u"--quit"_s }), 0);
+        QVERIFY(session.program().waitForFinished());
+        QCOMPARE(session.program().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(session.program().exitCode(), 0);
     }
 };
 
