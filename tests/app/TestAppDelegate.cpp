@@ -1,28 +1,21 @@
 #include "SNAppTestSupport.h"
-#include "app/AppDelegate.h"
 #include "app/MTStatusItem.h"
-#include "app/QWHotKeyHelper.h"
-#include "app/QWWelcomeWindowController.h"
 #include "app/SNApplicationMenu.h"
 #include "app/SNDesktopPresence.h"
 #include "app/SNGlobalHotKeys.h"
 #include "app/SNHelpWindowController.h"
 #include "app/SNLaunchRequest.h"
-#include "notes/SNSyncFolder.h"
 #include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
 #include "preferences/SyncPreferencesViewController.h"
 #include "secret/QWSuperSecret.h"
-#include "settings/SNUserDefaults.h"
-#include "support/QWManualScheduler.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPropertyAnimation>
-#include <QSettings>
 #include <QTest>
 
 namespace {
@@ -53,36 +46,20 @@ class TestAppDelegate final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_scheduler = std::make_unique<QWManualScheduler>();
-        m_defaults = GVUserDefaults::make<SNUserDefaults>();
-        m_defaults->userDefaults().clear();
-        // Every user but the one of firstRunWaitsForTheWelcomeWindow has met Vellumo before.
-        m_defaults->userDefaults().setValue(QWWelcomeWindowController::wasShownKey(), true);
-        m_notes = std::make_unique<TestNotes>();
-        m_hotKeys = std::make_unique<QWHotKeyHelper>(std::make_unique<RecordingGrabber>());
-        m_presenter = std::make_shared<RecordingPresenter>();
-        m_delegate = std::make_unique<AppDelegate>(AppDelegate::Services { m_defaults.get(),
-            &m_notes->store, &m_notes->windowManager, m_hotKeys.get(), m_presenter });
-    }
+    void init() { m_app = std::make_unique<TestApplication>(); }
 
     void cleanup()
     {
-        m_delegate.reset();
-        m_notes.reset();
-        m_hotKeys.reset();
-        m_defaults.reset();
-        m_scheduler.reset();
+        m_app.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     void launchWithoutNotesMakesOneNewNote()
     {
-        for (const auto &note : m_notes->store.notesArray())
-            m_notes->store.removeNote(note);
+        for (const auto &note : m_app->notes.store.notesArray())
+            m_app->notes.store.removeNote(note);
         launch();
-        QCOMPARE(m_notes->store.notesArray().size(), 1);
+        QCOMPARE(m_app->notes.store.notesArray().size(), 1);
         QCOMPARE(visibleNotes(), 1);
     }
 
@@ -102,12 +79,12 @@ private Q_SLOTS:
         QFETCH(QString, url);
         QFETCH(bool, hideWindow);
         QFETCH(bool, shown);
-        m_defaults->setHideWindow(hideWindow);
+        m_app->defaults->setHideWindow(hideWindow);
         NoteWindowShowings showings;
         launch(url);
         // The windows exist either way, one per note.
         QVERIFY(notes().size() > 2);
-        QCOMPARE(notes().size(), m_notes->store.notesArray().size());
+        QCOMPARE(notes().size(), m_app->notes.store.notesArray().size());
         QCOMPARE(visibleNotes(), shown ? notes().size() : 0);
         // Each shows before the next is built: the window manager can take on the first notes
         // while the others are still being built.
@@ -115,77 +92,74 @@ private Q_SLOTS:
         for (qsizetype i = 0; i < showings.builtWhenShown.size(); ++i)
             QCOMPARE(showings.builtWhenShown.at(i), i + 1);
         // After the launch a new note always shows.
-        m_delegate->newDocument(nullptr);
+        m_app->delegate->newDocument(nullptr);
         QVERIFY(notes().constLast()->window()->isVisible());
     }
 
     void trayIconHidesTheWholeProgramAndBringsBackWhatWasShown()
     {
         // Notes hidden at login come with a click on the tray icon.
-        m_defaults->setHideWindow(true);
+        m_app->defaults->setHideWindow(true);
         launch(QStringLiteral("vellumo://lal"));
-        m_delegate->menuIconWasClicked();
-        QCOMPARE(visibleNotes(), m_notes->store.notesArray().size());
+        m_app->delegate->menuIconWasClicked();
+        QCOMPARE(visibleNotes(), m_app->notes.store.notesArray().size());
 
         // The next hides not only the notes: the preferences go and come back with them.
-        m_delegate->openHelp(nullptr);
-        QWidget *help = m_delegate->helpWindowController()->window();
+        m_app->delegate->openHelp(nullptr);
+        QWidget *help = m_app->delegate->helpWindowController()->window();
         help->close();
-        m_delegate->openPreferences(nullptr);
-        QWidget *preferences = m_delegate->preferencesWindowController()->window();
-        m_delegate->setIsActive(true);
-        m_delegate->menuIconWasClicked();
+        m_app->delegate->openPreferences(nullptr);
+        QWidget *preferences = m_app->delegate->preferencesWindowController()->window();
+        m_app->delegate->setIsActive(true);
+        m_app->delegate->menuIconWasClicked();
         QCOMPARE(visibleNotes(), 0);
         QVERIFY(!preferences->isVisible());
-        m_delegate->menuIconWasClicked();
+        m_app->delegate->menuIconWasClicked();
         QCOMPARE(visibleNotes(), notes().size());
         QVERIFY(preferences->isVisible() && !help->isVisible());
 
         // "Show All Notes" brings the open preferences forward with the notes.
         notes().constFirst()->window()->activateWindow();
         QTRY_VERIFY(notes().constFirst()->window()->isActiveWindow());
-        m_delegate->showAllNotes();
+        m_app->delegate->showAllNotes();
         QTRY_VERIFY(preferences->isActiveWindow());
     }
 
     void firstRunWaitsForTheWelcomeWindow()
     {
-        m_defaults->userDefaults().remove(QWWelcomeWindowController::wasShownKey());
+        m_app->defaults->userDefaults().remove(QWWelcomeWindowController::wasShownKey());
         launch();
-        QWWelcomeWindowController *welcome = m_delegate->welcomeWindowController();
-        QVERIFY(welcome->window()->isVisible() && !m_delegate->menuShouldShow());
+        QWWelcomeWindowController *welcome = m_app->delegate->welcomeWindowController();
+        QVERIFY(welcome->window()->isVisible() && !m_app->delegate->menuShouldShow());
         // While it is open, new notes and the preferences only beep.
-        m_delegate->newDocument(nullptr);
-        m_delegate->openPreferences(nullptr);
-        QCOMPARE(m_presenter->beeps, 2);
+        m_app->delegate->newDocument(nullptr);
+        m_app->delegate->openPreferences(nullptr);
+        QCOMPARE(m_app->presenter->beeps, 2);
         QVERIFY(notes().isEmpty());
         // Its switch runs the login item through the settings, both ways.
         auto *runAtLogin = welcome->window()->findChild<QCheckBox *>();
         runAtLogin->click();
-        QVERIFY(m_defaults->startAtLogin());
-        m_defaults->setStartAtLogin(false);
+        QVERIFY(m_app->defaults->startAtLogin());
+        m_app->defaults->setStartAtLogin(false);
         QVERIFY(!runAtLogin->isChecked());
-
-        welcome->window()->close();
-        QCOMPARE(visibleNotes(), m_notes->store.notesArray().size());
     }
 
     void partsFollowSettingsRequestsAndNotices()
     {
-        m_defaults->setShowIconInDock(true);
+        m_app->defaults->setShowIconInDock(true);
         launch();
-        const MTStatusItem *item = m_delegate->desktopPresence().statusItem();
-        m_defaults->setShowMenuIcon(false);
+        const MTStatusItem *item = m_app->delegate->desktopPresence().statusItem();
+        m_app->defaults->setShowMenuIcon(false);
         QVERIFY(!item->statusItem());
-        m_defaults->setHotKeyEnabled(false);
-        QVERIFY(m_hotKeys->carbonHotkeys().isEmpty());
-        m_defaults->setHotKeyEnabled(true);
-        QCOMPARE(m_hotKeys->carbonHotkeys().size(), 2);
+        m_app->defaults->setHotKeyEnabled(false);
+        QVERIFY(m_app->hotKeys.carbonHotkeys().isEmpty());
+        m_app->defaults->setHotKeyEnabled(true);
+        QCOMPARE(m_app->hotKeys.carbonHotkeys().size(), 2);
         // New notes from requests and hot keys: the integration test.
         SNLaunchRequest request;
         request.actions = { SNLaunchRequest::toggleTagsAction() };
-        QCOMPARE(m_delegate->handleLaunchRequest(request), QString());
-        QVERIFY(m_delegate->tagManagerWindowController());
+        QCOMPARE(m_app->delegate->handleLaunchRequest(request), QString());
+        QVERIFY(m_app->delegate->tagManagerWindowController());
         // The hidden key sequence colours every note.
         QWNotificationCenter::defaultCenter().postNotificationNameObjectUserInfo(
             QWSuperSecret::superSecretNotification);
@@ -197,25 +171,16 @@ private Q_SLOTS:
     {
         launch();
         QTemporaryDir sync;
-        QTemporaryDir laptopHome;
-        SNStickyNoteManager laptop(laptopHome.path(), QStringLiteral("laptop"));
-        auto note = SNStickyNote::note();
-        note->setAttributedString(QWAttributedString(QStringLiteral("Written on the laptop")));
-        laptop.addNote(note);
-        QVERIFY(laptop.save());
-        const QList<QByteArray> records = laptop.recordsOfEveryNote();
-        QVERIFY(SNSyncFolder(sync.path(), QStringLiteral("laptop"))
-                    .rewriteOwnJournal([&records](const auto &) { return records; }));
-
-        m_defaults->setSyncFolder(sync.path());
+        const auto note = writeLaptop(sync.path(), QStringLiteral("Written on the laptop"));
+        m_app->defaults->setSyncFolder(sync.path());
         const QList<SNStickyNoteWindowController *> all = notes();
         QVERIFY(std::any_of(all.cbegin(), all.cend(), [&note](SNStickyNoteWindowController *shown) {
             return shown->note()->uuid() == note->uuid() && shown->window()->isVisible();
         }));
-        m_delegate->openPreferences(nullptr);
-        m_delegate->preferencesWindowController()->selectModuleAtRow(
+        m_app->delegate->openPreferences(nullptr);
+        m_app->delegate->preferencesWindowController()->selectModuleAtRow(
             QWPreferencesWindowController::syncModuleRow);
-        QVERIFY(m_delegate->preferencesWindowController()
+        QVERIFY(m_app->delegate->preferencesWindowController()
                     ->syncViewController()
                     ->statusText()
                     .startsWith(QStringLiteral("The notes are shared")));
@@ -224,28 +189,30 @@ private Q_SLOTS:
     void everyTrayCommandIsInEachNotesVellumoMenu()
     {
         launch();
-        const QList<QAction *> tray = m_delegate->statusItemMenu()->actions();
+        const QList<QAction *> tray = m_app->delegate->statusItemMenu()->actions();
         const QList<QAction *> settings = notes().constLast()->settingsMenu()->actions();
-        const auto vellumo = std::find_if(settings.cbegin(), settings.cend(),
-            [this](const QAction *item) { return item->menu() == m_delegate->applicationMenu(); });
+        const auto vellumo
+            = std::find_if(settings.cbegin(), settings.cend(), [this](const QAction *item) {
+                  return item->menu() == m_app->delegate->applicationMenu();
+              });
         QVERIFY(vellumo != settings.cend());
         const QList<QAction *> items = (*vellumo)->menu()->actions();
         QCOMPARE(items.size(), tray.size());
         for (qsizetype i = 0; i < tray.size(); ++i) {
-            if (tray.at(i) != m_delegate->notesMenu()->menuAction()
-                && tray.at(i) != m_delegate->recentlyDeletedMenu()->menuAction())
+            if (tray.at(i) != m_app->delegate->notesMenu()->menuAction()
+                && tray.at(i) != m_app->delegate->recentlyDeletedMenu()->menuAction())
                 QCOMPARE(items.at(i), tray.at(i));
         }
         // Its notes list fills as it opens, as the tray's does.
-        QMenu *list = m_delegate->applicationMenu()->submenuFor(m_delegate->notesMenu());
+        QMenu *list = m_app->delegate->applicationMenu()->submenuFor(m_app->delegate->notesMenu());
         list->popup(QPoint(0, 0));
         list->close();
         QCOMPARE(list->actions().size(), notes().size());
         // So does its list of deleted notes.
-        QMenu *deleted
-            = m_delegate->applicationMenu()->submenuFor(m_delegate->recentlyDeletedMenu());
-        QVERIFY(deleted && deleted != m_delegate->recentlyDeletedMenu());
-        m_notes->store.removeNote(notes().constFirst()->note());
+        QMenu *deleted = m_app->delegate->applicationMenu()->submenuFor(
+            m_app->delegate->recentlyDeletedMenu());
+        QVERIFY(deleted && deleted != m_app->delegate->recentlyDeletedMenu());
+        m_app->notes.store.removeNote(notes().constFirst()->note());
         deleted->popup(QPoint(0, 0));
         deleted->close();
         QCOMPARE(deleted->actions().size(), 1);
@@ -263,20 +230,17 @@ private Q_SLOTS:
             return result;
         };
         const QList<QRect> before = frames();
-        QHash<QString, QAction *> items;
-        for (QAction *item : m_delegate->statusItemMenu()->actions())
-            items.insert(item->text(), item);
-        items.value(QStringLiteral("Arrange Notes"))->trigger();
+        m_app->trayItem(QStringLiteral("Arrange Notes"))->trigger();
         QTRY_VERIFY(std::none_of(all.cbegin(), all.cend(), [](SNStickyNoteWindowController *note) {
             return note->window()->findChild<QPropertyAnimation *>();
         }));
         // Where the tiles go is the masonry's own test.
         QVERIFY(frames() != before);
-        m_scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+        m_app->scheduler.advanceBy(SNStickyNoteWindowController::saveDelay);
         for (SNStickyNoteWindowController *controller : all)
             QCOMPARE(controller->note()->windowFrame(), controller->frameString());
 
-        QAction *putBack = items.value(QStringLiteral("Put Notes Back"));
+        QAction *putBack = m_app->trayItem(QStringLiteral("Put Notes Back"));
         putBack->trigger();
         QTRY_COMPARE(frames(), before);
         QVERIFY(!putBack->isEnabled());
@@ -288,25 +252,25 @@ private Q_SLOTS:
         SNStickyNoteWindowController *active = notes().at(1);
         const auto asked = std::make_shared<RecordingPresenter>();
         for (SNStickyNoteWindowController *controller : notes())
-            controller->setModalPresenter(controller == active ? asked : m_presenter);
+            controller->setModalPresenter(controller == active ? asked : m_app->presenter);
         active->window()->activateWindow();
         QTRY_VERIFY(active->window()->isActiveWindow());
 
-        m_delegate->saveDocument(nullptr);
+        m_app->delegate->saveDocument(nullptr);
         // Later, as a menu action would be.
         QVERIFY(asked->panels.isEmpty());
         QTRY_COMPARE(asked->panels.size(), 1);
-        QVERIFY(m_presenter->panels.isEmpty());
+        QVERIFY(m_app->presenter->panels.isEmpty());
     }
 
     void preferencesHoldTheQuitUntilTheThemeIsNamed()
     {
         launch();
         for (SNStickyNoteWindowController *controller : notes())
-            controller->setModalPresenter(m_presenter);
+            controller->setModalPresenter(m_app->presenter);
         // A new theme still without a name keeps the preferences open, and so the program.
-        m_delegate->openPreferences(nullptr);
-        QWPreferencesWindowController *preferences = m_delegate->preferencesWindowController();
+        m_app->delegate->openPreferences(nullptr);
+        QWPreferencesWindowController *preferences = m_app->delegate->preferencesWindowController();
         preferences->selectModuleAtRow(QWPreferencesWindowController::themesModuleRow);
         preferences->appearanceViewController()->groupsActionWasClicked(0);
         QEvent quit(QEvent::Quit);
@@ -322,23 +286,14 @@ private Q_SLOTS:
     }
 
 private:
-    void launch(const QString &url = QString())
+    void launch(const QString &url = QString()) const { m_app->launch(url); }
+    QList<SNStickyNoteWindowController *> notes() const
     {
-        m_delegate->applicationWillFinishLaunching();
-        if (!url.isEmpty())
-            m_delegate->handleOpenURLWithReplyEvent(url);
-        m_delegate->applicationDidFinishLaunching();
+        return m_app->notes.windows.controllers();
     }
+    qsizetype visibleNotes() const { return m_app->notes.visibleCount(); }
 
-    QList<SNStickyNoteWindowController *> notes() const { return m_notes->windows.controllers(); }
-    qsizetype visibleNotes() const { return m_notes->visibleCount(); }
-
-    std::unique_ptr<QWManualScheduler> m_scheduler;
-    std::unique_ptr<SNUserDefaults> m_defaults;
-    std::unique_ptr<TestNotes> m_notes;
-    std::unique_ptr<QWHotKeyHelper> m_hotKeys;
-    std::shared_ptr<RecordingPresenter> m_presenter;
-    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<TestApplication> m_app;
 };
 
 QTEST_MAIN(TestAppDelegate)

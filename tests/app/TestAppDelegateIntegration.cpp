@@ -1,8 +1,7 @@
 #include "SNAppTestSupport.h"
+#include "SNProgramTestSupport.h"
 #include "app/QWX11HotKeyGrabber.h"
 #include "notes/SNWindowFrameString.h"
-#include "support/QWProgramDriver.h"
-#include "support/QWProgramSession.h"
 
 #include <QTest>
 
@@ -10,17 +9,13 @@
 #include <memory>
 
 using namespace QWProgramDriver;
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
 QRect frameOf(const std::shared_ptr<SNStickyNote> &note)
 {
     return SNWindowFrameString::rectFromString(note->windowFrame()).value_or(QRect());
-}
-
-void key(const char *keys)
-{
-    xdotool({ QStringLiteral("key"), QString::fromLatin1(keys) });
 }
 
 // Whether this process could take the combination on the root window, that is, whether
@@ -60,27 +55,23 @@ private Q_SLOTS:
         QVERIFY(isFree(showTags));
         QVERIFY(isFree(newNote));
 
-        start();
+        const qint64 pid = startShowingNotes(*m_session);
+        QVERIFY(pid);
         QVERIFY(!isFree(showTags));
         QVERIFY(!isFree(newNote));
-
-        const qint64 pid = program().processId();
         const qsizetype before = visibleWindows(pid).size();
-        key("ctrl+alt+super+n");
+        pressKeys(u"ctrl+alt+super+n"_s);
         QTRY_VERIFY(visibleWindows(pid).size() > before);
         const qsizetype oneNote = visibleWindows(pid).size() - before;
 
         // Events arrive in order: once the next note is there, the show-tags key was handled,
         // and it made no note.
-        key("ctrl+shift+n");
-        key("ctrl+alt+super+n");
+        pressKeys(u"ctrl+shift+n ctrl+alt+super+n"_s);
         QTRY_VERIFY(visibleWindows(pid).size() >= before + 2 * oneNote);
         QCOMPARE(visibleWindows(pid).size(), before + 2 * oneNote);
 
         // With Num Lock on, the hot key still works.
-        key("Num_Lock");
-        key("ctrl+alt+super+n");
-        key("Num_Lock");
+        pressKeys(u"Num_Lock ctrl+alt+super+n Num_Lock"_s);
         QTRY_COMPARE(visibleWindows(pid).size(), before + 3 * oneNote);
 
         QCOMPARE(m_session->runSecond({ QStringLiteral("--quit") }), 0);
@@ -92,8 +83,8 @@ private Q_SLOTS:
 
     void secondStartForwardsItsRequestAndExits()
     {
-        start();
-        const qint64 pid = program().processId();
+        const qint64 pid = startShowingNotes(*m_session);
+        QVERIFY(pid);
         const qsizetype before = visibleWindows(pid).size();
 
         QCOMPARE(m_session->runSecond({ QStringLiteral("--new-note") }), 0);
@@ -115,17 +106,15 @@ private Q_SLOTS:
 
     void quitSavesEveryNoteAndARestartRestoresTheirFrames()
     {
-        start();
-        const qint64 pid = program().processId();
+        const qint64 pid = startShowingNotes(*m_session);
+        QVERIFY(pid);
         const QList<std::shared_ptr<SNStickyNote>> initial = savedNotes();
         QVERIFY(initial.size() > 1);
 
         // Move the first note's window, as a user would.
         const QRect firstFrame = frameOf(initial.constFirst());
-        QTRY_VERIFY(visibleGeometries(pid).contains(firstFrame));
-        const QStringList windows = visibleWindows(pid);
-        const QString firstWindow = *std::find_if(windows.cbegin(), windows.cend(),
-            [&](const QString &window) { return windowGeometry(window) == firstFrame; });
+        QString firstWindow;
+        QTRY_VERIFY(!(firstWindow = windowWithFrame(pid, firstFrame)).isEmpty());
         const QRect moved(QPoint(520, 410), firstFrame.size());
         xdotool({ QStringLiteral("windowmove"), firstWindow, QString::number(moved.x()),
             QString::number(moved.y()) });
@@ -139,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(program().waitForFinished());
         QCOMPARE(program().exitCode(), 0);
 
-        start();
+        QVERIFY(startShowingNotes(*m_session));
         for (const auto &note : saved) {
             QTRY_VERIFY2(visibleGeometries(program().processId()).contains(frameOf(note)),
                 qPrintable(note->windowFrame()));
@@ -153,7 +142,7 @@ private Q_SLOTS:
             "{\\rtf1\\ansi Dear {\\b Anna}}");
         writeFile(
             m_session->homePath(QStringLiteral("second.rtf")), "{\\rtf1\\ansi See you {\\i soon}}");
-        start({ letter });
+        QVERIFY(startShowingNotes(*m_session, { letter }));
         // Relative to the second start's own folder.
         QCOMPARE(m_session->runSecond({ QStringLiteral("second.rtf") }), 0);
         QCOMPARE(m_session->runSecond({ QStringLiteral("-") }, QByteArray("from a pipe\n")), 0);
@@ -171,15 +160,6 @@ private Q_SLOTS:
 
 private:
     QProcess &program() { return m_session->program(); }
-
-    // Starts the program and waits until it shows its notes.
-    void start(const QStringList &arguments = {})
-    {
-        QVERIFY(m_session->start(arguments));
-        // Every stored note has its window once the count stops growing.
-        const qsizetype notes = qMax<qsizetype>(1, savedNotes().size());
-        QTRY_VERIFY_WITH_TIMEOUT(visibleWindows(program().processId()).size() >= notes, 20000);
-    }
 
     QList<std::shared_ptr<SNStickyNote>> savedNotes() const
     {

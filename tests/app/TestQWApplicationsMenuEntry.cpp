@@ -99,9 +99,7 @@ private Q_SLOTS:
 
         // A data folder that is a file cannot take the entry.
         QDir(environment.dataHome()).removeRecursively();
-        QFile blocker(environment.dataHome());
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
+        writeFile(environment.dataHome(), QByteArray());
         QVERIFY(!QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
     }
 
@@ -112,9 +110,7 @@ private Q_SLOTS:
         QDir(tree.path()).mkpath(QStringLiteral("a/b"));
         const QString program = tree.filePath(QStringLiteral("src/vellumo"));
         QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(program));
-        QFile cache(tree.filePath(QStringLiteral("CMakeCache.txt")));
-        QVERIFY(cache.open(QIODevice::WriteOnly));
-        cache.close();
+        writeFile(tree.filePath(QStringLiteral("CMakeCache.txt")), QByteArray());
         QVERIFY(QWApplicationsMenuEntry::isRunningFromBuildTree(program));
         QVERIFY(QWApplicationsMenuEntry::isRunningFromBuildTree(
             tree.filePath(QStringLiteral("vellumo"))));

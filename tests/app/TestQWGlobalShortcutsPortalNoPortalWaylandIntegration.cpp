@@ -1,17 +1,17 @@
-#include "app/QWGlobalShortcutsPortal.h"
-#include "app/QWHotKeyHelper.h"
-#include "app/QWPortalHotKeyGrabber.h"
-#include "app/QWX11HotKeyGrabber.h"
+#include "SNAppTestSupport.h"
+#include "SNProgramTestSupport.h"
 #include "kit/QWKeyCombo.h"
-#include "support/QWProgramDriver.h"
+#include "support/QWKGlobalAccel.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace QWProgramDriver;
 using namespace Qt::StringLiterals;
 
 // KWin without a portal, as on desktops whose portal offers no global shortcuts: the hot keys
-// stay X11 grabs, which see the keys typed into X11 windows.
+// stay X11 grabs, which see the keys typed into X11 windows, nothing is bound on the desktop,
+// and the program still serves everything else.
 class TestQWGlobalShortcutsPortalNoPortalWaylandIntegration final : public QObject
 {
     Q_OBJECT
@@ -20,18 +20,19 @@ public:
     static void initMain() { qputenv("QT_QPA_PLATFORM", "xcb"); }
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // The desktop's own shortcuts are there: an empty answer below means something.
+        QVERIFY(!QWKGlobalAccel::components().isEmpty());
+    }
+
     void theKeysStayWithTheProgramsWindows()
     {
-        auto owned = std::make_unique<QWPortalHotKeyGrabber>(
-            std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s),
-            QWX11HotKeyGrabber::create());
-        QWPortalHotKeyGrabber &grabber = *owned;
+        PortalHotKeys keys;
+        QWPortalHotKeyGrabber &grabber = keys.grabber();
         QSignalSpy reachChanges(&grabber, &QWHotKeyGrabber::reachDidChange);
-        QWHotKeyHelper helper(std::move(owned));
-        QList<qint64> pressed;
-        helper.setPressedBlock([&](qint64 identifier) { pressed << identifier; });
 
-        const qint64 tags = helper.registerHotKey(
+        const qint64 tags = keys.helper.registerHotKey(
             { QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 }, u"toggle-tags"_s);
         QVERIFY(tags > 0);
         QTRY_COMPARE_WITH_TIMEOUT(
@@ -40,8 +41,34 @@ private Q_SLOTS:
         QVERIFY(!reachChanges.isEmpty());
         QVERIFY(grabber.desktopTrigger(u"toggle-tags"_s).isEmpty());
 
-        QWProgramDriver::xdotool({ u"key"_s, u"ctrl+shift+n"_s });
-        QTRY_COMPARE(pressed, QList<qint64> { tags });
+        xdotool({ u"key"_s, u"ctrl+shift+n"_s });
+        QTRY_COMPARE(keys.pressed, QList<qint64> { tags });
+    }
+
+    void notesComeFromTheCommandLineAndNothingIsBoundOnTheDesktop()
+    {
+        QVERIFY(!QWProgramSession::isServing());
+        QWProgramSession session;
+        // The welcome notes, drawn through XWayland, which the program chose itself.
+        const qint64 pid = startShowingNotes(session);
+        QVERIFY(pid);
+        const QTemporaryDir empty;
+        const qsizetype welcomeNotes = SNStickyNoteManager(empty.path()).notesArray().size();
+        QCOMPARE(visibleWindows(pid).size(), welcomeNotes);
+
+        QCOMPARE(session.runSecond({ u"--new-note"_s }), 0);
+        QTRY_COMPARE(visibleWindows(pid).size(), welcomeNotes + 1);
+
+        // By now the program has long had its answer that there is no portal.
+        for (const QString &shortcut : { u"new-note"_s, u"toggle-tags"_s }) {
+            const QString component = QWKGlobalAccel::componentWith({ shortcut });
+            QVERIFY2(component.isEmpty(), qPrintable(component));
+        }
+
+        QCOMPARE(session.runSecond({ u"--quit"_s }), 0);
+        QVERIFY(session.program().waitForFinished());
+        QCOMPARE(session.program().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(session.program().exitCode(), 0);
     }
 };
 

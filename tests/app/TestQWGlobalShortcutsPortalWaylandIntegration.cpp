@@ -1,7 +1,4 @@
-#include "app/QWGlobalShortcutsPortal.h"
-#include "app/QWHotKeyHelper.h"
-#include "app/QWPortalHotKeyGrabber.h"
-#include "app/QWX11HotKeyGrabber.h"
+#include "SNAppTestSupport.h"
 #include "kit/QWKeyCombo.h"
 #include "support/QWKGlobalAccel.h"
 
@@ -14,7 +11,6 @@
 #include <csignal>
 
 using namespace Qt::StringLiterals;
-using Shortcut = QWGlobalShortcutsPortal::Shortcut;
 using State = QWGlobalShortcutsPortal::State;
 
 namespace {
@@ -30,31 +26,6 @@ std::unique_ptr<QWGlobalShortcutsPortal> readyPortal()
         return nullptr;
     return portal;
 }
-
-// The program's hot keys as a Wayland session makes them: the portal, with X11 grabs behind
-// it, and the identifiers of the presses it reports.
-class PortalHotKeys final
-{
-    Q_DISABLE_COPY_MOVE(PortalHotKeys)
-
-public:
-    PortalHotKeys()
-        : PortalHotKeys(std::make_unique<QWPortalHotKeyGrabber>(
-            std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s),
-            QWX11HotKeyGrabber::create()))
-    { }
-
-    QWPortalHotKeyGrabber &grabber;
-    QWHotKeyHelper helper;
-    QList<qint64> pressed;
-
-private:
-    explicit PortalHotKeys(std::unique_ptr<QWPortalHotKeyGrabber> owned)
-        : grabber(*owned), helper(std::move(owned))
-    {
-        helper.setPressedBlock([this](qint64 identifier) { pressed << identifier; });
-    }
-};
 
 } // namespace
 
@@ -114,7 +85,7 @@ private Q_SLOTS:
     void hotKeysGoToTheDesktopAndComeBackByIdentifier()
     {
         PortalHotKeys keys;
-        QWPortalHotKeyGrabber &grabber = keys.grabber;
+        QWPortalHotKeyGrabber &grabber = keys.grabber();
         QWHotKeyHelper &helper = keys.helper;
         const QList<qint64> &pressed = keys.pressed;
         const QWKeyCombo tagsCombo { QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 };
@@ -146,7 +117,7 @@ private Q_SLOTS:
     void aPortalThatStartsAgainGetsTheKeysAgain()
     {
         PortalHotKeys keys;
-        QWPortalHotKeyGrabber &grabber = keys.grabber;
+        QWPortalHotKeyGrabber &grabber = keys.grabber();
         QWHotKeyHelper &helper = keys.helper;
         const QList<qint64> &pressed = keys.pressed;
         const qint64 note = helper.registerHotKey(

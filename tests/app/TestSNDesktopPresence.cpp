@@ -2,10 +2,8 @@
 #include "app/MTStatusItem.h"
 #include "app/SNDesktopPresence.h"
 #include "kit/widgets/QWX11WindowState.h"
-#include "settings/SNUserDefaults.h"
 
 #include <QMenu>
-#include <QSettings>
 #include <QSystemTrayIcon>
 #include <QTest>
 
@@ -16,8 +14,7 @@ class TestSNDesktopPresence final : public QObject
 private Q_SLOTS:
     void oneWayToTheProgramStaysOn()
     {
-        const auto defaults = GVUserDefaults::make<SNUserDefaults>();
-        defaults->userDefaults().clear();
+        const auto defaults = clearedDefaults();
         TestNotes notes;
         notes.windows.showAllNotes(true);
         QMenu menu;
@@ -43,7 +40,6 @@ private Q_SLOTS:
         defaults->setShowMenuIcon(true);
         presence.toggleMenuBarIconVisible();
         QCOMPARE(item->statusItem()->contextMenu(), &menu);
-        defaults->userDefaults().clear();
     }
 };
 

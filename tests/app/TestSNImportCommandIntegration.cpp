@@ -2,7 +2,6 @@
 #include "support/QWProgramSession.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -10,19 +9,10 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 // xpad's folder as xpad itself wrote it: two pads.
-const QString xpadFolder = QStringLiteral(
-    VELLUMO_TEST_DATA_DIR "/../../import/data/golden/xpad/formatted/home/.config/xpad");
+const QString xpadFolder = importGolden(u"xpad/formatted/home/.config/xpad"_s);
 
 // Akonadi's notes folder as KNotes wrote it: three notes, one of them rich text.
-const QString knotesFolder = QStringLiteral(
-    VELLUMO_TEST_DATA_DIR "/../../import/data/golden/knotes/akonadi-notes/home/.local/share/notes");
-
-void copyFolder(const QString &from, const QString &to)
-{
-    QDir().mkpath(to);
-    for (const QString &name : QDir(from).entryList(QDir::Files | QDir::Hidden))
-        QFile::copy(from + u'/' + name, to + u'/' + name);
-}
+const QString knotesFolder = importGolden(u"knotes/akonadi-notes/home/.local/share/notes"_s);
 
 } // namespace
 

@@ -19,13 +19,20 @@ private Q_SLOTS:
         QDateTime now = QDateTime::currentDateTime().addSecs(-3600);
         QWClock::setCurrentDateTimeProvider([&now] { return now; });
         TestNotes notes;
+        SNRecentlyDeletedMenuDelegate delegate(notes.store, notes.windows);
+        QMenu menu;
+        // Nothing deleted yet: the menu says so.
+        delegate.menuNeedsUpdate(&menu);
+        QCOMPARE(menu.actions().size(), 1);
+        QCOMPARE(
+            menu.actions().constFirst()->text(), SNRecentlyDeletedMenuDelegate::emptyMenuTitle());
+        QVERIFY(!menu.actions().constFirst()->isEnabled());
+
         // The welcome notes go first: they come last in the menu.
         for (const auto &note : notes.store.notesArray())
             notes.store.removeNote(note);
         const qsizetype welcome = notes.store.recentlyDeletedNotes().size();
         notes.windows.showAllNotes(false);
-        SNRecentlyDeletedMenuDelegate delegate(notes.store, notes.windows);
-        QMenu menu;
 
         const QString longTitle = QString(60, QLatin1Char('w'));
         QList<std::shared_ptr<SNStickyNote>> deleted;
@@ -68,18 +75,6 @@ private Q_SLOTS:
         delegate.restoreNoteFromMenuItem(&stale);
         QCOMPARE(notes.store.notesArray().size(), stored);
         QCOMPARE(notes.windows.controllers().size(), stored);
-    }
-
-    void saysSoWhenNothingWasDeleted()
-    {
-        TestNotes notes;
-        SNRecentlyDeletedMenuDelegate delegate(notes.store, notes.windows);
-        QMenu menu;
-        delegate.menuNeedsUpdate(&menu);
-        QCOMPARE(menu.actions().size(), 1);
-        QCOMPARE(
-            menu.actions().constFirst()->text(), SNRecentlyDeletedMenuDelegate::emptyMenuTitle());
-        QVERIFY(!menu.actions().constFirst()->isEnabled());
     }
 };
 

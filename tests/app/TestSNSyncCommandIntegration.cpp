@@ -1,6 +1,4 @@
-#include "notes/SNStickyNote.h"
-#include "notes/SNStickyNoteManager.h"
-#include "notes/SNSyncFolder.h"
+#include "SNAppTestSupport.h"
 #include "support/QWProgramSession.h"
 
 #include <QDir>
@@ -11,21 +9,6 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-// What a laptop that shares the folder wrote there: a note of its own among the welcome notes.
-void writeLaptop(const QString &folder)
-{
-    QTemporaryDir home;
-    SNStickyNoteManager laptop(home.path(), u"laptop-id"_s);
-    auto note = SNStickyNote::note();
-    note->setAttributedString(QWAttributedString(u"Written on the laptop"_s));
-    laptop.addNote(note);
-    QVERIFY(laptop.save());
-    const QList<QByteArray> records = laptop.recordsOfEveryNote();
-    SNSyncFolder shared(folder, u"laptop-id"_s);
-    QVERIFY(shared.writeDescription(u"Laptop"_s, u"machine-2"_s));
-    QVERIFY(shared.rewriteOwnJournal([&records](const auto &) { return records; }));
-}
 
 bool hasLine(const QString &text, const QString &pattern)
 {
@@ -46,9 +29,7 @@ private Q_SLOTS:
         QVERIFY(!QWProgramSession::isServing());
         QWProgramSession session;
         QTemporaryDir sync;
-        writeLaptop(sync.path());
-        if (QTest::currentTestFailed())
-            return;
+        writeLaptop(sync.path(), u"Written on the laptop"_s);
         QVERIFY(session.start());
 
         QString output;

@@ -1,11 +1,8 @@
-#include "support/QWProgramDriver.h"
-#include "support/QWProgramSession.h"
+#include "SNProgramTestSupport.h"
 #include "support/QWSyncthingPeer.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -30,81 +27,11 @@ template <typename Condition> bool eventually(Condition condition)
     return true;
 }
 
-// Where a note window's close button sits, from its top-left corner.
-constexpr int buttonInset = 16;
+// Fails with the message when the condition does not come to hold in the time for a crossing.
+#define EVENTUALLY(condition, message)                                                             \
+    QVERIFY2(eventually([&] { return condition; }), QByteArray(message).constData())
 
 const QString conflictSuffix = u" (conflict)"_s;
-
-// The live notes of a store, by id, as another program reads them: the journal's records
-// replayed over the notes file. The journal is read first: a compaction in between then only
-// replays records that the new notes file already holds. Each note gives its text, or the
-// value of another key.
-QHash<QString, QString> storedNotes(const QString &folder, const QString &key = u"text"_s)
-{
-    static const char reader[] = R"(
-import json, os, struct, sys
-import cbor2
-
-TABLE = []
-for byte in range(256):
-    crc = byte
-    for _ in range(8):
-        crc = (crc >> 1) ^ 0x82F63B78 if crc & 1 else crc >> 1
-    TABLE.append(crc)
-
-def crc32c(data):
-    crc = 0xFFFFFFFF
-    for byte in data:
-        crc = TABLE[(crc ^ byte) & 0xFF] ^ (crc >> 8)
-    return crc ^ 0xFFFFFFFF
-
-def top(data):
-    return cbor2.loads(data)["$top"]
-
-def fields(note):
-    found = {key: value for key, value in note.items() if isinstance(value, str)}
-    found["text"] = top(note["data"])["string"] if "data" in note else ""
-    return found
-
-def read(name):
-    path = os.path.join(sys.argv[1], name)
-    return open(path, "rb").read() if os.path.exists(path) else b""
-
-journal = read("stickies.journal")
-archive = read("stickies.db")
-notes = {}
-# A note of an older file has no id until the program loads it: only its windows count it.
-for note in top(archive) if archive else []:
-    if "uuid" in note:
-        notes[note["uuid"]] = fields(note)
-header = b"Vellumo journal 1\n"
-position = len(header) if journal.startswith(header) else len(journal)
-while position + 8 <= len(journal):
-    length, checksum = struct.unpack("<II", journal[position : position + 8])
-    record = journal[position + 8 : position + 8 + length]
-    if len(record) < length or crc32c(record) != checksum:
-        break
-    record = top(record)
-    if record["deleted"]:
-        notes.pop(record["uuid"], None)
-    else:
-        notes[record["uuid"]] = fields(record["note"])
-    position += 8 + length
-key = sys.argv[2]
-print(json.dumps({uuid: note.get(key, "") for uuid, note in notes.items() if note["text"].strip()}))
-)";
-    QProcess python;
-    python.start(QStringLiteral(VELLUMO_SYSTEM_PYTHON),
-        { u"-c"_s, QString::fromLatin1(reader), folder, key });
-    if (!python.waitForFinished(20000) || python.exitCode() != 0)
-        qFatal("python3 could not read the notes in %s: %s", qUtf8Printable(folder),
-            python.readAllStandardError().constData());
-    QHash<QString, QString> notes;
-    const QJsonObject found = QJsonDocument::fromJson(python.readAllStandardOutput()).object();
-    for (auto note = found.begin(); note != found.end(); ++note)
-        notes.insert(note.key(), note.value().toString().trimmed());
-    return notes;
-}
 
 QString firstLine(const QString &text)
 {
@@ -181,77 +108,9 @@ struct Computer
         return QString();
     }
 
-    // The window shown since `before` was taken; empty when none comes.
-    QString windowAfter(const QStringList &before)
-    {
-        QString shown;
-        const auto appeared = [&] {
-            for (const QString &window : visibleWindows(pid())) {
-                if (!before.contains(window))
-                    shown = window;
-            }
-            return !shown.isEmpty();
-        };
-        return QTest::qWaitFor(appeared, 20000) ? shown : QString();
-    }
-
-    // Makes a note with `--new-note`, as the user would, and types the text into it.
-    QString makeNote(const QString &text)
-    {
-        const QStringList before = visibleWindows(pid());
-        if (vellumo.runSecond({ u"--new-note"_s }) != 0)
-            return QString();
-        const QString note = windowAfter(before);
-        if (!note.isEmpty())
-            type(note, text);
-        return note;
-    }
-
-    // Types at the end of the note's text.
-    static void type(const QString &window, const QString &text)
-    {
-        xdotool({ u"windowactivate"_s, u"--sync"_s, window });
-        xdotool({ u"key"_s, u"ctrl+End"_s });
-        xdotool({ u"type"_s, u"--delay"_s, u"30"_s, text });
-    }
-
-    // Closes the note with its close button and answers "Delete Note" to the question that
-    // follows; false when no question came.
-    bool deleteNote(const QString &window)
-    {
-        const QStringList before = visibleWindows(pid());
-        xdotool({ u"windowactivate"_s, u"--sync"_s, window });
-        xdotool({ u"mousemove"_s, u"--window"_s, window, QString::number(buttonInset),
-            QString::number(buttonInset - 1), u"click"_s, u"1"_s });
-        const QString question = windowAfter(before);
-        if (question.isEmpty())
-            return false;
-        // From the default button, Export, the next one is Delete Note.
-        xdotool({ u"windowactivate"_s, u"--sync"_s, question });
-        xdotool({ u"key"_s, u"--delay"_s, u"80"_s, u"Tab"_s, u"space"_s });
-        return QTest::qWaitFor([&] { return !visibleWindows(pid()).contains(window); }, 20000);
-    }
-
     QWSyncthingPeer peer;
     QWProgramSession vellumo { QWProgramSession::Bus::Own };
 };
-
-// Whether both texts of a conflict are kept: one in the note, the other in a note of its own
-// that says it came of a conflict.
-bool keepsBoth(const QHash<QString, QString> &notes, const QString &id, const QString &one,
-    const QString &other)
-{
-    const QString kept = notes.value(id);
-    if (kept != one && kept != other)
-        return false;
-    const QString lost = kept == one ? other : one;
-    for (auto note = notes.begin(); note != notes.end(); ++note) {
-        if (note.key() != id && firstLine(note.value()).endsWith(conflictSuffix)
-            && note.value().contains(lost))
-            return true;
-    }
-    return false;
-}
 
 QStringList conflictNotesOf(const QHash<QString, QString> &notes)
 {
@@ -261,6 +120,20 @@ QStringList conflictNotesOf(const QHash<QString, QString> &notes)
             found.append(note.key());
     }
     return found;
+}
+
+// Whether both texts of a conflict are kept: one in the note, the other in a note of its own
+// that says it came of a conflict.
+bool keepsBoth(const QHash<QString, QString> &notes, const QString &id, const QString &one,
+    const QString &other)
+{
+    const QString kept = notes.value(id);
+    const QString lost = kept == one ? other : one;
+    const QStringList conflicts = conflictNotesOf(notes);
+    return (kept == one || kept == other)
+        && std::any_of(conflicts.cbegin(), conflicts.cend(), [&](const QString &conflict) {
+               return conflict != id && notes.value(conflict).contains(lost);
+           });
 }
 
 } // namespace
@@ -282,42 +155,35 @@ private Q_SLOTS:
         QFile probe(a.peer.folderPath() + u"/probe.txt"_s);
         QVERIFY(probe.open(QIODevice::WriteOnly) && probe.write("carried") == 7);
         probe.close();
-        QVERIFY2(eventually([&] { return QWSyncthingPeer::inSync(a.peer, b.peer); }),
-            b.peer.log().constData());
+        EVENTUALLY(QWSyncthingPeer::inSync(a.peer, b.peer), b.peer.log());
         QFile carried(b.peer.folderPath() + u"/probe.txt"_s);
         QVERIFY(carried.open(QIODevice::ReadOnly));
         QCOMPARE(carried.readAll(), "carried");
 
-        QVERIFY(a.vellumo.start());
-        QVERIFY(b.vellumo.start());
-        QVERIFY(eventually([&] { return !a.windowNames().isEmpty(); }));
-        QVERIFY(eventually([&] { return !b.windowNames().isEmpty(); }));
+        QVERIFY(startShowingNotes(a.vellumo));
+        QVERIFY(startShowingNotes(b.vellumo));
         const qsizetype notesAtStart = a.windowNames().size();
         QCOMPARE(b.windowNames().size(), notesAtStart);
 
         // A note made on A appears on B, in the store and in a window.
         const QString made = u"Pack the tent"_s;
-        const QString windowOnA = a.makeNote(made);
+        const QString windowOnA = makeNote(a.vellumo, made);
         QVERIFY(!windowOnA.isEmpty());
-        QVERIFY2(
-            eventually([&] { return !a.notes().key(made).isEmpty(); }), a.report().constData());
+        EVENTUALLY(!a.notes().key(made).isEmpty(), a.report());
         const QString id = a.notes().key(made);
-        QVERIFY2(eventually([&] { return b.notes().value(id) == made; }), b.report().constData());
-        QVERIFY2(
-            eventually([&] { return b.windowNames().contains(made); }), b.report().constData());
+        EVENTUALLY(b.notes().value(id) == made, b.report());
+        EVENTUALLY(b.windowNames().contains(made), b.report());
         const QString windowOnB = b.windowNamed(made);
 
         // An edit on B reaches A, in the window the note already has there.
         const QString edited = made + u" and stakes"_s;
-        Computer::type(windowOnB, u" and stakes"_s);
-        QVERIFY2(eventually([&] { return b.notes().value(id) == edited; }), b.report().constData());
-        QVERIFY2(eventually([&] { return a.notes().value(id) == edited; }), a.report().constData());
-        QVERIFY2(
-            eventually([&] { return windowName(windowOnA) == edited; }), a.report().constData());
+        typeInto(windowOnB, u" and stakes"_s);
+        EVENTUALLY(b.notes().value(id) == edited, b.report());
+        EVENTUALLY(a.notes().value(id) == edited, a.report());
+        EVENTUALLY(windowName(windowOnA) == edited, a.report());
         // Each has now read all that the other wrote since its first start: the notes both had
         // from the start are not doubled.
-        QVERIFY2(eventually([&] { return lines(a.notes()) == lines(b.notes()); }),
-            (a.report() + '\n' + b.report()).constData());
+        EVENTUALLY(lines(a.notes()) == lines(b.notes()), a.report() + '\n' + b.report());
         QCOMPARE(a.windowNames().size(), notesAtStart + 1);
         QCOMPARE(b.windowNames().size(), notesAtStart + 1);
 
@@ -326,22 +192,18 @@ private Q_SLOTS:
         QVERIFY(a.setSyncthingPaused(b, true));
         const QString onA = edited + u" by Friday"_s;
         const QString onB = edited + u" for two"_s;
-        Computer::type(windowOnA, u" by Friday"_s);
-        Computer::type(windowOnB, u" for two"_s);
-        QVERIFY2(eventually([&] { return a.notes().value(id) == onA; }), a.report().constData());
-        QVERIFY2(eventually([&] { return b.notes().value(id) == onB; }), b.report().constData());
+        typeInto(windowOnA, u" by Friday"_s);
+        typeInto(windowOnB, u" for two"_s);
+        EVENTUALLY(a.notes().value(id) == onA, a.report());
+        EVENTUALLY(b.notes().value(id) == onB, b.report());
         // A moves the note too: a place of its own, and no edit of the text.
         const QString frameOnA = a.frames().value(id);
         xdotool({ u"windowmove"_s, windowOnA, u"300"_s, u"300"_s });
-        QVERIFY2(
-            eventually([&] { return a.frames().value(id) != frameOnA; }), qPrintable(frameOnA));
+        EVENTUALLY(a.frames().value(id) != frameOnA, frameOnA.toUtf8());
         QVERIFY(a.setSyncthingPaused(b, false));
-        QVERIFY2(
-            eventually([&] { return keepsBoth(a.notes(), id, onA, onB); }), a.report().constData());
-        QVERIFY2(
-            eventually([&] { return keepsBoth(b.notes(), id, onA, onB); }), b.report().constData());
-        QVERIFY2(eventually([&] { return lines(a.notes()) == lines(b.notes()); }),
-            (a.report() + '\n' + b.report()).constData());
+        EVENTUALLY(keepsBoth(a.notes(), id, onA, onB), a.report());
+        EVENTUALLY(keepsBoth(b.notes(), id, onA, onB), b.report());
+        EVENTUALLY(lines(a.notes()) == lines(b.notes()), a.report() + '\n' + b.report());
         // One conflict note, though both computers met the conflict.
         const QHash<QString, QString> merged = a.notes();
         QVERIFY2(conflictNotesOf(merged).size() == 1, a.report().constData());
@@ -349,34 +211,29 @@ private Q_SLOTS:
         const QString title = firstLine(merged.value(id));
         const QString conflictTitle = firstLine(merged.value(conflict));
         for (Computer *computer : { &a, &b }) {
-            QVERIFY2(eventually([&] {
-                const QStringList shown = computer->windowNames();
-                return shown.contains(title) && shown.contains(conflictTitle);
-            }),
-                computer->report().constData());
+            EVENTUALLY(computer->windowNames().contains(title)
+                    && computer->windowNames().contains(conflictTitle),
+                computer->report());
         }
 
         // A deletion on A removes the note on B, its window too.
-        QVERIFY(a.deleteNote(a.windowNamed(conflictTitle)));
-        QVERIFY2(eventually([&] { return !a.notes().contains(conflict); }), a.report().constData());
-        QVERIFY2(eventually([&] { return !b.notes().contains(conflict); }), b.report().constData());
-        QVERIFY2(eventually([&] { return !b.windowNames().contains(conflictTitle); }),
-            b.report().constData());
+        QVERIFY(deleteNote(a.pid(), a.windowNamed(conflictTitle)));
+        EVENTUALLY(!a.notes().contains(conflict), a.report());
+        EVENTUALLY(!b.notes().contains(conflict), b.report());
+        EVENTUALLY(!b.windowNames().contains(conflictTitle), b.report());
 
         // A note deleted on A while B, out of reach, edits it comes back on both: the deletion
         // had not seen that edit.
         QVERIFY(a.setSyncthingPaused(b, true));
-        QVERIFY(a.deleteNote(a.windowNamed(title)));
-        QVERIFY2(eventually([&] { return !a.notes().contains(id); }), a.report().constData());
+        QVERIFY(deleteNote(a.pid(), a.windowNamed(title)));
+        EVENTUALLY(!a.notes().contains(id), a.report());
         const QString kept = merged.value(id) + u" and a lamp"_s;
-        Computer::type(b.windowNamed(title), u" and a lamp"_s);
-        QVERIFY2(eventually([&] { return b.notes().value(id) == kept; }), b.report().constData());
+        typeInto(b.windowNamed(title), u" and a lamp"_s);
+        EVENTUALLY(b.notes().value(id) == kept, b.report());
         QVERIFY(a.setSyncthingPaused(b, false));
-        QVERIFY2(eventually([&] { return a.notes().value(id) == kept; }), a.report().constData());
-        QVERIFY2(eventually([&] { return a.windowNames().contains(firstLine(kept)); }),
-            a.report().constData());
-        QVERIFY2(eventually([&] { return lines(a.notes()) == lines(b.notes()); }),
-            (a.report() + '\n' + b.report()).constData());
+        EVENTUALLY(a.notes().value(id) == kept, a.report());
+        EVENTUALLY(a.windowNames().contains(firstLine(kept)), a.report());
+        EVENTUALLY(lines(a.notes()) == lines(b.notes()), a.report() + '\n' + b.report());
         QVERIFY2(b.windowNames().contains(firstLine(kept)), b.report().constData());
     }
 };
