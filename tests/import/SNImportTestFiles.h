@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QString>
@@ -12,4 +14,28 @@ inline bool writeImportFile(const QString &path, const QByteArray &bytes)
     QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+// Copies a home folder of the golden cases. Files that carry no dates of their own date their
+// notes by the files' times, which a checkout sets to its own moment: the copy gets one fixed
+// time.
+inline bool copyImportHome(const QString &from, const QString &to)
+{
+    const QDateTime fixed(QDate(2021, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    QDirIterator it(
+        from, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString target = to + it.next().mid(from.size());
+        if (it.fileInfo().isDir()) {
+            if (!QDir().mkpath(target))
+                return false;
+            continue;
+        }
+        QFile file(target);
+        if (!QDir().mkpath(QFileInfo(target).path()) || !QFile::copy(it.filePath(), target)
+            || !file.open(QIODevice::ReadWrite)
+            || !file.setFileTime(fixed, QFileDevice::FileModificationTime))
+            return false;
+    }
+    return true;
 }

@@ -1,26 +1,10 @@
+#include "SNImportTestFiles.h"
 #include "import/SNImportFinder.h"
 
-#include <QDirIterator>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
-
-namespace {
-
-void copyHome(const QString &golden, const QString &to)
-{
-    const QString from = QStringLiteral(VELLUMO_TEST_DATA_DIR "/golden/") + golden + u"/home"_s;
-    QDirIterator it(from, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        const QString target = to + path.mid(from.size());
-        QDir().mkpath(QFileInfo(target).path());
-        QFile::copy(path, target);
-    }
-}
-
-} // namespace
 
 // Where the import looks: every program's places, all of them.
 class TestSNImportFinder final : public QObject
@@ -35,7 +19,9 @@ private Q_SLOTS:
         QTemporaryDir home;
         for (const QString &golden : { u"knotes/akonadi-notes"_s, u"knotes/kde4-notes-ics"_s,
                  u"xpad/formatted"_s, u"gnote/notebooks-and-formatting"_s })
-            copyHome(golden, home.path());
+            QVERIFY(copyImportHome(
+                QStringLiteral(VELLUMO_TEST_DATA_DIR "/golden/") + golden + u"/home"_s,
+                home.path()));
         const SNImportEnvironment environment = SNImportEnvironment::underHome(home.path());
 
         QStringList found;

@@ -1,10 +1,8 @@
+#include "SNImportTestFiles.h"
 #include "SNImportedNoteDump.h"
 #include "import/SNImportCatalog.h"
 #include "import/SNImportReader.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -25,36 +23,6 @@ private Q_SLOTS:
 namespace {
 
 const QString goldenFolder = QStringLiteral(VELLUMO_TEST_DATA_DIR "/golden");
-
-// Files that carry no dates of their own date their notes by the files' times, which a checkout
-// sets to its own moment: the copy gets one fixed time.
-bool copyTreeWithFixedTimes(const QString &from, const QString &to)
-{
-    const QDateTime fixed(QDate(2021, 2, 3), QTime(4, 5, 6), Qt::UTC);
-    QDirIterator it(
-        from, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    QStringList files;
-    while (it.hasNext()) {
-        const QString path = it.next();
-        const QString target = to + path.mid(from.size());
-        if (it.fileInfo().isDir()) {
-            if (!QDir().mkpath(target))
-                return false;
-        } else {
-            files.append(path);
-        }
-    }
-    for (const QString &path : files) {
-        const QString target = to + path.mid(from.size());
-        if (!QDir().mkpath(QFileInfo(target).path()) || !QFile::copy(path, target))
-            return false;
-        QFile file(target);
-        if (!file.open(QIODevice::ReadWrite)
-            || !file.setFileTime(fixed, QFileDevice::FileModificationTime))
-            return false;
-    }
-    return true;
-}
 
 } // namespace
 
@@ -81,7 +49,7 @@ void TestSNImportReaderGolden::readsEveryCase()
     QFETCH(QString, caseFolder);
     QTemporaryDir home;
     QVERIFY(home.isValid());
-    QVERIFY(copyTreeWithFixedTimes(caseFolder + u"/home"_s, home.path()));
+    QVERIFY(copyImportHome(caseFolder + u"/home"_s, home.path()));
 
     const std::unique_ptr<SNImportReader> reader = SNImportCatalog::readerWithId(program);
     QVERIFY(reader);
