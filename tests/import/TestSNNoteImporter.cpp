@@ -14,6 +14,48 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace {
+
+// The program's name and id; the notes come from the test.
+class Program final : public SNImportReader
+{
+public:
+    QString programId() const override { return u"xpad"_s; }
+    QString programName() const override { return u"xpad"_s; }
+    QStringList candidatePaths(const SNImportEnvironment &) const override { return {}; }
+    SNImportReadResult read(const QString &) const override { return {}; }
+};
+
+SNImportedNote noteWithText(const QString &id, const QString &text)
+{
+    SNImportedNote note;
+    note.sourceId = id;
+    note.text = QWAttributedString(text);
+    return note;
+}
+
+// A store, its themes and tags, and the ledger, in a data folder of their own.
+struct Importing
+{
+    QWTestEnvironment environment;
+    QString folder = environment.dataHome() + u"/Vellumo/"_s;
+    SNStickyNoteManager store { folder, u"device"_s };
+    SNThemeManager themes { folder + u"User Themes/"_s };
+    SNTagManager tags;
+    std::unique_ptr<SNImportLedger> ledger = std::make_unique<SNImportLedger>(folder);
+
+    SNImportReport import(const QList<SNImportedNote> &notes)
+    {
+        SNNoteImporter importer(
+            store, themes, tags, *ledger, [this](const auto &note) { store.addNote(note); });
+        SNImportReadResult result;
+        result.notes = notes;
+        return importer.importNotes(Program(), u"/somewhere"_s, result);
+    }
+};
+
+} // namespace
+
 // What the importer makes of read notes: each note once, its colour as a theme, its groups as
 // hashtags, its window place, pin and hidden states.
 class TestSNNoteImporter final : public QObject
@@ -21,95 +63,40 @@ class TestSNNoteImporter final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { f = std::make_unique<Importing>(); }
+    void cleanup() { f.reset(); }
     void importsEachNoteOnce();
     void makesOneThemePerColourNoBuiltInThemeMatches();
     void keepsGroupsPlacesAndStates();
 
 private:
-    // The program's name and id; the notes come from the test.
-    class Program final : public SNImportReader
-    {
-    public:
-        QString programId() const override { return u"xpad"_s; }
-        QString programName() const override { return u"xpad"_s; }
-        QStringList candidatePaths(const SNImportEnvironment &) const override { return {}; }
-        SNImportReadResult read(const QString &) const override { return {}; }
-    };
-
-    static SNImportedNote noteWithText(const QString &id, const QString &text)
-    {
-        SNImportedNote note;
-        note.sourceId = id;
-        note.text = QWAttributedString(text);
-        return note;
-    }
-    SNImportReport import(const QList<SNImportedNote> &notes);
-
-    std::unique_ptr<QWTestEnvironment> m_environment;
-    std::unique_ptr<SNStickyNoteManager> m_store;
-    std::unique_ptr<SNThemeManager> m_themes;
-    std::unique_ptr<SNTagManager> m_tags;
-    std::unique_ptr<SNImportLedger> m_ledger;
-    QList<std::shared_ptr<SNStickyNote>> m_added;
+    std::unique_ptr<Importing> f;
 };
-
-void TestSNNoteImporter::init()
-{
-    m_environment = std::make_unique<QWTestEnvironment>();
-    const QString folder = m_environment->dataHome() + u"/Vellumo/"_s;
-    m_store = std::make_unique<SNStickyNoteManager>(folder, u"device"_s);
-    m_themes = std::make_unique<SNThemeManager>(folder + u"User Themes/"_s);
-    m_tags = std::make_unique<SNTagManager>();
-    m_ledger = std::make_unique<SNImportLedger>(folder);
-    m_added.clear();
-}
-
-void TestSNNoteImporter::cleanup()
-{
-    m_ledger.reset();
-    m_tags.reset();
-    m_themes.reset();
-    m_store.reset();
-    m_environment.reset();
-}
-
-SNImportReport TestSNNoteImporter::import(const QList<SNImportedNote> &notes)
-{
-    SNNoteImporter importer(*m_store, *m_themes, *m_tags, *m_ledger, [this](const auto &note) {
-        m_store->addNote(note);
-        m_added.append(note);
-    });
-    SNImportReadResult result;
-    result.notes = notes;
-    return importer.importNotes(Program(), u"/somewhere"_s, result);
-}
 
 void TestSNNoteImporter::importsEachNoteOnce()
 {
     const QList<SNImportedNote> notes { noteWithText(u"info-A"_s, u"Milk"_s),
         noteWithText(u"info-B"_s, u"Eggs"_s), noteWithText(u"info-A"_s, u"Twin"_s),
         noteWithText(u"info-C"_s, u"  \n"_s) };
-    const qsizetype welcomeNotes = m_store->notesArray().size();
-    const SNImportReport first = import(notes);
+    const qsizetype welcomeNotes = f->store.notesArray().size();
+    const SNImportReport first = f->import(notes);
     QCOMPARE(first.notes.size(), 2);
     // The twin id and the empty note are reported, not imported.
     QCOMPARE(first.problems.size(), 2);
-    QCOMPARE(m_store->notesArray().size(), welcomeNotes + 2);
+    QCOMPARE(f->store.notesArray().size(), welcomeNotes + 2);
 
     // Deleted since, and the ledger read afresh from its file: still not again.
-    m_store->removeNote(first.notes.first());
-    m_ledger = std::make_unique<SNImportLedger>(m_store->baseDatabasePath());
-    const SNImportReport second = import(notes.mid(0, 2));
+    f->store.removeNote(first.notes.first());
+    f->ledger = std::make_unique<SNImportLedger>(f->store.baseDatabasePath());
+    const SNImportReport second = f->import(notes.mid(0, 2));
     QCOMPARE(second.notes.size(), 0);
     QCOMPARE(second.alreadyImported, 2);
 
     // Without the ledger the note ids still tell what came in before.
-    QVERIFY(QFile::remove(m_store->baseDatabasePath() + SNImportLedger::fileName));
-    m_ledger = std::make_unique<SNImportLedger>(m_store->baseDatabasePath());
-    QCOMPARE(import(notes.mid(0, 2)).alreadyImported, 2);
-    QCOMPARE(m_store->notesArray().size(), welcomeNotes + 1);
+    QVERIFY(QFile::remove(f->store.baseDatabasePath() + SNImportLedger::fileName));
+    f->ledger = std::make_unique<SNImportLedger>(f->store.baseDatabasePath());
+    QCOMPARE(f->import(notes.mid(0, 2)).alreadyImported, 2);
+    QCOMPARE(f->store.notesArray().size(), welcomeNotes + 1);
 }
 
 void TestSNNoteImporter::makesOneThemePerColourNoBuiltInThemeMatches()
@@ -122,7 +109,7 @@ void TestSNNoteImporter::makesOneThemePerColourNoBuiltInThemeMatches()
     SNImportedNote alsoBlue = noteWithText(u"3"_s, u"Pale blue too"_s);
     alsoBlue.backgroundColor = QColor(u"#82bdfe"_s);
     SNImportedNote none = noteWithText(u"4"_s, u"No colour"_s);
-    const SNImportReport report = import({ yellow, blue, alsoBlue, none });
+    const SNImportReport report = f->import({ yellow, blue, alsoBlue, none });
 
     QCOMPARE(report.themesMade, QStringList { u"xpad: Blue"_s });
     QCOMPARE(report.notes[0]->themeName(), u"SNYellowPadTheme"_s);
@@ -130,14 +117,10 @@ void TestSNNoteImporter::makesOneThemePerColourNoBuiltInThemeMatches()
     QCOMPARE(report.notes[2]->themeName(), report.notes[1]->themeName());
     QVERIFY(report.notes[3]->themeName() != report.notes[1]->themeName());
     // The theme is saved with the user's themes, so the notes keep their colour after a restart.
-    SNThemeManager reread(m_themes->userThemeDirectory());
+    SNThemeManager reread(f->themes.userThemeDirectory());
     const std::shared_ptr<SNUserTheme> theme = reread.userThemeWithName(u"xpad: Blue"_s);
     QVERIFY(theme);
-    QCOMPARE(
-        QColor::fromRgbF(float(theme->startColor().redComponent()),
-            float(theme->startColor().greenComponent()), float(theme->startColor().blueComponent()))
-            .name(),
-        u"#81bdff"_s);
+    QCOMPARE(theme->startColor().toQColor().name(), u"#81bdff"_s);
 }
 
 void TestSNNoteImporter::keepsGroupsPlacesAndStates()
@@ -152,7 +135,7 @@ void TestSNNoteImporter::keepsGroupsPlacesAndStates()
     placed.dateModified = QDateTime(QDate(2021, 6, 2), QTime(11, 0), Qt::UTC);
     SNImportedNote unplaced = noteWithText(u"2"_s, u"Nowhere"_s);
     unplaced.position = QPoint(-10000, -10000);
-    const SNImportReport report = import({ placed, unplaced });
+    const SNImportReport report = f->import({ placed, unplaced });
 
     const std::shared_ptr<SNStickyNote> note = report.notes[0];
     QCOMPARE(note->attributedString()->string(), u"Shopping\nMilk #food\n\n#Work_Stuff"_s);
