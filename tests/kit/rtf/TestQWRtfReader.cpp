@@ -65,31 +65,6 @@ private Q_SLOTS:
             folder + u"/read.txt"_s, QWRichTextDump::describe(result.text).toUtf8());
     }
 
-    void codePages_data()
-    {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const QByteArray &body, const QString &text) {
-            QTest::newRow(name) << body << text;
-        };
-        row("Windows-1252", "\\ansi Caf\\'e9 \\'93q\\'94 \\'80\\'8e", u"Café “q” €Ž"_s);
-        row("Mac Roman", "\\mac Caf\\'8e \\'d2q\\'d3 \\'db\\'a5", u"Café “q” €•"_s);
-        row("ansicpg10000", "\\ansi\\ansicpg10000 Caf\\'8e", u"Café"_s);
-        row("8-bit bytes", "\\mac Caf\x8e", u"Café"_s);
-        row("font charsets",
-            "\\ansi{\\fonttbl{\\f0 A;}{\\f1\\fcharset77 B;}}\\'8e\\f1 \\'8e\\f0 \\'8e", u"ŽéŽ"_s);
-        row("font code page", "\\ansi{\\fonttbl{\\f0\\fcharset0\\cpg10000 A;}}\\f0 \\'8e", u"é"_s);
-        row("default font's charset", "\\ansi\\deff1{\\fonttbl{\\f0 A;}{\\f1\\fcharset77 B;}}\\'8e",
-            u"é"_s);
-    }
-
-    void codePages()
-    {
-        QFETCH(QByteArray, body);
-        QFETCH(QString, text);
-        QCOMPARE(textOf("{\\rtf1 " + body + '}'), text);
-    }
-
     // Every byte of both tables, against Python's codecs.
     void codePageTables()
     {

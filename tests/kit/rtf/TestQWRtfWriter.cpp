@@ -100,8 +100,6 @@ private Q_SLOTS:
     void roundTrip_data()
     {
         QTest::addColumn<QWAttributedString>("text");
-        const QByteArray png = imageBytes(Qt::red, "PNG");
-        const QByteArray jpeg = imageBytes(Qt::blue, "JPEG");
         const A bold = with([](A &a) { a.setBold(true); });
 
         QTest::newRow("empty") << QWAttributedString();
@@ -109,11 +107,6 @@ private Q_SLOTS:
         QTest::newRow("lone surrogate") << QWAttributedString(u"a"_s + QChar(0xD83D) + u"b"_s);
         QTest::newRow("odd font name") << QWAttributedString(
             u"x"_s, with([](A &a) { a.setFont(QWFont(u"Odd; {Name}\\ é"_s, 10.5, false, true)); }));
-        QTest::newRow("attachments") << join({
-            { u"\uFFFC"_s, attachment(png, u"red é.png"_s) },
-            { u"\uFFFC\uFFFC"_s, attachment(jpeg, u"twice.jpg"_s) },
-            { u"\uFFFC"_s, attachment(png) },
-        });
     }
 
     void roundTrip()
