@@ -39,8 +39,7 @@ void TestSNImportReaderGolden::readsEveryCase_data()
             ++cases;
         }
     }
-    if (cases == 0)
-        QSKIP("No reader has a case yet.");
+    QVERIFY(cases > 0);
 }
 
 void TestSNImportReaderGolden::readsEveryCase()
