@@ -3,9 +3,7 @@
 #include "kit/rtf/QWRtfWriter.h"
 #include "support/QWTestImages.h"
 
-#include <QBuffer>
 #include <QDir>
-#include <QImageWriter>
 #include <QProcess>
 #include <QTest>
 
@@ -32,11 +30,6 @@ A with(const std::function<void(A &)> &set)
     A attributes;
     set(attributes);
     return attributes;
-}
-
-QByteArray imageBytes(const QColor &color, const char *format)
-{
-    return imageFileBytes(color, QSize(7, 5), format);
 }
 
 A attachment(const QByteArray &bytes, const QString &name = QString())
@@ -129,7 +122,8 @@ private Q_SLOTS:
             { u"e"_s, with([](A &a) { a.setStrikethroughStyle(A::LineStyleThick); }) },
             { u"f\u0001\r\ng\rh\u2029i\u000Bj"_s, A() },
             // Images in other formats are written as PNG; what is no image is left out.
-            { u"\uFFFC"_s, attachment(imageBytes(Qt::green, "BMP"), u"green.bmp"_s) },
+            { u"\uFFFC"_s,
+                attachment(imageFileBytes(Qt::green, QSize(7, 5), "BMP"), u"green.bmp"_s) },
             { u"\uFFFC"_s, attachment("not an image") },
         }));
         QCOMPARE(QWRichTextDump::describe(kept.attributedSubstringFromRange(0, 14)),
@@ -139,27 +133,6 @@ private Q_SLOTS:
         const A image = kept.attributesAtIndex(14);
         QCOMPARE(QImage::fromData(image.attachment(), "PNG").pixelColor(3, 2), QColor(Qt::green));
         QCOMPARE(image.attachmentFileName(), u"green.bmp"_s);
-    }
-
-    // Pictures carry their size in pixels, read from the image file's header.
-    void pictureSizes()
-    {
-        QImage image(7, 5, QImage::Format_RGB32);
-        image.fill(Qt::yellow);
-        QList<QByteArray> files { imageBytes(Qt::yellow, "PNG"),
-            imageBytes(Qt::yellow, "PNG").first(20) }; // the last: no room for the size
-        for (const bool progressive : { false, true }) {
-            QBuffer buffer(&files.emplaceFront());
-            buffer.open(QIODevice::WriteOnly);
-            QImageWriter writer(&buffer, "JPEG");
-            writer.setProgressiveScanWrite(progressive);
-            QVERIFY(writer.write(image));
-        }
-        for (const QByteArray &file : std::as_const(files)) {
-            const QByteArray rtf
-                = QWRtfWriter().write(QWAttributedString(u"\uFFFC"_s, attachment(file)));
-            QCOMPARE(rtf.contains("\\picw7\\pich5\\picwgoal"), file.size() > 20);
-        }
     }
 
     // The exporter names the theme's font as the font of text that names none.
