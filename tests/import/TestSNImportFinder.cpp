@@ -1,4 +1,4 @@
-#include "SNImportTestFiles.h"
+#include "SNImportTestSupport.h"
 #include "import/SNImportFinder.h"
 
 #include <QTemporaryDir>

@@ -1,7 +1,8 @@
-#include "SNImportTestFiles.h"
+#include "SNImportTestSupport.h"
 #include "SNImportedNoteDump.h"
 #include "import/SNImportCatalog.h"
 #include "import/SNImportReader.h"
+#include "themes/SNUserTheme.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -9,7 +10,8 @@
 using namespace Qt::Literals::StringLiterals;
 
 // Every reader against folders of cases: golden/<program id>/<case>/home is a home folder as the
-// program left it, expected.txt what the reader must make of it. Set VELLUMO_UPDATE_GOLDEN=1 to
+// program left it, expected.txt what the reader must make of it, and imported.txt the report
+// and the notes and themes the importer makes of that. Set VELLUMO_UPDATE_GOLDEN=1 to
 // write the expected files after a deliberate change, and read the difference in review.
 class TestSNImportReaderGolden final : public QObject
 {
@@ -61,10 +63,23 @@ void TestSNImportReaderGolden::readsEveryCase()
         }
     }
     QVERIFY2(!found.isEmpty(), "the case's home holds none of the program's places");
-    QString dump = SNImportedNoteDump::describe(reader->read(found));
+    const SNImportReadResult read = reader->read(found);
     // Problems name files; the temporary home is not part of what the case expects.
-    dump.replace(home.path(), u"~"_s);
-    QWRichTextDump::compareWithFile(caseFolder + u"/expected.txt"_s, dump.toUtf8());
+    QString dump = SNImportedNoteDump::describe(read);
+    QWRichTextDump::compareWithFile(
+        caseFolder + u"/expected.txt"_s, dump.replace(home.path(), u"~"_s).toUtf8());
+
+    // Imported into a store of its own; the themes made for the notes' colours are saved.
+    SNImportTestStore vellumo;
+    const SNImportReport report = vellumo.import(*reader, read);
+    QString imported = report.text() + u'\n';
+    for (const std::shared_ptr<SNStickyNote> &note : report.notes)
+        imported += SNImportedNoteDump::describe(*note);
+    for (const auto &theme : SNThemeManager(vellumo.themes.userThemeDirectory()).userThemes())
+        imported += u"user theme "_s + QWRichTextDump::quoted(theme->name()) + u' '
+            + theme->startColor().toQColor().name() + u'\n';
+    QWRichTextDump::compareWithFile(
+        caseFolder + u"/imported.txt"_s, imported.replace(home.path(), u"~"_s).toUtf8());
 }
 
 // Rich notes are read by Qt's HTML reader, which needs a GUI application, as the importer has.

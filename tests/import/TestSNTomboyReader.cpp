@@ -1,4 +1,4 @@
-#include "SNImportTestFiles.h"
+#include "SNImportTestSupport.h"
 #include "import/SNTomboyReader.h"
 
 #include <QTemporaryDir>

@@ -1,4 +1,4 @@
-#include "SNImportTestFiles.h"
+#include "SNImportTestSupport.h"
 #include "import/SNImportFile.h"
 #include "import/SNXpadReader.h"
 

@@ -1,5 +1,13 @@
 #pragma once
 
+#include "import/SNImportLedger.h"
+#include "import/SNImportReader.h"
+#include "import/SNNoteImporter.h"
+#include "notes/SNStickyNoteManager.h"
+#include "support/QWTestEnvironment.h"
+#include "tags/SNTagManager.h"
+#include "themes/SNThemeManager.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QDir>
@@ -7,6 +15,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QString>
+
+#include <memory>
 
 // Writes a file of another program's home, making its folders; false when that fails.
 inline bool writeImportFile(const QString &path, const QByteArray &bytes)
@@ -39,3 +49,21 @@ inline bool copyImportHome(const QString &from, const QString &to)
     }
     return true;
 }
+
+// A store with its themes, tags and import ledger, in data folders of its own, to import into.
+struct SNImportTestStore
+{
+    QWTestEnvironment environment;
+    QString folder = environment.dataHome() + QStringLiteral("/Vellumo/");
+    SNStickyNoteManager store { folder, QStringLiteral("device") };
+    SNThemeManager themes { folder + QStringLiteral("User Themes/") };
+    SNTagManager tags;
+    std::unique_ptr<SNImportLedger> ledger = std::make_unique<SNImportLedger>(folder);
+
+    SNImportReport import(const SNImportReader &reader, const SNImportReadResult &result)
+    {
+        SNNoteImporter importer(
+            store, themes, tags, *ledger, [this](const auto &note) { store.addNote(note); });
+        return importer.importNotes(reader, QStringLiteral("/somewhere"), result);
+    }
+};
