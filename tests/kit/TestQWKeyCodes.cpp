@@ -58,11 +58,9 @@ private Q_SLOTS:
         QCOMPARE(QWKeyCodes::keyCodeForQtKey(Qt::Key_N, true), 45);
     }
 
-    // Every combination of the four modifiers, Alt as Mod1 and Super as Mod4.
+    // Every combination of the four modifiers (which X modifier each is, real grabs show).
     void modifierMasks()
     {
-        QCOMPARE(QWKeyCodes::x11ModifiersForFlags(QWKeyCombo::ModifierKeysMask),
-            quint16(ShiftMask | ControlMask | Mod1Mask | Mod4Mask));
         for (quint64 flags = 0; flags <= QWKeyCombo::ModifierKeysMask;
              flags += QWKeyCombo::ShiftKeyMask) {
             QCOMPARE(

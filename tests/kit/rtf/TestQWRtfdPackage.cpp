@@ -11,11 +11,6 @@ namespace {
 using A = QWTextAttributes;
 using Error = QWRtfReadResult::Error;
 
-QByteArray imageBytes(const QColor &color, const char *format)
-{
-    return imageFileBytes(color, QSize(4, 4), format);
-}
-
 A attachment(const QByteArray &bytes, const QString &name)
 {
     A attributes;
@@ -46,8 +41,8 @@ class TestQWRtfdPackage final : public QObject
 private Q_SLOTS:
     void roundTrip()
     {
-        const QByteArray red = imageBytes(Qt::red, "PNG");
-        const QByteArray blue = imageBytes(Qt::blue, "JPEG");
+        const QByteArray red = imageFileBytes(Qt::red, QSize(4, 4), "PNG");
+        const QByteArray blue = imageFileBytes(Qt::blue, QSize(4, 4), "JPEG");
         // Names are made unique, without regard to case, kept inside the package and away
         // from the text file.
         const QList<std::pair<A, QString>> attachments {
@@ -103,12 +98,12 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"p.rtfd"_s);
         QVERIFY(QDir().mkpath(path + u"/sub"_s));
-        const QByteArray png = imageBytes(Qt::red, "PNG");
+        const QByteArray png = imageFileBytes(Qt::red, QSize(4, 4), "PNG");
         writeFile(folder.filePath(u"outside.png"_s), png);
         writeFile(path + u"/sub/inside.png"_s, png);
         writeFile(path + u"/notes.txt"_s, "just text");
         writeFile(path + u"/empty.png"_s, QByteArray());
-        writeFile(path + u"/green.bmp"_s, imageBytes(Qt::green, "BMP"));
+        writeFile(path + u"/green.bmp"_s, imageFileBytes(Qt::green, QSize(4, 4), "BMP"));
         QVERIFY(QFile::link(folder.filePath(u"outside.png"_s), path + u"/link.png"_s));
         QByteArray rtf = "{\\rtf1\\ansi ";
         for (const char *name : { "../outside.png", "sub/inside.png", "missing.png", "notes.txt",
