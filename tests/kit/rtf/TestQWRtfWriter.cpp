@@ -60,19 +60,14 @@ private Q_SLOTS:
     // writes both anew.
     void writesWhatItReads_data()
     {
-        QTest::addColumn<QString>("folder");
-        const QDir cases(QStringLiteral(VELLUMO_TEST_DATA_DIR "/cases"));
-        QVERIFY(cases.exists());
-        for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-            QTest::newRow(qPrintable(name)) << cases.filePath(name);
+        QWRichTextDump::addCaseRows(QStringLiteral(VELLUMO_TEST_DATA_DIR "/cases"));
     }
 
     void writesWhatItReads()
     {
         QFETCH(QString, folder);
-        QFile input(folder + u"/input.rtf"_s);
-        QVERIFY(input.open(QIODevice::ReadOnly));
-        const QWAttributedString text = QWRtfReader().read(input.readAll()).text;
+        const QWAttributedString text
+            = QWRtfReader().read(QWRichTextDump::fileBytes(folder + u"/input.rtf"_s)).text;
         const QByteArray rtf = QWRtfWriter().write(text);
         QWRichTextDump::compareWithFile(folder + u"/written.rtf"_s, rtf);
         QVERIFY(std::all_of(rtf.cbegin(), rtf.cend(), [](char c) { return c > 0 && c < 0x7F; }));

@@ -19,12 +19,6 @@ A attachment(const QByteArray &bytes, const QString &name)
     return attributes;
 }
 
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 void writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
@@ -72,7 +66,7 @@ private Q_SLOTS:
         files.sort();
         QCOMPARE(QDir(path).entryList(QDir::Files | QDir::Hidden, QDir::Name), files);
         for (const auto &[attributes, name] : attachments)
-            QCOMPARE(fileBytes(QDir(path).filePath(name)), attributes.attachment());
+            QCOMPARE(QWRichTextDump::fileBytes(QDir(path).filePath(name)), attributes.attachment());
 
         QCOMPARE(QWRtfdPackage::read(path).text, expected.attributedString());
         // Writing again into the same package gives the same text.
