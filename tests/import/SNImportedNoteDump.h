@@ -2,13 +2,16 @@
 
 #include "import/SNImportedNote.h"
 #include "kit/QWRichTextDump.h"
+#include "notes/SNStickyNote.h"
+#include "tags/SNTag.h"
 
 #include <QStringList>
 
 #include <algorithm>
 
 // What a reader read, as a golden file holds it: the notes in the order of their ids, each with
-// what the reader set, then the problems and remarks. Dates are written in UTC.
+// what the reader set, then the problems and remarks; and the notes the importer made of them.
+// Dates are written in UTC.
 class SNImportedNoteDump final
 {
 public:
@@ -53,6 +56,24 @@ public:
             tags.append(QWRichTextDump::quoted(tag));
         add(!tags.isEmpty(), u"tags"_s, tags.join(u", "_s));
         return out + QWRichTextDump::describe(note.text);
+    }
+
+    // A note the importer made: its first line, then its theme, window, states, dates and tags.
+    static QString describe(const SNStickyNote &note)
+    {
+        const QString text = note.attributedString().value_or(QWAttributedString()).string();
+        QString out = u"== "_s + QWRichTextDump::quoted(text.section(u'\n', 0, 0)) + u"\ntheme: "_s
+            + note.themeName() + u"\nframe: "_s + note.windowFrame() + u'\n';
+        if (note.pinState() == SNStickyNote::PinStateFloating)
+            out += u"floating\n"_s;
+        if (note.isCollapsed())
+            out += u"collapsed\n"_s;
+        out += u"created: "_s + date(note.dateCreated()) + u"\nmodified: "_s
+            + date(note.dateModified()) + u'\n';
+        QStringList tags;
+        for (const auto &tag : note.tags())
+            tags.append(tag->name());
+        return tags.isEmpty() ? out : out + u"tags: "_s + tags.join(u' ') + u'\n';
     }
 
 private:

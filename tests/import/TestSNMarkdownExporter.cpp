@@ -70,12 +70,6 @@ for path in sorted(pathlib.Path(sys.argv[1]).glob('*.md')):
     print(html.replace('\xa0', '&nbsp;'))
 )";
 
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 std::shared_ptr<SNStickyNote> TestSNMarkdownExporter::noteWithText(const QWAttributedString &text)
@@ -96,7 +90,7 @@ QList<std::shared_ptr<SNStickyNote>> TestSNMarkdownExporter::readNotes(const QSt
     QList<std::shared_ptr<SNStickyNote>> notes;
     const QDir dir(folder);
     for (const QString &name : dir.entryList({ u"*.rtf"_s, u"*.txt"_s }, QDir::Files, QDir::Name)) {
-        const QByteArray bytes = readFile(dir.filePath(name));
+        const QByteArray bytes = QWRichTextDump::fileBytes(dir.filePath(name));
         const QWAttributedString text = name.endsWith(u".rtf"_s)
             ? QWRtfReader().read(bytes).text
             : QWAttributedString(QString::fromUtf8(bytes));
@@ -124,11 +118,7 @@ QStringList TestSNMarkdownExporter::filesIn(const QString &folder)
 
 void TestSNMarkdownExporter::exportsEveryCase_data()
 {
-    QTest::addColumn<QString>("folder");
-    const QDir cases(casesFolder);
-    QVERIFY(cases.exists());
-    for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
-        QTest::newRow(qPrintable(name)) << cases.filePath(name);
+    QWRichTextDump::addCaseRows(casesFolder);
 }
 
 void TestSNMarkdownExporter::exportsEveryCase()
@@ -162,10 +152,12 @@ void TestSNMarkdownExporter::exportsEveryCase()
     QCOMPARE(filesIn(out), filesIn(expected));
     for (const QString &name : filesIn(out)) {
         if (name.endsWith(u".md"_s))
-            QWRichTextDump::compareWithFile(expected + u'/' + name, readFile(out + u'/' + name));
+            QWRichTextDump::compareWithFile(
+                expected + u'/' + name, QWRichTextDump::fileBytes(out + u'/' + name));
         else
-            QVERIFY2(
-                readFile(out + u'/' + name) == readFile(expected + u'/' + name), qPrintable(name));
+            QVERIFY2(QWRichTextDump::fileBytes(out + u'/' + name)
+                    == QWRichTextDump::fileBytes(expected + u'/' + name),
+                qPrintable(name));
     }
 
     QProcess render;
@@ -250,7 +242,7 @@ void TestSNMarkdownExporter::takesBackANoteItCouldNotWriteWhole()
         qPrintable(result.problems[0]));
     // Its picture, written before the note failed, is gone again; no temporary file is left.
     QCOMPARE(filesIn(out), QStringList { u"Small.md"_s });
-    QVERIFY(readFile(out + u"/Small.md"_s).endsWith("\n\nSmall\n"));
+    QVERIFY(QWRichTextDump::fileBytes(out + u"/Small.md"_s).endsWith("\n\nSmall\n"));
 }
 
 QTEST_GUILESS_MAIN(TestSNMarkdownExporter)

@@ -1,8 +1,7 @@
+#include "SNImportTestSupport.h"
 #include "import/SNImportFile.h"
 #include "import/SNXpadReader.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -18,29 +17,18 @@ private Q_SLOTS:
     void skipsWhatItMustNotRead();
 };
 
-namespace {
-
-bool write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-} // namespace
-
 void TestSNXpadReader::skipsWhatItMustNotRead()
 {
     QTemporaryDir home;
     QVERIFY(home.isValid());
     const QDir xpad(home.filePath(u"xpad"_s));
-    QVERIFY(QDir().mkpath(xpad.path()));
-    QVERIFY(write(home.filePath(u"secret"_s), "not a pad"));
+    QVERIFY(writeImportFile(home.filePath(u"secret"_s), "not a pad"));
 
-    QVERIFY(write(xpad.filePath(u"info-Good"_s), "content content-Good\n"));
-    QVERIFY(write(xpad.filePath(u"content-Good"_s), "kept"));
-    QVERIFY(write(xpad.filePath(u"info-Link"_s), "content content-Link\n"));
+    QVERIFY(writeImportFile(xpad.filePath(u"info-Good"_s), "content content-Good\n"));
+    QVERIFY(writeImportFile(xpad.filePath(u"content-Good"_s), "kept"));
+    QVERIFY(writeImportFile(xpad.filePath(u"info-Link"_s), "content content-Link\n"));
     QVERIFY(QFile::link(home.filePath(u"secret"_s), xpad.filePath(u"content-Link"_s)));
-    QVERIFY(write(xpad.filePath(u"info-Huge"_s), "content content-Huge\n"));
+    QVERIFY(writeImportFile(xpad.filePath(u"info-Huge"_s), "content content-Huge\n"));
     QFile huge(xpad.filePath(u"content-Huge"_s));
     QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(SNImportFile::maximumFileSize + 1));
     huge.close();

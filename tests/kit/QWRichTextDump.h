@@ -3,6 +3,7 @@
 #include "kit/QWAttributedString.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QStringList>
@@ -12,7 +13,8 @@ using namespace Qt::Literals::StringLiterals;
 
 // Rich text as a reader of a golden file or a failure message wants it: one line per run, its
 // text quoted, then the attributes that are set. Numbers are as short as reads back exactly;
-// an attachment shows its format, size in pixels and the start of its SHA-1.
+// an attachment shows its format, size in pixels and the start of its SHA-1. Also the golden
+// tests' plumbing: their rows, their files.
 class QWRichTextDump final
 {
 public:
@@ -69,6 +71,23 @@ public:
         const QList<QByteArray> lines = actual.split('\n');
         for (qsizetype line = 0; line < std::max(expected.size(), lines.size()); ++line)
             QCOMPARE(QString::fromUtf8(lines.value(line)), QString::fromUtf8(expected.value(line)));
+    }
+
+    // A golden test's rows: one per case folder in the folder, by name, as the column "folder".
+    static void addCaseRows(const QString &folder)
+    {
+        QTest::addColumn<QString>("folder");
+        const QDir cases(folder);
+        QVERIFY(cases.exists());
+        for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+            QTest::newRow(qPrintable(name)) << cases.filePath(name);
+    }
+
+    // The file's bytes; none when it cannot be read.
+    static QByteArray fileBytes(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     // Quotes and escapes what would not show: white space other than the space, controls,

@@ -1,4 +1,3 @@
-#include "kit/QWDateUtilities.h"
 #include "kit/QWFont.h"
 #include "kit/QWKeyedUnarchiver.h"
 
@@ -7,7 +6,7 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-// The font value and the date helper: the two kit values that depend on the machine.
+// The font value, which depends on the fonts the machine has.
 class TestQWFont final : public QObject
 {
     Q_OBJECT
@@ -35,13 +34,6 @@ private Q_SLOTS:
                     { u"pointSize"_s, QWArchiveValue::fromDouble(size) } });
             QVERIFY(!QWKeyedUnarchiver::decodeObjectOfClass<QWFont>(damaged));
         }
-    }
-
-    void hourFollowsTheSystemTimeZone()
-    {
-        for (int hour = 0; hour < 24; ++hour)
-            QCOMPARE(QWDateUtilities::qw_hour(QDateTime(QDate(2026, 3, 1), QTime(hour, 30))), hour);
-        QCOMPARE(QWDateUtilities::qw_hour(QDateTime()), 0);
     }
 };
 

@@ -11,14 +11,6 @@ using Error = QWRtfReadResult::Error;
 
 const QString dataFolder = QStringLiteral(VELLUMO_TEST_DATA_DIR "/");
 
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing test data %s", qPrintable(path));
-    return file.readAll();
-}
-
 QString textOf(const QByteArray &rtf)
 {
     return QWRtfReader().read(rtf).text.string();
@@ -47,47 +39,16 @@ private Q_SLOTS:
     // Each folder of data/cases holds a document, input.rtf, and read.txt, what it reads as: the
     // runs with their attributes. libreoffice and pandoc were written by those programs (see
     // data/README.md), the others by hand. VELLUMO_UPDATE_GOLDEN=1 writes read.txt anew.
-    void readsAsExpected_data()
-    {
-        QTest::addColumn<QString>("folder");
-        const QDir cases(dataFolder + u"cases"_s);
-        QVERIFY(cases.exists());
-        for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-            QTest::newRow(qPrintable(name)) << cases.filePath(name);
-    }
+    void readsAsExpected_data() { QWRichTextDump::addCaseRows(dataFolder + u"cases"_s); }
 
     void readsAsExpected()
     {
         QFETCH(QString, folder);
-        const QWRtfReadResult result = QWRtfReader().read(fileBytes(folder + u"/input.rtf"_s));
+        const QWRtfReadResult result
+            = QWRtfReader().read(QWRichTextDump::fileBytes(folder + u"/input.rtf"_s));
         QCOMPARE(result.errorString(), QString());
         QWRichTextDump::compareWithFile(
             folder + u"/read.txt"_s, QWRichTextDump::describe(result.text).toUtf8());
-    }
-
-    void codePages_data()
-    {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const QByteArray &body, const QString &text) {
-            QTest::newRow(name) << body << text;
-        };
-        row("Windows-1252", "\\ansi Caf\\'e9 \\'93q\\'94 \\'80\\'8e", u"Café “q” €Ž"_s);
-        row("Mac Roman", "\\mac Caf\\'8e \\'d2q\\'d3 \\'db\\'a5", u"Café “q” €•"_s);
-        row("ansicpg10000", "\\ansi\\ansicpg10000 Caf\\'8e", u"Café"_s);
-        row("8-bit bytes", "\\mac Caf\x8e", u"Café"_s);
-        row("font charsets",
-            "\\ansi{\\fonttbl{\\f0 A;}{\\f1\\fcharset77 B;}}\\'8e\\f1 \\'8e\\f0 \\'8e", u"ŽéŽ"_s);
-        row("font code page", "\\ansi{\\fonttbl{\\f0\\fcharset0\\cpg10000 A;}}\\f0 \\'8e", u"é"_s);
-        row("default font's charset", "\\ansi\\deff1{\\fonttbl{\\f0 A;}{\\f1\\fcharset77 B;}}\\'8e",
-            u"é"_s);
-    }
-
-    void codePages()
-    {
-        QFETCH(QByteArray, body);
-        QFETCH(QString, text);
-        QCOMPARE(textOf("{\\rtf1 " + body + '}'), text);
     }
 
     // Every byte of both tables, against Python's codecs.
@@ -154,7 +115,9 @@ private Q_SLOTS:
     void truncatedDocuments()
     {
         for (const QString &name : { u"pandoc"_s, u"libreoffice"_s }) {
-            const QByteArray whole = fileBytes(dataFolder + u"cases/%1/input.rtf"_s.arg(name));
+            const QByteArray whole
+                = QWRichTextDump::fileBytes(dataFolder + u"cases/%1/input.rtf"_s.arg(name));
+            QVERIFY(!whole.isEmpty());
             const QString text = textOf(whole);
             const bool everywhere = whole.size() < 2000;
             const qsizetype end = whole.lastIndexOf('}');

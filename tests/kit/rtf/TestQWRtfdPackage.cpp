@@ -11,23 +11,12 @@ namespace {
 using A = QWTextAttributes;
 using Error = QWRtfReadResult::Error;
 
-QByteArray imageBytes(const QColor &color, const char *format)
-{
-    return imageFileBytes(color, QSize(4, 4), format);
-}
-
 A attachment(const QByteArray &bytes, const QString &name)
 {
     A attributes;
     attributes.setAttachment(bytes);
     attributes.setAttachmentFileName(name);
     return attributes;
-}
-
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void writeFile(const QString &path, const QByteArray &bytes)
@@ -46,8 +35,8 @@ class TestQWRtfdPackage final : public QObject
 private Q_SLOTS:
     void roundTrip()
     {
-        const QByteArray red = imageBytes(Qt::red, "PNG");
-        const QByteArray blue = imageBytes(Qt::blue, "JPEG");
+        const QByteArray red = imageFileBytes(Qt::red, QSize(4, 4), "PNG");
+        const QByteArray blue = imageFileBytes(Qt::blue, QSize(4, 4), "JPEG");
         // Names are made unique, without regard to case, kept inside the package and away
         // from the text file.
         const QList<std::pair<A, QString>> attachments {
@@ -77,7 +66,7 @@ private Q_SLOTS:
         files.sort();
         QCOMPARE(QDir(path).entryList(QDir::Files | QDir::Hidden, QDir::Name), files);
         for (const auto &[attributes, name] : attachments)
-            QCOMPARE(fileBytes(QDir(path).filePath(name)), attributes.attachment());
+            QCOMPARE(QWRichTextDump::fileBytes(QDir(path).filePath(name)), attributes.attachment());
 
         QCOMPARE(QWRtfdPackage::read(path).text, expected.attributedString());
         // Writing again into the same package gives the same text.
@@ -103,12 +92,12 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"p.rtfd"_s);
         QVERIFY(QDir().mkpath(path + u"/sub"_s));
-        const QByteArray png = imageBytes(Qt::red, "PNG");
+        const QByteArray png = imageFileBytes(Qt::red, QSize(4, 4), "PNG");
         writeFile(folder.filePath(u"outside.png"_s), png);
         writeFile(path + u"/sub/inside.png"_s, png);
         writeFile(path + u"/notes.txt"_s, "just text");
         writeFile(path + u"/empty.png"_s, QByteArray());
-        writeFile(path + u"/green.bmp"_s, imageBytes(Qt::green, "BMP"));
+        writeFile(path + u"/green.bmp"_s, imageFileBytes(Qt::green, QSize(4, 4), "BMP"));
         QVERIFY(QFile::link(folder.filePath(u"outside.png"_s), path + u"/link.png"_s));
         QByteArray rtf = "{\\rtf1\\ansi ";
         for (const char *name : { "../outside.png", "sub/inside.png", "missing.png", "notes.txt",
