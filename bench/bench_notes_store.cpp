@@ -107,6 +107,39 @@ void BM_SaveInBackgroundCallerCost1000Notes(benchmark::State &state)
     }
 }
 
+// Adding a note to a store of many (an import, a restore) costs the same whatever the store
+// holds: compare the two sizes.
+void addNotes(benchmark::State &state, int stored)
+{
+    QTemporaryDir folder;
+    SNStickyNoteManager store(folder.path());
+    for (const std::shared_ptr<SNStickyNote> &note : makeNotes(stored, 10))
+        store.addNote(note);
+    for (auto _ : state) {
+        state.PauseTiming();
+        // Empty notes, so that their removal leaves nothing in Recently Deleted.
+        const QList<std::shared_ptr<SNStickyNote>> added = makeNotes(100, 0);
+        state.ResumeTiming();
+        for (const std::shared_ptr<SNStickyNote> &note : added)
+            store.addNote(note);
+        state.PauseTiming();
+        for (const std::shared_ptr<SNStickyNote> &note : added)
+            store.removeNote(note);
+        store.save();
+        state.ResumeTiming();
+    }
+}
+
+void BM_Add100NotesTo100(benchmark::State &state)
+{
+    addNotes(state, 100);
+}
+
+void BM_Add100NotesTo10000(benchmark::State &state)
+{
+    addNotes(state, 10000);
+}
+
 void BM_TagLookupAmong10000Tags(benchmark::State &state)
 {
     SNTagManager &index = SNTagManager::sharedManager();
@@ -129,4 +162,6 @@ BENCHMARK(BM_Encode100NotesOf100KB)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Decode100NotesOf100KB)->Unit(benchmark::kMillisecond);
 // Each iteration also waits, untimed, for the whole save: keep the count small.
 BENCHMARK(BM_SaveInBackgroundCallerCost1000Notes)->Unit(benchmark::kMicrosecond)->Iterations(40);
+BENCHMARK(BM_Add100NotesTo100)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Add100NotesTo10000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_TagLookupAmong10000Tags)->Unit(benchmark::kNanosecond);
