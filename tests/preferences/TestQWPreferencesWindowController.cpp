@@ -1,6 +1,5 @@
 #include "app/AppDelegate.h"
 #include "preferences/GeneralPreferencesViewController.h"
-#include "preferences/QWAboutViewController.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
 #include "preferences/SNPreferencesTestSupport.h"
@@ -25,7 +24,6 @@ private Q_SLOTS:
     void modulesDecideWhetherTheWindowResizes();
     void onlyOkayWithTheBoxTickedSilencesTheQuitAlert_data();
     void onlyOkayWithTheBoxTickedSilencesTheQuitAlert();
-    void aboutAndPreferencesOpenOnTheirPage();
     void closedPreferencesAreDroppedAfterTheDelay();
 
 private:
@@ -113,19 +111,6 @@ void TestQWPreferencesWindowController::onlyOkayWithTheBoxTickedSilencesTheQuitA
     controller->setTerminating(true);
     QVERIFY(controller->windowShouldClose());
     QCOMPARE(person.asked.size(), silenced ? 1 : 2);
-}
-
-void TestQWPreferencesWindowController::aboutAndPreferencesOpenOnTheirPage()
-{
-    const std::unique_ptr<AppDelegate> application = delegate();
-    application->openAbout(nullptr);
-    QWPreferencesWindowController *controller = application->preferencesWindowController();
-    QCOMPARE(controller->currentModule(), controller->aboutViewController());
-
-    // Preferences, from there, go back to General.
-    application->openPreferences(nullptr);
-    QCOMPARE(controller->currentModule(), controller->generalViewController());
-    QCOMPARE(application->preferencesWindowController(), controller);
 }
 
 void TestQWPreferencesWindowController::closedPreferencesAreDroppedAfterTheDelay()

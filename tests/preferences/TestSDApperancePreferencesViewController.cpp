@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 using Editor = SDApperancePreferencesViewController;
 
 // The theme editor as the user works it: naming, changing and deleting themes through its list,
-// wells and panels. What the list, the preview and the panels do alone is tested with them.
+// wells and panels. What the list does alone is tested with it.
 class TestSDApperancePreferencesViewController final : public QObject
 {
     Q_OBJECT
@@ -31,7 +31,7 @@ private Q_SLOTS:
 
     void namingATheme_data();
     void namingATheme();
-    void builtInThemesArePreviewedAndMadeDefaultOnly();
+    void builtInThemesCannotBeChangedOrDeleted();
     void renamingAThemeKeepsItsNotesInIt();
     void changesInThePanelsSaveOnceAfterTheLast();
     void deletingAsksUnlessSuppressed();
@@ -126,7 +126,7 @@ void TestSDApperancePreferencesViewController::namingATheme()
     QCOMPARE(saved, listed);
 }
 
-void TestSDApperancePreferencesViewController::builtInThemesArePreviewedAndMadeDefaultOnly()
+void TestSDApperancePreferencesViewController::builtInThemesCannotBeChangedOrDeleted()
 {
     QCOMPARE(m_editor->selectedRow(), rowOf(u"SNYellowPadTheme"_s)); // new notes' theme
     const int dark = rowOf(u"SNDarkTheme"_s);
