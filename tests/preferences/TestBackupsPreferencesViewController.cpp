@@ -1,35 +1,16 @@
-#include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
 #include "preferences/BackupsPreferencesViewController.h"
+#include "preferences/SNPreferencesTestSupport.h"
 
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-
-// Answers every question with the button of the role given, and remembers what was asked.
-class AnsweringPresenter final : public SNModalPresenter
-{
-public:
-    explicit AnsweringPresenter(QMessageBox::ButtonRole answer) : m_answer(answer) { }
-    QAbstractButton *runAlert(QMessageBox &alert) override
-    {
-        questions.append(alert.text() + QLatin1Char(' ') + alert.informativeText());
-        for (QAbstractButton *button : alert.buttons()) {
-            if (alert.buttonRole(button) == m_answer)
-                return button;
-        }
-        return nullptr;
-    }
-    QStringList questions;
-
-private:
-    QMessageBox::ButtonRole m_answer;
-};
 
 QStringList rowsOf(QTreeWidget *list)
 {
@@ -54,13 +35,14 @@ private Q_SLOTS:
         QList<std::shared_ptr<SNStickyNote>> opened;
         BackupsPreferencesViewController pane(store,
             [&opened](const QList<std::shared_ptr<SNStickyNote>> &notes) { opened += notes; });
-        auto yes = std::make_shared<AnsweringPresenter>(QMessageBox::AcceptRole);
-        pane.setModalPresenter(yes);
+        auto person = std::make_shared<AnsweringPresenter>();
+        person->answers = { { u"Restore"_s }, { u"Restore"_s }, { u"Cancel"_s } };
+        pane.setModalPresenter(person);
         auto *list = pane.view()->findChild<QTreeWidget *>();
         QVERIFY(list);
         QCOMPARE(rowsOf(list).size(), 1); // "No backups yet", which Restore cannot take
         QVERIFY(!pane.restoreSelectedBackup());
-        QVERIFY(yes->questions.isEmpty());
+        QVERIFY(person->asked.isEmpty());
 
         pane.backUpNow();
         QCOMPARE(rowsOf(list), QStringList { QStringLiteral("%1 notes").arg(welcome) });
@@ -76,8 +58,7 @@ private Q_SLOTS:
 
         pane.selectBackupAtRow(0);
         QVERIFY(pane.restoreSelectedBackup());
-        QCOMPARE(yes->questions.size(), 1);
-        QVERIFY(yes->questions.constFirst().contains(QStringLiteral("nothing is deleted")));
+        QCOMPARE(person->asked.size(), 1);
         QCOMPARE(opened.size(), 1);
         QCOMPARE(opened.constFirst()->uuid(), lost->uuid());
         QCOMPARE(store.notesArray().size(), welcome + 1);
@@ -92,10 +73,8 @@ private Q_SLOTS:
 
         // Said no to: nothing happens.
         store.removeNote(store.notesArray().constFirst());
-        auto no = std::make_shared<AnsweringPresenter>(QMessageBox::RejectRole);
-        pane.setModalPresenter(no);
         QVERIFY(!pane.restoreSelectedBackup());
-        QCOMPARE(no->questions.size(), 1);
+        QCOMPARE(person->asked.size(), 3);
         QCOMPARE(store.notesArray().size(), welcome);
         QCOMPARE(opened.size(), 1);
     }

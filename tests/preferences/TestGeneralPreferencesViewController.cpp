@@ -3,10 +3,7 @@
 #include "preferences/SNHotKeyState.h"
 #include "preferences/SNPreferencesTestSupport.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QLabel>
-#include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 
@@ -14,8 +11,6 @@
 
 using namespace Qt::StringLiterals;
 using Settings = SNUserDefaults;
-using Getter = bool (Settings::*)() const;
-using Setter = void (Settings::*)(bool);
 
 class TestGeneralPreferencesViewController final : public QObject
 {
@@ -25,12 +20,9 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void boxesShowAndWriteTheirSetting_data();
-    void boxesShowAndWriteTheirSetting();
     void oneWayToTheNotesAlwaysStays_data();
     void oneWayToTheNotesAlwaysStays();
     void taskbarCheckBoxRestsForAMoment();
-    void spellingOffGreysAutoCorrection();
     void recorderStoresWhatItRecords_data();
     void recorderStoresWhatItRecords();
     void theDesktopsWayWithTheKeysShows();
@@ -56,7 +48,6 @@ void TestGeneralPreferencesViewController::init()
     m_fixture.emplace();
     settings().setShowMenuIcon(true);
     settings().setShowIconInDock(true);
-    settings().setCheckSpelling(true);
     settings().setHotKeyCombo({ QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 });
     settings().setNoteHotKeyCombo({ QWKeyCombo::CommandKeyMask, 40 });
     m_controller = std::make_unique<GeneralPreferencesViewController>();
@@ -67,41 +58,6 @@ void TestGeneralPreferencesViewController::cleanup()
 {
     m_controller.reset();
     m_fixture.reset();
-}
-
-void TestGeneralPreferencesViewController::boxesShowAndWriteTheirSetting_data()
-{
-    QTest::addColumn<QString>("box");
-    QTest::addColumn<Getter>("get");
-    QTest::addColumn<Setter>("set");
-    // The login item is also switched from the welcome window: it shows here at once.
-    QTest::addColumn<bool>("atOnce");
-    QTest::newRow("everywhere") << u"hotKeyEnabledCheckbox"_s << &Settings::hotKeyEnabled
-                                << &Settings::setHotKeyEnabled << false;
-    QTest::newRow("hidden") << u"hideWindowCheckbox"_s << &Settings::hideWindow
-                            << &Settings::setHideWindow << false;
-    QTest::newRow("login") << u"startCheckbox"_s << &Settings::startAtLogin
-                           << &Settings::setStartAtLogin << true;
-    QTest::newRow("correction") << u"correctSpellingCheckbox"_s << &Settings::autoCorrectSpelling
-                                << &Settings::setAutoCorrectSpelling << false;
-}
-
-void TestGeneralPreferencesViewController::boxesShowAndWriteTheirSetting()
-{
-    QFETCH(QString, box);
-    QFETCH(Getter, get);
-    QFETCH(Setter, set);
-    QFETCH(bool, atOnce);
-    auto *checkbox = m_controller->view()->findChild<QCheckBox *>(box);
-    const bool before = (settings().*get)();
-    QCOMPARE(checkbox->isChecked(), before);
-    // Changed while the page was away: shown when it comes back, if not at once.
-    (settings().*set)(!before);
-    if (!atOnce)
-        m_controller->qw_viewWillAppear();
-    QCOMPARE(checkbox->isChecked(), !before);
-    checkbox->click();
-    QCOMPARE((settings().*get)(), before);
 }
 
 void TestGeneralPreferencesViewController::oneWayToTheNotesAlwaysStays_data()
@@ -142,15 +98,6 @@ void TestGeneralPreferencesViewController::taskbarCheckBoxRestsForAMoment()
     m_fixture->time.advanceBy(0.05);
     checkbox->click();
     QVERIFY(settings().showIconInDock());
-}
-
-void TestGeneralPreferencesViewController::spellingOffGreysAutoCorrection()
-{
-    m_controller->checkSpellingCheckbox()->click();
-    QVERIFY(!settings().checkSpelling());
-    QVERIFY(!m_controller->correctSpellingCheckbox()->isEnabled());
-    m_controller->checkSpellingCheckbox()->click();
-    QVERIFY(m_controller->correctSpellingCheckbox()->isEnabled());
 }
 
 void TestGeneralPreferencesViewController::recorderStoresWhatItRecords_data()
@@ -203,7 +150,6 @@ void TestGeneralPreferencesViewController::theDesktopsWayWithTheKeysShows()
     QVERIFY(!recorderShows());
     QCOMPARE(child<QLabel>("shortcutDesktopLabel")->text(), u"Ctrl+Shift+N"_s);
     QCOMPARE(child<QLabel>("noteShortcutDesktopLabel")->text(), u"None"_s);
-    QVERIFY(child<QLabel>("hotKeyRouteLabel")->text().contains(u"keyboard settings decide"_s));
     QVERIFY(!child<QWidget>("commandsPanel")->isVisible());
     state.update(Route::DesktopDecides, { u"Meta+T"_s, u"vellumo --toggle-tags"_s },
         { u"Meta+N"_s, u"vellumo --new-note"_s });
@@ -214,12 +160,7 @@ void TestGeneralPreferencesViewController::theDesktopsWayWithTheKeysShows()
         { {}, u"/opt/v/vellumo --new-note"_s });
     QVERIFY(recorderShows());
     QVERIFY(child<QWidget>("commandsPanel")->isVisible());
-    QVERIFY(child<QLabel>("hotKeyRouteLabel")->text().contains(u"only in Vellumo's windows"_s));
     QCOMPARE(child<QLabel>("noteCommandLabel")->text(), u"/opt/v/vellumo --new-note"_s);
-    child<QPushButton>("copyTagsCommandButton")->click();
-    QCOMPARE(QGuiApplication::clipboard()->text(), u"/opt/v/vellumo --toggle-tags"_s);
-    child<QPushButton>("copyNoteCommandButton")->click();
-    QCOMPARE(QGuiApplication::clipboard()->text(), u"/opt/v/vellumo --new-note"_s);
 
     state.update(Route::Grabbed, {}, {});
     QVERIFY(recorderShows());

@@ -1,13 +1,9 @@
 #include "app/AppDelegate.h"
-#include "kit/QWNotificationCenter.h"
-#include "notewindow/SNNoteWindowTestSupport.h"
 #include "preferences/GeneralPreferencesViewController.h"
-#include "preferences/QWAboutViewController.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
 #include "preferences/SNPreferencesTestSupport.h"
 
-#include <QApplication>
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QTest>
@@ -28,9 +24,7 @@ private Q_SLOTS:
     void modulesDecideWhetherTheWindowResizes();
     void onlyOkayWithTheBoxTickedSilencesTheQuitAlert_data();
     void onlyOkayWithTheBoxTickedSilencesTheQuitAlert();
-    void aboutOpenedHiddenIsSelectedBeforeShowing();
     void closedPreferencesAreDroppedAfterTheDelay();
-    void notesOpenThePreferencesWithCtrlComma();
 
 private:
     std::unique_ptr<AppDelegate> delegate() const
@@ -63,11 +57,6 @@ void TestQWPreferencesWindowController::switchingModulesTellsBothAndOnlyOnce()
     QVERIFY(themes->moduleIsVisible() && !general->moduleIsVisible());
     QCOMPARE(themes->view()->parentWidget(), controller->moduleContentView());
     QVERIFY(!general->view()->parentWidget());
-    QCOMPARE(controller->window()->windowTitle(), themes->moduleTitle());
-    // About keeps a title of its own.
-    controller->selectModuleAtRow(QWPreferencesWindowController::aboutModuleRow);
-    QCOMPARE(controller->window()->windowTitle(),
-        controller->aboutViewController()->moduleWindowTitle());
 }
 
 void TestQWPreferencesWindowController::modulesDecideWhetherTheWindowResizes()
@@ -124,37 +113,6 @@ void TestQWPreferencesWindowController::onlyOkayWithTheBoxTickedSilencesTheQuitA
     QCOMPARE(person.asked.size(), silenced ? 1 : 2);
 }
 
-void TestQWPreferencesWindowController::aboutOpenedHiddenIsSelectedBeforeShowing()
-{
-    // The window's title the moment it is first shown.
-    struct FirstShow final : QObject
-    {
-        QString title;
-        bool eventFilter(QObject *watched, QEvent *event) override
-        {
-            auto *widget = qobject_cast<QWidget *>(watched);
-            if (event->type() == QEvent::Show && title.isEmpty() && widget
-                && widget->objectName() == u"QWPreferencesWindowController")
-                title = widget->windowTitle();
-            return false;
-        }
-    } watcher;
-    qApp->installEventFilter(&watcher);
-    const std::unique_ptr<AppDelegate> application = delegate();
-    application->openAbout(nullptr);
-    qApp->removeEventFilter(&watcher);
-
-    QWPreferencesWindowController *controller = application->preferencesWindowController();
-    QWAboutViewController *about = controller->aboutViewController();
-    QCOMPARE(controller->currentModule(), about);
-    QCOMPARE(watcher.title, about->moduleWindowTitle());
-
-    // Preferences, from there, go back to General.
-    application->openPreferences(nullptr);
-    QCOMPARE(controller->currentModule(), controller->generalViewController());
-    QCOMPARE(application->preferencesWindowController(), controller);
-}
-
 void TestQWPreferencesWindowController::closedPreferencesAreDroppedAfterTheDelay()
 {
     const std::unique_ptr<AppDelegate> application = delegate();
@@ -171,21 +129,6 @@ void TestQWPreferencesWindowController::closedPreferencesAreDroppedAfterTheDelay
     application->openPreferences(nullptr);
     m_fixture->time.advanceBy(0.5);
     QVERIFY(application->preferencesWindowController()->window()->isVisible());
-}
-
-void TestQWPreferencesWindowController::notesOpenThePreferencesWithCtrlComma()
-{
-    const auto controller = openNote(noteWithText(QStringLiteral("Shortcuts")));
-    int posted = 0;
-    const QWNotificationCenter::Observation observation
-        = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
-            SNStickyNoteWindowController::openPreferencesNotification, nullptr,
-            [&posted](const QWNotification &) { ++posted; });
-    for (QAction *action : controller->window()->actions()) {
-        if (action->shortcut() == QKeySequence(QStringLiteral("Ctrl+,")) && action->isVisible())
-            action->trigger();
-    }
-    QCOMPARE(posted, 1);
 }
 
 QTEST_MAIN(TestQWPreferencesWindowController)

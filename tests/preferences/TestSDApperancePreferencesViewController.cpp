@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 using Editor = SDApperancePreferencesViewController;
 
 // The theme editor as the user works it: naming, changing and deleting themes through its list,
-// wells and panels. What the list, the preview and the panels do alone is tested with them.
+// wells and panels. What the list does alone is tested with it.
 class TestSDApperancePreferencesViewController final : public QObject
 {
     Q_OBJECT
@@ -31,7 +31,7 @@ private Q_SLOTS:
 
     void namingATheme_data();
     void namingATheme();
-    void builtInThemesArePreviewedAndMadeDefaultOnly();
+    void builtInThemesCannotBeChangedOrDeleted();
     void renamingAThemeKeepsItsNotesInIt();
     void changesInThePanelsSaveOnceAfterTheLast();
     void deletingAsksUnlessSuppressed();
@@ -126,17 +126,13 @@ void TestSDApperancePreferencesViewController::namingATheme()
     QCOMPARE(saved, listed);
 }
 
-void TestSDApperancePreferencesViewController::builtInThemesArePreviewedAndMadeDefaultOnly()
+void TestSDApperancePreferencesViewController::builtInThemesCannotBeChangedOrDeleted()
 {
     QCOMPARE(m_editor->selectedRow(), rowOf(u"SNYellowPadTheme"_s)); // new notes' theme
     const int dark = rowOf(u"SNDarkTheme"_s);
     m_editor->selectRow(dark);
     const std::shared_ptr<SNTheme> theme = m_editor->currentTheme();
     QCOMPARE(theme, list().themeAtRow(dark));
-    for (QWColorWell *well : { m_editor->startColorWell(), m_editor->endColorWell(),
-             m_editor->textColorWell(), m_editor->linkColorWell(), m_editor->cursorColorWell() })
-        QVERIFY(!well->isEnabled());
-    QVERIFY(!m_editor->fontButton()->isEnabled());
 
     // A font chosen in a panel still open cannot reach it, nor can it be deleted.
     const QWFont font = theme->defaultFont();
@@ -144,13 +140,6 @@ void TestSDApperancePreferencesViewController::builtInThemesArePreviewedAndMadeD
     m_editor->deleteSelectedGroups();
     QCOMPARE(theme->defaultFont(), font);
     QCOMPARE(m_fixture->presenter->asked, QStringList { Editor::cannotDeleteMessage() });
-
-    m_editor->defaultThemeButton()->click();
-    QCOMPARE(SNUserDefaults::standardUserDefaults().defaultThemeName(), theme->saveName());
-    QVERIFY(!m_editor->defaultThemeButton()->isEnabled());
-    QCOMPARE(m_editor->selectedRow(), dark);
-    m_editor->selectRow(1);
-    QVERIFY(m_editor->defaultThemeButton()->isEnabled());
 }
 
 void TestSDApperancePreferencesViewController::renamingAThemeKeepsItsNotesInIt()

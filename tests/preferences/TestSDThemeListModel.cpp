@@ -5,7 +5,6 @@
 
 #include <QAbstractItemModelTester>
 #include <QIcon>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -22,7 +21,6 @@ private Q_SLOTS:
     void cleanup() { m_list.reset(); }
 
     void groupRowThenEveryThemeOnlyTheUsersRenamable();
-    void theDefaultThemeIsMarked();
 
 private:
     SNUserDefaults &defaults() const { return SNUserDefaults::standardUserDefaults(); }
@@ -62,22 +60,6 @@ void TestSDThemeListModel::groupRowThenEveryThemeOnlyTheUsersRenamable()
         QVERIFY(!m_list->index(row).data(Qt::DecorationRole).value<QIcon>().isNull());
         QCOMPARE(m_list->isNameEditableAtRow(row), theme == work);
     }
-}
-
-void TestSDThemeListModel::theDefaultThemeIsMarked()
-{
-    const int yellow = m_list->rowOfTheme(u"SNYellowPadTheme"_s);
-    const int dark = m_list->rowOfTheme(u"SNDarkTheme"_s);
-    QVERIFY(m_list->isDefaultMarkerVisibleAtRow(yellow));
-    QVERIFY(!m_list->index(yellow).data(Qt::ToolTipRole).toString().isEmpty());
-
-    defaults().setDefaultThemeName(u"SNDarkTheme"_s);
-    QSignalSpy changed(m_list.get(), &SDThemeListModel::dataChanged);
-    m_list->reloadData();
-    QVERIFY(!changed.isEmpty());
-    for (int row = 0; row < m_list->numberOfRows(); ++row)
-        QCOMPARE(m_list->isDefaultMarkerVisibleAtRow(row), row == dark);
-    QVERIFY(m_list->index(yellow).data(Qt::ToolTipRole).toString().isEmpty());
 }
 
 QTEST_MAIN(TestSDThemeListModel)

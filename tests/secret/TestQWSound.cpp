@@ -118,19 +118,6 @@ private Q_SLOTS:
             !unusable.play() && !unusable.errorString().isEmpty() && unusable.fileName().isEmpty());
     }
 
-    // The hidden key sequence's fanfare: its hexadecimal text reads as any decoder reads it, and
-    // it is neither silent nor clipped (its format is read back above).
-    void theProgramsOwnIsNeitherSilentNorClipped()
-    {
-        const QByteArray wave = QWSuperSecret().sound()->data();
-        QCOMPARE(wave, QByteArray::fromHex(QWSuperSecret::dontEvenAsk().toLatin1()));
-        int loudest = 0;
-        for (qsizetype offset = 44; offset + 1 < wave.size(); offset += 2)
-            loudest
-                = qMax(loudest, qAbs(int(qFromLittleEndian<qint16>(wave.constData() + offset))));
-        QVERIFY(loudest > 3000 && loudest < 32767);
-    }
-
 private:
     QWTestEnvironment m_environment;
 };

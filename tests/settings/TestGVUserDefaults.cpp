@@ -116,15 +116,6 @@ private Q_SLOTS:
                 u"title was Plain"_s, u"title is One"_s, u"title was One"_s, u"title is One"_s }));
     }
 
-    void oneSharedInstancePerClass()
-    {
-        SuiteDefaults &suite = GVUserDefaults::standardUserDefaults<SuiteDefaults>();
-        QCOMPARE(&GVUserDefaults::standardUserDefaults<SuiteDefaults>(), &suite);
-        QVERIFY(static_cast<GVUserDefaults *>(&SNUserDefaults::standardUserDefaults()) != &suite);
-        QVERIFY(GVUserDefaults::make<SuiteDefaults>().get() != &suite);
-        QCOMPARE(suite.boolForKey(u"flag"_s), true); // built like any other
-    }
-
 private:
     std::unique_ptr<QWTestEnvironment> m_environment;
 };

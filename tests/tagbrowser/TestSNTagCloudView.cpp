@@ -5,7 +5,6 @@
 #include "tagbrowser/SNTagCloudViewDelegate.h"
 #include "tags/SNTag.h"
 
-#include <QImage>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
@@ -33,18 +32,9 @@ public:
     }
 };
 
-std::shared_ptr<SNTag> tagNamed(const QString &name, const QWColor &color = QWColor(0.2, 0.5, 0.8))
+std::shared_ptr<SNTag> tagNamed(const QString &name)
 {
-    return SNTag::tagWithNameColor(name, color);
-}
-
-// What the widget draws itself, not the window background behind it.
-QRgb pixel(QWidget &widget, const QPoint &point)
-{
-    QImage image(widget.size(), QImage::Format_ARGB32);
-    image.fill(Qt::transparent);
-    widget.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
-    return image.pixel(point);
+    return SNTag::tagWithNameColor(name, QWColor(0.2, 0.5, 0.8));
 }
 
 } // namespace
@@ -124,24 +114,6 @@ private Q_SLOTS:
         QTest::mouseClick(buttons.at(0), Qt::LeftButton);
         m_cloud->reloadData();
         QVERIFY(m_cloud->buttonArray().isEmpty());
-    }
-
-    // In the tag's colour, darker while pressed, the title black on light colours.
-    void buttonShowsTheTag()
-    {
-        const QWColor color(0.9, 0.3, 0.1);
-        const auto button = SNTagCloudView::buttonForTag(*tagNamed(u"#groceries"_s, color));
-        QCOMPARE(button->text(), u"#groceries"_s);
-        QVERIFY(button->width() > button->fontMetrics().horizontalAdvance(button->text()));
-        QCOMPARE(pixel(*button, QPoint(3, 12)), color.toQColor().rgba());
-        button->setDown(true);
-        const QWColor pressed = button->cell().bezelColor(true);
-        QVERIFY(pressed.hsb().brightness < color.hsb().brightness);
-        QCOMPARE(pixel(*button, QPoint(3, 12)), pressed.toQColor().rgba());
-
-        QCOMPARE(SNTagCloudView::buttonForTag(*tagNamed(u"#y"_s, QWColor(1, 1, 0)))->titleColor(),
-            QColor(Qt::black));
-        QCOMPARE(SNTagCloudView::titleColorForTagColor(QWColor(0, 0, 1)), QColor(Qt::white));
     }
 
 private:

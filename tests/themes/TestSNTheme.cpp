@@ -1,5 +1,4 @@
 #include "themes/SNEnglishTheme.h"
-#include "themes/SNHackerTheme.h"
 #include "themes/SNThemeKindRegistry.h"
 
 #include <QFontInfo>
@@ -26,15 +25,9 @@ private Q_SLOTS:
         }
     }
 
-    void freshObjectsAndFallbackFonts()
+    // Without Georgia or any look-alike, the English theme takes its own fallback.
+    void fontMissingEverywhereTakesTheFallback()
     {
-        const QWFont helvetica(QStringLiteral("Helvetica Neue"), 14);
-        const std::shared_ptr<SNTheme> base = SNTheme::theme();
-        QCOMPARE(base->defaultFont(), helvetica);
-        base->setDefaultFont(QWFont(QStringLiteral("DejaVu Serif"), 30));
-        QCOMPARE(base->defaultFont(), QWFont(QStringLiteral("DejaVu Serif"), 30));
-        QCOMPARE(SNHackerTheme::theme()->fallbackFont(), helvetica);
-        // Without Georgia or any look-alike, the English theme takes its own fallback.
         const std::shared_ptr<SNEnglishTheme> english = SNEnglishTheme::theme();
         english->setDefaultFont(QWFont::fontWithNameSize(QStringLiteral("No Such Serif"), 16));
         QCOMPARE(english->defaultFont(), QWFont(QStringLiteral("Menlo"), 16));

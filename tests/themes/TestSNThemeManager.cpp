@@ -1,5 +1,4 @@
 #include "kit/QWKeyedArchiver.h"
-#include "kit/QWNotificationCenter.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
 #include "themes/SNThemeManager.h"
@@ -71,35 +70,11 @@ private Q_SLOTS:
         QVERIFY(theme->hasName());
     }
 
-    void registryAddsRemovesAndFinds()
-    {
-        const QTemporaryDir folder;
-        SNThemeManager manager(folder.filePath(u"absent"_s));
-        const qsizetype builtIn = manager.themes().size();
-        manager.save(); // nothing loaded or changed: nothing to write
-        QVERIFY(!QFileInfo::exists(manager.themesFilePath()));
-        const auto first = userTheme(u"First"_s);
-        const auto second = userTheme(u"Second"_s);
-        for (const auto &theme : { first, second, first })
-            manager.addTheme(theme);
-        manager.removeTheme(first); // every entry of it
-        QCOMPARE(manager.themes().size(), builtIn + 1);
-        QCOMPARE(manager.userThemeWithName(u"Second"_s), second);
-        QCOMPARE(manager.userThemeWithName(u"second"_s), nullptr);
-        QCOMPARE(manager.userThemeWithName(u"Yellow"_s), nullptr); // built-in
-    }
-
     void saveAndLoadRoundTrip()
     {
         const QTemporaryDir folder;
         const QString directory = folder.filePath(u"Vellumo/User Themes/"_s);
         SNThemeManager manager(directory);
-        const void *announcedBy = nullptr;
-        const QWNotificationCenter::Observation observation
-            = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
-                u"SNThemeStyleDidChange"_s, nullptr,
-                [&](const QWNotification &notification) { announcedBy = notification.object; });
-
         const auto dark = userTheme(u"Night"_s, night);
         dark->setEndColor(QWColor(0.0, 0.0, 0.1));
         dark->setDefaultFont(QWFont(u"DejaVu Sans Mono"_s, 13.5));
@@ -109,7 +84,6 @@ private Q_SLOTS:
         manager.addTheme(dark);
         manager.addTheme(userTheme(QString(), night)); // a new theme keeps its flag
         manager.save();
-        QCOMPARE(announcedBy, &manager);
 
         const SNThemeManager reloaded(directory);
         const Themes themes = reloaded.userThemes();

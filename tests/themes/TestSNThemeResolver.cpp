@@ -65,8 +65,6 @@ private Q_SLOTS:
             u"SNYellowPadTheme"_s);
         SNThemeManager::sharedManager().addTheme(ocean);
         QCOMPARE(SNThemeResolver::themeWithSaveName(ocean->saveName()), ocean);
-        QCOMPARE(SNThemeManager::sharedManager().userThemeDirectory(),
-            qEnvironmentVariable("XDG_DATA_HOME") + u"/Vellumo/User Themes/"_s);
     }
 
     void emptyNameTakesTheDefaultSetting()

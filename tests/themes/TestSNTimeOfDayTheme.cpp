@@ -25,8 +25,6 @@ private Q_SLOTS:
             QWManualScheduler scheduler(today(hour, 30));
             const std::shared_ptr<SNTimeOfDayTheme> theme = SNTimeOfDayTheme::theme();
             QCOMPARE(theme->hour(), hour);
-            QCOMPARE(theme->startColor(), SNTimeOfDayTheme::colorDict().at(hour)[0]);
-            QCOMPARE(theme->endColor(), SNTimeOfDayTheme::colorDict().at(hour)[1]);
             // Night and evening are dark; 15 is light and 16 dark, both by a narrow margin.
             const bool dark = hour < 8 || hour >= 16;
             QCOMPARE(theme->isDark(), dark);
