@@ -137,6 +137,8 @@ private Q_SLOTS:
         QTest::newRow("sync folder without a path") << items("--sync-folder") << refused;
         QTest::newRow("import without a program") << items("--import") << refused;
         QTest::newRow("two history commands") << items("--list-deleted|--backup-now") << refused;
+        QTest::newRow("two ids") << items("--restore-deleted|a|--restore-deleted|b") << refused;
+        QTest::newRow("two folders") << items("--sync-folder|a|--sync-folder|b") << refused;
         QTest::newRow("two import paths") << items("--import|xpad|a|b") << refused;
         QTest::newRow("sync and history") << items("--sync-status|--list-deleted") << refused;
         QTest::newRow("history and a file") << items("--list-deleted|notes.rtf") << refused;
