@@ -58,7 +58,6 @@ public:
     bool grabKey(const QWHotKeyRequest &request) override
     {
         lastModifiers = request.modifiers;
-        lastName = request.name;
         if (refusedCodes.contains(request.code))
             return false;
         codes.insert(request.identifier, request.code);
@@ -73,7 +72,6 @@ public:
 
     QHash<qint64, qint64> codes; // held grabs: identifier to key code
     quint16 lastModifiers = 0;
-    QString lastName;
     QList<qint64> refusedCodes;
     int ungrabs = 0;
 };
@@ -165,6 +163,15 @@ struct TestApplication
         const auto found = std::find_if(items.cbegin(), items.cend(),
             [&text](const QAction *item) { return item->text() == text; });
         return found == items.cend() ? nullptr : *found;
+    }
+
+    // Chooses the tray's item of this title; false when there is none.
+    bool triggerTrayItem(const QString &text) const
+    {
+        QAction *item = trayItem(text);
+        if (item)
+            item->trigger();
+        return item != nullptr;
     }
 };
 

@@ -1,20 +1,10 @@
 #include "SNAppTestSupport.h"
-#include "app/MTStatusItem.h"
-#include "app/SNApplicationMenu.h"
-#include "app/SNDesktopPresence.h"
-#include "app/SNGlobalHotKeys.h"
 #include "app/SNHelpWindowController.h"
-#include "app/SNLaunchRequest.h"
 #include "notewindow/SNStickyWindow.h"
 #include "preferences/QWPreferencesWindowController.h"
-#include "preferences/SDApperancePreferencesViewController.h"
-#include "preferences/SyncPreferencesViewController.h"
-#include "secret/QWSuperSecret.h"
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QLineEdit>
-#include <QMenu>
 #include <QPropertyAnimation>
 #include <QTest>
 
@@ -98,13 +88,13 @@ private Q_SLOTS:
 
     void trayIconHidesTheWholeProgramAndBringsBackWhatWasShown()
     {
-        // Notes hidden at login come with a click on the tray icon.
+        // Notes hidden at login come with the first click.
         m_app->defaults->setHideWindow(true);
         launch(QStringLiteral("vellumo://lal"));
         m_app->delegate->menuIconWasClicked();
-        QCOMPARE(visibleNotes(), m_app->notes.store.notesArray().size());
-
-        // The next hides not only the notes: the preferences go and come back with them.
+        QCOMPARE(visibleNotes(), notes().size());
+        // The next hides not only the notes: the preferences go and come back with them, the
+        // closed help window does not.
         m_app->delegate->openHelp(nullptr);
         QWidget *help = m_app->delegate->helpWindowController()->window();
         help->close();
@@ -117,12 +107,6 @@ private Q_SLOTS:
         m_app->delegate->menuIconWasClicked();
         QCOMPARE(visibleNotes(), notes().size());
         QVERIFY(preferences->isVisible() && !help->isVisible());
-
-        // "Show All Notes" brings the open preferences forward with the notes.
-        notes().constFirst()->window()->activateWindow();
-        QTRY_VERIFY(notes().constFirst()->window()->isActiveWindow());
-        m_app->delegate->showAllNotes();
-        QTRY_VERIFY(preferences->isActiveWindow());
     }
 
     void firstRunWaitsForTheWelcomeWindow()
@@ -144,29 +128,6 @@ private Q_SLOTS:
         QVERIFY(!runAtLogin->isChecked());
     }
 
-    void partsFollowSettingsRequestsAndNotices()
-    {
-        m_app->defaults->setShowIconInDock(true);
-        launch();
-        const MTStatusItem *item = m_app->delegate->desktopPresence().statusItem();
-        m_app->defaults->setShowMenuIcon(false);
-        QVERIFY(!item->statusItem());
-        m_app->defaults->setHotKeyEnabled(false);
-        QVERIFY(m_app->hotKeys.carbonHotkeys().isEmpty());
-        m_app->defaults->setHotKeyEnabled(true);
-        QCOMPARE(m_app->hotKeys.carbonHotkeys().size(), 2);
-        // New notes from requests and hot keys: the integration test.
-        SNLaunchRequest request;
-        request.actions = { SNLaunchRequest::toggleTagsAction() };
-        QCOMPARE(m_app->delegate->handleLaunchRequest(request), QString());
-        QVERIFY(m_app->delegate->tagManagerWindowController());
-        // The hidden key sequence colours every note.
-        QWNotificationCenter::defaultCenter().postNotificationNameObjectUserInfo(
-            QWSuperSecret::superSecretNotification);
-        for (SNStickyNoteWindowController *controller : notes())
-            QVERIFY(controller->secretUnlocked());
-    }
-
     void notesFromOtherComputersOpenOnceAFolderIsChosen()
     {
         launch();
@@ -177,46 +138,6 @@ private Q_SLOTS:
         QVERIFY(std::any_of(all.cbegin(), all.cend(), [&note](SNStickyNoteWindowController *shown) {
             return shown->note()->uuid() == note->uuid() && shown->window()->isVisible();
         }));
-        m_app->delegate->openPreferences(nullptr);
-        m_app->delegate->preferencesWindowController()->selectModuleAtRow(
-            QWPreferencesWindowController::syncModuleRow);
-        QVERIFY(m_app->delegate->preferencesWindowController()
-                    ->syncViewController()
-                    ->statusText()
-                    .startsWith(QStringLiteral("The notes are shared")));
-    }
-
-    void everyTrayCommandIsInEachNotesVellumoMenu()
-    {
-        launch();
-        const QList<QAction *> tray = m_app->delegate->statusItemMenu()->actions();
-        const QList<QAction *> settings = notes().constLast()->settingsMenu()->actions();
-        const auto vellumo
-            = std::find_if(settings.cbegin(), settings.cend(), [this](const QAction *item) {
-                  return item->menu() == m_app->delegate->applicationMenu();
-              });
-        QVERIFY(vellumo != settings.cend());
-        const QList<QAction *> items = (*vellumo)->menu()->actions();
-        QCOMPARE(items.size(), tray.size());
-        for (qsizetype i = 0; i < tray.size(); ++i) {
-            if (tray.at(i) != m_app->delegate->notesMenu()->menuAction()
-                && tray.at(i) != m_app->delegate->recentlyDeletedMenu()->menuAction())
-                QCOMPARE(items.at(i), tray.at(i));
-        }
-        // Its notes list fills as it opens, as the tray's does.
-        QMenu *list = m_app->delegate->applicationMenu()->submenuFor(m_app->delegate->notesMenu());
-        list->popup(QPoint(0, 0));
-        list->close();
-        QCOMPARE(list->actions().size(), notes().size());
-        // So does its list of deleted notes.
-        QMenu *deleted = m_app->delegate->applicationMenu()->submenuFor(
-            m_app->delegate->recentlyDeletedMenu());
-        QVERIFY(deleted && deleted != m_app->delegate->recentlyDeletedMenu());
-        m_app->notes.store.removeNote(notes().constFirst()->note());
-        deleted->popup(QPoint(0, 0));
-        deleted->close();
-        QCOMPARE(deleted->actions().size(), 1);
-        QVERIFY(deleted->actions().constFirst()->isEnabled());
     }
 
     void arrangedNotesTileSaveTheirFramesAndGoBack()
@@ -230,7 +151,7 @@ private Q_SLOTS:
             return result;
         };
         const QList<QRect> before = frames();
-        m_app->trayItem(QStringLiteral("Arrange Notes"))->trigger();
+        QVERIFY(m_app->triggerTrayItem(QStringLiteral("Arrange Notes")));
         QTRY_VERIFY(std::none_of(all.cbegin(), all.cend(), [](SNStickyNoteWindowController *note) {
             return note->window()->findChild<QPropertyAnimation *>();
         }));
@@ -240,49 +161,9 @@ private Q_SLOTS:
         for (SNStickyNoteWindowController *controller : all)
             QCOMPARE(controller->note()->windowFrame(), controller->frameString());
 
-        QAction *putBack = m_app->trayItem(QStringLiteral("Put Notes Back"));
-        putBack->trigger();
+        QVERIFY(m_app->triggerTrayItem(QStringLiteral("Put Notes Back")));
         QTRY_COMPARE(frames(), before);
-        QVERIFY(!putBack->isEnabled());
-    }
-
-    void saveDocumentGoesToTheActiveNote()
-    {
-        launch();
-        SNStickyNoteWindowController *active = notes().at(1);
-        const auto asked = std::make_shared<RecordingPresenter>();
-        for (SNStickyNoteWindowController *controller : notes())
-            controller->setModalPresenter(controller == active ? asked : m_app->presenter);
-        active->window()->activateWindow();
-        QTRY_VERIFY(active->window()->isActiveWindow());
-
-        m_app->delegate->saveDocument(nullptr);
-        // Later, as a menu action would be.
-        QVERIFY(asked->panels.isEmpty());
-        QTRY_COMPARE(asked->panels.size(), 1);
-        QVERIFY(m_app->presenter->panels.isEmpty());
-    }
-
-    void preferencesHoldTheQuitUntilTheThemeIsNamed()
-    {
-        launch();
-        for (SNStickyNoteWindowController *controller : notes())
-            controller->setModalPresenter(m_app->presenter);
-        // A new theme still without a name keeps the preferences open, and so the program.
-        m_app->delegate->openPreferences(nullptr);
-        QWPreferencesWindowController *preferences = m_app->delegate->preferencesWindowController();
-        preferences->selectModuleAtRow(QWPreferencesWindowController::themesModuleRow);
-        preferences->appearanceViewController()->groupsActionWasClicked(0);
-        QEvent quit(QEvent::Quit);
-        QCoreApplication::sendEvent(qApp, &quit);
-        QVERIFY(preferences->window()->isVisible());
-        QCOMPARE(visibleNotes(), notes().size());
-        // Named, it lets the program quit.
-        preferences->appearanceViewController()->editingTextField()->setText(
-            QStringLiteral("Dusk"));
-        QCoreApplication::sendEvent(qApp, &quit);
-        QVERIFY(!preferences->window()->isVisible());
-        QCOMPARE(visibleNotes(), 0);
+        QVERIFY(!m_app->trayItem(QStringLiteral("Put Notes Back"))->isEnabled());
     }
 
 private:

@@ -102,22 +102,6 @@ private Q_SLOTS:
         writeFile(environment.dataHome(), QByteArray());
         QVERIFY(!QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
     }
-
-    void buildTreesAreRecognised()
-    {
-        QTemporaryDir tree;
-        QDir(tree.path()).mkpath(QStringLiteral("src"));
-        QDir(tree.path()).mkpath(QStringLiteral("a/b"));
-        const QString program = tree.filePath(QStringLiteral("src/vellumo"));
-        QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(program));
-        writeFile(tree.filePath(QStringLiteral("CMakeCache.txt")), QByteArray());
-        QVERIFY(QWApplicationsMenuEntry::isRunningFromBuildTree(program));
-        QVERIFY(QWApplicationsMenuEntry::isRunningFromBuildTree(
-            tree.filePath(QStringLiteral("vellumo"))));
-        // Too far up to be this program's build.
-        QVERIFY(!QWApplicationsMenuEntry::isRunningFromBuildTree(
-            tree.filePath(QStringLiteral("a/b/vellumo"))));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestQWApplicationsMenuEntry)

@@ -86,31 +86,29 @@ private Q_SLOTS:
     {
         PortalHotKeys keys;
         QWPortalHotKeyGrabber &grabber = keys.grabber();
-        QWHotKeyHelper &helper = keys.helper;
-        const QList<qint64> &pressed = keys.pressed;
         const QWKeyCombo tagsCombo { QWKeyCombo::ControlKeyMask | QWKeyCombo::ShiftKeyMask, 45 };
         const QWKeyCombo noteCombo { QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask, 45 };
 
         // Taken before the portal has answered, and handed to it once it has.
         QCOMPARE(grabber.reach(), QWHotKeyGrabber::Reach::ProgramWindowsOnly);
-        const qint64 tags = helper.registerHotKey(tagsCombo, showTags, u"Show tags"_s);
-        const qint64 note = helper.registerHotKey(noteCombo, newNote, u"New note"_s);
+        const qint64 tags = keys.helper.registerHotKey(tagsCombo, showTags, u"Show tags"_s);
+        const qint64 note = keys.helper.registerHotKey(noteCombo, newNote, u"New note"_s);
         QVERIFY(tags > 0 && note > 0);
         QTRY_COMPARE_WITH_TIMEOUT(grabber.reach(), QWHotKeyGrabber::Reach::DesktopDecides, 20000);
         QTRY_COMPARE_WITH_TIMEOUT(grabber.desktopTrigger(newNote), u"Ctrl+Alt+N"_s, 10000);
         QCOMPARE(grabber.desktopTrigger(showTags), u"Ctrl+Shift+N"_s);
         const QString component = QWKGlobalAccel::componentWith({ newNote, showTags });
         QVERIFY(QWKGlobalAccel::invoke(component, newNote));
-        QTRY_COMPARE(pressed, QList<qint64> { note });
+        QTRY_COMPARE(keys.pressed, QList<qint64> { note });
 
         // The settings replace both keys at once: new identifiers, the same binding.
         const QString session = grabber.portal().sessionHandle();
-        helper.unregisterHotkeyWithID(tags);
-        helper.unregisterHotkeyWithID(note);
-        const qint64 tagsAgain = helper.registerHotKey(tagsCombo, showTags, u"Show tags"_s);
-        helper.registerHotKey(noteCombo, newNote, u"New note"_s);
+        keys.helper.unregisterHotkeyWithID(tags);
+        keys.helper.unregisterHotkeyWithID(note);
+        const qint64 tagsAgain = keys.helper.registerHotKey(tagsCombo, showTags, u"Show tags"_s);
+        keys.helper.registerHotKey(noteCombo, newNote, u"New note"_s);
         QVERIFY(QWKGlobalAccel::invoke(component, showTags));
-        QTRY_COMPARE(pressed, (QList<qint64> { note, tagsAgain }));
+        QTRY_COMPARE(keys.pressed, (QList<qint64> { note, tagsAgain }));
         QCOMPARE(grabber.portal().sessionHandle(), session);
     }
 
@@ -118,9 +116,7 @@ private Q_SLOTS:
     {
         PortalHotKeys keys;
         QWPortalHotKeyGrabber &grabber = keys.grabber();
-        QWHotKeyHelper &helper = keys.helper;
-        const QList<qint64> &pressed = keys.pressed;
-        const qint64 note = helper.registerHotKey(
+        const qint64 note = keys.helper.registerHotKey(
             { QWKeyCombo::ControlKeyMask | QWKeyCombo::OptionKeyMask, 45 }, newNote, u"New note"_s);
         QTRY_COMPARE_WITH_TIMEOUT(grabber.reach(), QWHotKeyGrabber::Reach::DesktopDecides, 20000);
         QTRY_VERIFY(!grabber.desktopTrigger(newNote).isEmpty());
@@ -142,7 +138,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(grabber.reach(), QWHotKeyGrabber::Reach::DesktopDecides, 20000);
         QTRY_VERIFY_WITH_TIMEOUT(!grabber.desktopTrigger(newNote).isEmpty(), 10000);
         QVERIFY(QWKGlobalAccel::invoke(QWKGlobalAccel::componentWith({ newNote }), newNote));
-        QTRY_COMPARE(pressed, QList<qint64> { note });
+        QTRY_COMPARE(keys.pressed, QList<qint64> { note });
         portal.terminate();
         portal.waitForFinished();
     }

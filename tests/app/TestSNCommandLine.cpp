@@ -90,15 +90,9 @@ private Q_SLOTS:
         QCOMPARE(request.isEmpty(), arguments.isEmpty());
     }
 
-    void helpVersionAndEmptyInput()
+    // Empty input is still input: the note is refused rather than made of the selection.
+    void emptyInputIsNoSelection()
     {
-        SNCommandLine help;
-        QVERIFY(help.parse(items("vellumo|--help")));
-        QVERIFY(help.isHelpRequested() && !help.isVersionRequested());
-        SNCommandLine version;
-        QVERIFY(version.parse(items("vellumo|--version")));
-        QVERIFY(version.isVersionRequested());
-        // Empty input is still input: the note is refused rather than made of the selection.
         SNCommandLine emptyInput;
         QVERIFY(emptyInput.parse(items("vellumo|-")));
         QCOMPARE(emptyInput.request(QStringLiteral("/"), [] { return QString(); }).selectionText,
@@ -147,13 +141,9 @@ private Q_SLOTS:
         QTest::newRow("two folders") << items("--sync-folder|a|--sync-folder|b") << refused;
         QTest::newRow("two import paths") << items("--import|xpad|a|b") << refused;
         QTest::newRow("sync and history") << items("--sync-status|--list-deleted") << refused;
-        QTest::newRow("import and sync") << items("--import-list|--sync-status") << refused;
         QTest::newRow("history and a file") << items("--list-deleted|notes.rtf") << refused;
         QTest::newRow("import list and a path") << items("--import-list|a") << refused;
         QTest::newRow("history and an action") << items("--backup-now|--quit") << refused;
-        QTest::newRow("sync and an action") << items("--sync-folder|a|--new-note") << refused;
-        QTest::newRow("markdown and an action")
-            << items("--export-markdown|a|--new-note") << refused;
     }
 
     void commandsStandAlone()

@@ -3,8 +3,8 @@
 
 #include <QTest>
 
-// Turning the keys off and on through the settings is TestAppDelegate's; the names and
-// descriptions a desktop files them under, TestSNHotKeysWaylandIntegration's.
+// The names and descriptions a desktop files the keys under are
+// TestSNHotKeysWaylandIntegration's.
 class TestSNGlobalHotKeys final : public QObject
 {
     Q_OBJECT
@@ -36,6 +36,13 @@ private Q_SLOTS:
         QCOMPARE(pressed,
             (QStringList {
                 QStringLiteral("tags"), QStringLiteral("note"), QStringLiteral("note") }));
+        // Turned off in the settings, both grabs go; back on, both come again.
+        defaults->setHotKeyEnabled(false);
+        hotKeys.updateHotkeys();
+        QVERIFY(grabber.codes.isEmpty());
+        defaults->setHotKeyEnabled(true);
+        hotKeys.updateHotkeys();
+        QCOMPARE(grabber.codes.size(), 2);
     }
 };
 

@@ -76,7 +76,7 @@ private Q_SLOTS:
         QTRY_COMPARE(visibleNotes(), m_app->notes.store.notesArray().size());
 
         // The tray's "Import Notes…" finds them again, as imported before.
-        m_app->trayItem(u"Import Notes…"_s)->trigger();
+        QVERIFY(m_app->triggerTrayItem(u"Import Notes…"_s));
         QVERIFY(searches.wait());
         QWidget *window = m_app->delegate->importer().importWindowController()->window();
         QVERIFY(window->isVisible());
@@ -128,7 +128,7 @@ private Q_SLOTS:
         typed->textView()->setPlainText(u"Typed just now\nwith **stars**"_s);
         QTemporaryDir out;
         m_app->presenter->savePath = out.path();
-        m_app->trayItem(u"Export All Notes as Markdown…"_s)->trigger();
+        QVERIFY(m_app->triggerTrayItem(u"Export All Notes as Markdown…"_s));
         const qsizetype notes = m_app->notes.store.notesArray().size();
         QCOMPARE(m_app->presenter->alerts,
             QStringList {

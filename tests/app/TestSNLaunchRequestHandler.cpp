@@ -2,7 +2,6 @@
 #include "app/SNLaunchRequest.h"
 #include "app/SNLaunchRequestHandler.h"
 #include "kit/QWTextAttributes.h"
-#include "themes/SNTheme.h"
 
 #include <QTest>
 #include <QUrl>
@@ -36,25 +35,6 @@ private Q_SLOTS:
     {
         m_handler.reset();
         m_notes.reset();
-    }
-
-    void textBecomesANoteInItsThemeAndNothingIsRefused()
-    {
-        const qsizetype notes = m_notes->store.notesArray().size();
-        QString error;
-        m_handler->noteFromServiceUserDataError(QString(), QString(), &error);
-        QCOMPARE(error, SNLaunchRequestHandler::noteFromServiceErrorText());
-        QCOMPARE(m_notes->store.notesArray().size(), notes);
-
-        error.clear();
-        m_handler->noteFromServiceUserDataError(QStringLiteral("Buy stamps"), QString(), &error);
-        QVERIFY(error.isEmpty());
-        const std::shared_ptr<SNStickyNote> note = m_notes->store.notesArray().constLast();
-        QCOMPARE(textOf(note), QStringLiteral("Buy stamps"));
-        const QWTextAttributes attributes = note->attributedString()->attributesAtIndex(0);
-        QCOMPARE(attributes.foregroundColor(), std::optional(note->theme()->defaultFontColor()));
-        QCOMPARE(attributes.font(), note->theme()->defaultFont());
-        QVERIFY(m_notes->windows.controllerForNote(note.get())->window()->isVisible());
     }
 
     void requestsRunInOrderAndPassOnWhatIsNotTheirs()

@@ -98,14 +98,6 @@ private Q_SLOTS:
         desk.defaults->setSyncFolder(m_folder->path());
         QCOMPARE(desk.controller.session(), running);
 
-        // The name is what the other computers list.
-        desk.defaults->setDeviceName(u"Desk"_s);
-        const QList<SNSyncFolder::Device> devices
-            = SNSyncFolder(m_folder->path(), desk.store.device()).devices();
-        QVERIFY(std::any_of(devices.cbegin(), devices.cend(), [&desk](const auto &device) {
-            return device.id == desk.store.device() && device.name == u"Desk"_s;
-        }));
-
         // Turned off, nothing more of this computer goes into the folder.
         const QString journals = SNSyncFolder(m_folder->path(), desk.store.device()).ownPath();
         const auto sizes = [&journals] {
