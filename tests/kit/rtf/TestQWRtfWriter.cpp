@@ -129,15 +129,6 @@ private Q_SLOTS:
         QCOMPARE(QImage::fromData(image.attachment(), "PNG").pixelColor(3, 2), QColor(Qt::green));
         QCOMPARE(image.attachmentFileName(), u"green.bmp"_s);
     }
-
-    // The exporter names the theme's font as the font of text that names none.
-    void defaultFontFamily()
-    {
-        QWRtfWriter writer;
-        writer.setDefaultFontFamily(u"DejaVu Sans"_s);
-        QVERIFY(writer.write(QWAttributedString(u"x"_s))
-                    .contains("{\\fonttbl{\\f0\\fnil\\fcharset0 DejaVu Sans;}}"));
-    }
 };
 
 QTEST_APPLESS_MAIN(TestQWRtfWriter)
