@@ -45,13 +45,10 @@ private Q_SLOTS:
 
     void mintStickyReadsAtMostOneHundredThousandNotes()
     {
-        QByteArray json = "{\"A\": [";
-        for (int i = 0; i < 60000; ++i)
-            json += i ? ",{\"title\":\"a\"}" : "{\"title\":\"a\"}";
-        json += "], \"B\": [";
-        for (int i = 0; i < 60000; ++i)
-            json += i ? ",{\"text\":\"#tag:bold:b#tag:bold:\"}" : "{\"text\":\"b\"}";
-        json += "]}";
+        const QByteArray json = "{\"A\": ["
+            + QByteArray("{\"title\":\"a\"},").repeated(60000).chopped(1)
+            + "], \"B\": [{\"text\":\"b\"}"
+            + QByteArray(",{\"text\":\"#tag:bold:b#tag:bold:\"}").repeated(59999) + "]}";
 
         const SNImportReadResult result = SNMintStickyReader::readNotesJson(json, std::nullopt);
         QCOMPARE(result.notes.size(), 100000);

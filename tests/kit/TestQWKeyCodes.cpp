@@ -42,11 +42,9 @@ private Q_SLOTS:
 
     void unknownKeysAndAliases()
     {
-        for (qint64 code : { qint64(-1), qint64(52), qint64(200) }) {
+        // Before, within and after the table.
+        for (qint64 code : { -1, 52, 200 })
             QVERIFY(!QWKeyCodes::isKnownKeyCode(code));
-            QCOMPARE(QWKeyCodes::qtKeyForKeyCode(code), Qt::Key_unknown);
-            QCOMPARE(QWKeyCodes::keysymForKeyCode(code), quint32(NoSymbol));
-        }
         QVERIFY(QWKeyCodes::keyCodeForQtKey(Qt::Key_F35) == -1
             && QWKeyCodes::keyCodeForKeysym(0x1234567) == -1);
         // Shift+Tab arrives as Backtab (Qt) and ISO_Left_Tab (X).

@@ -60,9 +60,7 @@ private Q_SLOTS:
         }
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"Note.rtfd"_s);
-        QString error;
-        QVERIFY(QWRtfdPackage::write(text.attributedString(), path, &error));
-        QCOMPARE(error, QString());
+        QVERIFY(QWRtfdPackage::write(text.attributedString(), path));
         files.sort();
         QCOMPARE(QDir(path).entryList(QDir::Files | QDir::Hidden, QDir::Name), files);
         for (const auto &[attributes, name] : attachments)
