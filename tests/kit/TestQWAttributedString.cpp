@@ -42,13 +42,6 @@ A everything()
     return a;
 }
 
-A wave()
-{
-    A attributes;
-    attributes.setUnderlineStyle(A::LineStyleDouble | A::LinePatternWave | A::LineByWord);
-    return attributes;
-}
-
 } // namespace
 
 class TestQWAttributedString final : public QObject
@@ -123,8 +116,10 @@ private Q_SLOTS:
         QTest::newRow("split separator")
             << QWAttributedString(u"x\r\ny"_s, { { 1, 1, bold() }, { 2, 1, linked(u"l"_s) } })
             << QWAttributedString(u"x\ny"_s, { { 1, 1, bold() } });
+        A wave;
+        wave.setUnderlineStyle(A::LineStyleDouble | A::LinePatternWave | A::LineByWord);
         const QWAttributedString rich(
-            u"plain styled wave"_s, { { 6, 6, everything() }, { 13, 4, wave() } });
+            u"plain styled wave"_s, { { 6, 6, everything() }, { 13, 4, wave } });
         QTest::newRow("what no RTF document holds") << rich << rich;
         const QDir cases(
             QDir::cleanPath(QStringLiteral(VELLUMO_TEST_DATA_DIR "/../rtf/data/cases")));

@@ -68,6 +68,11 @@ class TestQWX11WindowStateIntegration final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(QWX11WindowState::isX11(), "runs on an X server (tests/support/run-under-x11.sh)");
+    }
+
     void statesReachTheWindowManager_data()
     {
         QTest::addColumn<QString>("when"); // the window is changed: shown, hidden, not yet shown
