@@ -35,12 +35,10 @@ inline bool copyImportHome(const QString &from, const QString &to)
     QDirIterator it(
         from, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
     while (it.hasNext()) {
+        // Git keeps no empty folders: each is made with the files in it.
         const QString target = to + it.next().mid(from.size());
-        if (it.fileInfo().isDir()) {
-            if (!QDir().mkpath(target))
-                return false;
+        if (it.fileInfo().isDir())
             continue;
-        }
         QFile file(target);
         if (!QDir().mkpath(QFileInfo(target).path()) || !QFile::copy(it.filePath(), target)
             || !file.open(QIODevice::ReadWrite)

@@ -42,11 +42,9 @@ private Q_SLOTS:
 
     void unknownKeysAndAliases()
     {
-        for (qint64 code : { qint64(-1), qint64(52), qint64(200) }) {
+        // Before, within and after the table.
+        for (qint64 code : { -1, 52, 200 })
             QVERIFY(!QWKeyCodes::isKnownKeyCode(code));
-            QCOMPARE(QWKeyCodes::qtKeyForKeyCode(code), Qt::Key_unknown);
-            QCOMPARE(QWKeyCodes::keysymForKeyCode(code), quint32(NoSymbol));
-        }
         QVERIFY(QWKeyCodes::keyCodeForQtKey(Qt::Key_F35) == -1
             && QWKeyCodes::keyCodeForKeysym(0x1234567) == -1);
         // Shift+Tab arrives as Backtab (Qt) and ISO_Left_Tab (X).
@@ -76,18 +74,13 @@ private Q_SLOTS:
             QWKeyCombo::OptionKeyMask);
     }
 
-    // The preferences' recorder test records and shows a plain combination (Ctrl+Alt+K).
+    // A cleared hot key is stored as no modifiers and code 0, and shows as nothing; a code from
+    // the settings that no key has still shows. (The preferences' test records Ctrl+Alt+K.)
     void keyComboDescriptionsAndRecording()
     {
-        // No modifiers and code 0 is what a cleared hot key is stored as; Ctrl+A is a combination.
-        QVERIFY(QWKeyCombo().isEmpty() && (QWKeyCombo { 0, 0 }.isEmpty()));
-        QCOMPARE((QWKeyCombo { 0, 0 }.description()), QString());
+        QVERIFY((QWKeyCombo { 0, 0 }.isEmpty()) && (QWKeyCombo { 0, 0 }.description().isEmpty()));
         QVERIFY(!(QWKeyCombo { QWKeyCombo::ControlKeyMask, 0 }.isEmpty()));
-
-        QCOMPARE((QWKeyCombo { 0x1C0000, 45 }.description()), u"Ctrl+Alt+Super+N"_s);
-        QCOMPARE((QWKeyCombo { 0, 83 }.description()), u"Num+1"_s);
         QCOMPARE((QWKeyCombo { QWKeyCombo::ControlKeyMask, 200 }.description()), u"Ctrl+Key 200"_s);
-
         QCOMPARE(QWKeyCombo::fromQtKey(Qt::Key_1, Qt::KeypadModifier), (QWKeyCombo { 0, 83 }));
         QVERIFY(QWKeyCombo::fromQtKey(Qt::Key_F35, Qt::ControlModifier).isEmpty());
     }

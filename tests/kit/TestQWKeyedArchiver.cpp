@@ -76,6 +76,26 @@ private Q_SLOTS:
         QVERIFY(!QWKeyedUnarchiver::decodeObjectOfClass<QWColor>(unknown));
     }
 
+    // Colour components outside 0...1 are clamped; a colour without components, or a font of a
+    // size no font has, is none.
+    void damagedColorsAndFonts()
+    {
+        const auto color = [](V::Entries components) {
+            return QWKeyedUnarchiver::decodeObjectOfClass<QWColor>(
+                V::fromObject(QWColor::className(), std::move(components)));
+        };
+        QCOMPARE(color({ { u"red"_s, V::fromDouble(7.0) }, { u"green"_s, V::fromDouble(-1.0) },
+                     { u"blue"_s, V::fromDouble(std::nan("")) } }),
+            QWColor(1.0, 0.0, 0.0));
+        QVERIFY(!color({}));
+        for (double size : { 0.0, -3.0, 1e9, std::nan("") }) {
+            const V damaged = V::fromObject(QWFont::className(),
+                { { u"family"_s, V::fromString(u"Menlo"_s) },
+                    { u"pointSize"_s, V::fromDouble(size) } });
+            QVERIFY(!QWKeyedUnarchiver::decodeObjectOfClass<QWFont>(damaged));
+        }
+    }
+
     void damagedInputReadsAsMissingValues()
     {
         const QList<QWFont> fonts { QWFont(u"Menlo"_s, 13),

@@ -53,7 +53,6 @@ private Q_SLOTS:
         {
             auto observation = center.observeNameObjectHandler(u"Ping"_s, nullptr, count);
             const QWNotificationCenter::Observation moved = std::move(observation);
-            QVERIFY(!observation.isActive() && moved.isActive());
             center.postNotificationNameObjectUserInfo(u"Ping"_s);
         }
         center.postNotificationNameObjectUserInfo(u"Ping"_s);

@@ -1,7 +1,6 @@
 #include "../QWRichTextDump.h"
 #include "kit/rtf/QWRtfReader.h"
 
-#include <QDir>
 #include <QProcess>
 #include <QTest>
 

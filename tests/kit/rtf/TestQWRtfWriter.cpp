@@ -3,7 +3,6 @@
 #include "kit/rtf/QWRtfWriter.h"
 #include "support/QWTestImages.h"
 
-#include <QDir>
 #include <QProcess>
 #include <QTest>
 
@@ -30,14 +29,6 @@ A with(const std::function<void(A &)> &set)
     A attributes;
     set(attributes);
     return attributes;
-}
-
-A attachment(const QByteArray &bytes, const QString &name = QString())
-{
-    return with([&](A &a) {
-        a.setAttachment(bytes);
-        a.setAttachmentFileName(name);
-    });
 }
 
 QWAttributedString throughRtf(const QWAttributedString &text)
@@ -117,9 +108,11 @@ private Q_SLOTS:
             { u"e"_s, with([](A &a) { a.setStrikethroughStyle(A::LineStyleThick); }) },
             { u"f\u0001\r\ng\rh\u2029i\u000Bj"_s, A() },
             // Images in other formats are written as PNG; what is no image is left out.
-            { u"\uFFFC"_s,
-                attachment(imageFileBytes(Qt::green, QSize(7, 5), "BMP"), u"green.bmp"_s) },
-            { u"\uFFFC"_s, attachment("not an image") },
+            { u"\uFFFC"_s, with([](A &a) {
+                 a.setAttachment(imageFileBytes(Qt::green, QSize(7, 5), "BMP"));
+                 a.setAttachmentFileName(u"green.bmp"_s);
+             }) },
+            { u"\uFFFC"_s, with([](A &a) { a.setAttachment("not an image"); }) },
         }));
         QCOMPARE(QWRichTextDump::describe(kept.attributedSubstringFromRange(0, 14)),
             u"\"a\"\n\"b\" color=1,0.30196078431372547,0\n\"c\" size=12.5\n\"d\" underline=double\n"
@@ -128,15 +121,6 @@ private Q_SLOTS:
         const A image = kept.attributesAtIndex(14);
         QCOMPARE(QImage::fromData(image.attachment(), "PNG").pixelColor(3, 2), QColor(Qt::green));
         QCOMPARE(image.attachmentFileName(), u"green.bmp"_s);
-    }
-
-    // The exporter names the theme's font as the font of text that names none.
-    void defaultFontFamily()
-    {
-        QWRtfWriter writer;
-        writer.setDefaultFontFamily(u"DejaVu Sans"_s);
-        QVERIFY(writer.write(QWAttributedString(u"x"_s))
-                    .contains("{\\fonttbl{\\f0\\fnil\\fcharset0 DejaVu Sans;}}"));
     }
 };
 

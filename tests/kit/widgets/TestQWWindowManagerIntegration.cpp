@@ -4,7 +4,6 @@
 
 #include <QRegularExpression>
 #include <QTest>
-#include <QWindow>
 
 using namespace Qt::Literals::StringLiterals;
 using QWProgramDriver::run;
