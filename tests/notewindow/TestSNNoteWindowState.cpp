@@ -4,7 +4,6 @@
 #include "notewindow/SNNoteWindowState.h"
 
 #include <QSlider>
-#include <QWidgetAction>
 
 using namespace Qt::StringLiterals;
 
@@ -56,17 +55,12 @@ void TestSNNoteWindowState::transparencyComesFromTheNoteAndTheSlider()
     SNStickyNoteManager::sharedManager().addNote(note);
     auto controller = openNote(note);
     auto *slider = part<QSlider>(*controller, "alphaSlider");
-    // The slider is the item of the settings menu.
-    QWidgetAction *item = controller->menus()->alphaMenuItem();
-    QVERIFY(controller->settingsMenu()->actions().contains(item));
-    QVERIFY(item->defaultWidget()->isAncestorOf(slider));
     QCOMPARE(controller->window()->windowOpacity(), 1.0);
     QCOMPARE(slider->value(), slider->maximum());
     QCOMPARE(note->windowAlpha(), 1.0);
 
     slider->setValue(40);
     QCOMPARE(controller->window()->windowOpacity(), 0.4);
-    QCOMPARE(note->windowAlpha(), 0.4);
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
     QCOMPARE(archivedNoteWithText(u"Faded"_s)->windowAlpha(), double(0.4f));
     SNStickyNoteManager::sharedManager().removeNote(note);
