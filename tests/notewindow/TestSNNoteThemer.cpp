@@ -37,7 +37,6 @@ private Q_SLOTS:
     void init() { f.init(); }
     void cleanup() { f.cleanup(); }
 
-    void windowTakesTheThemesLook_data();
     void windowTakesTheThemesLook();
     void aChangeOfThemeKeepsChosenColoursTraitsAndUndo();
     void familyChangesWhileEachRunKeepsItsSize();
@@ -47,23 +46,15 @@ private:
     NoteWindowFixture f;
 };
 
-void TestSNNoteThemer::windowTakesTheThemesLook_data()
-{
-    QTest::addColumn<QString>("themeName");
-    QTest::newRow("light") << u"SNYellowPadTheme"_s;
-    QTest::newRow("dark") << u"SNDarkTheme"_s;
-}
-
 void TestSNNoteThemer::windowTakesTheThemesLook()
 {
-    QFETCH(QString, themeName);
     QWMutableAttributedString text;
     text.appendString(u"see "_s);
     QWTextAttributes link;
     link.setLink(u"https://example.org"_s);
     text.appendString(u"here"_s, link);
     auto note = SNStickyNote::note();
-    note->setThemeName(themeName);
+    note->setThemeName(u"SNDarkTheme"_s);
     note->setAttributedString(text.attributedString());
     auto controller = openNote(note);
     const std::shared_ptr<SNTheme> theme = note->theme();
