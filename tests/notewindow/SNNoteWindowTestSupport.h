@@ -127,11 +127,6 @@ template <typename Part> Part *part(SNStickyNoteWindowController &controller, co
     return controller.window()->findChild<Part *>(QLatin1String(name));
 }
 
-inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
-{
-    return SNStickyNoteManager::sharedManager().notesArray().contains(note);
-}
-
 // The note of that text in the archive once the save the shared store has scheduled has run,
 // read by a store of its own.
 inline std::shared_ptr<SNStickyNote> archivedNoteWithText(const QString &text)

@@ -79,7 +79,7 @@ void TestSNNoteExporter::closingOrExportingANoteWithText()
         QCOMPARE(
             f.presenter->proposedNames.first(), controller->window()->windowTitle() + u".rtf"_s);
     QCOMPARE(f.presenter->alerts.size(), alerts);
-    QCOMPARE(storeHolds(note), noteKept);
+    QCOMPARE(SNStickyNoteManager::sharedManager().notesArray().contains(note), noteKept);
     QCOMPARE(bool(archivedNoteWithText(text)), noteKept);
     QCOMPARE(controller->window()->isVisible(), noteKept);
     QCOMPARE(willClose.count(), noteKept ? 0 : 1);

@@ -31,7 +31,7 @@ void TestSNStickyNoteWindowController::closedNotesLeaveTheStoreWithTheirLastTypi
 
     QVERIFY(f.presenter->alerts.isEmpty());
     QVERIFY(!controller->window()->isVisible());
-    QVERIFY(!storeHolds(controller->note()));
+    QVERIFY(!SNStickyNoteManager::sharedManager().notesArray().contains(controller->note()));
     QCOMPARE(willClose.count(), 1);
     QVERIFY(!controller->stickyWindow()->delegate());
 
