@@ -1,6 +1,5 @@
 #include "SNNoteWindowTestSupport.h"
 #include "kit/QWTextAttributes.h"
-#include "notewindow/SNNoteMenus.h"
 #include "notewindow/SNNoteTextFormatter.h"
 #include "themes/SNTheme.h"
 
@@ -8,8 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Formatting a note's text: the formatting commands, colours, the right-click menus and the
-// formats typing goes on in.
+// Formatting a note's text: the formatting commands, colours and the formats typing goes on in.
 class TestSNNoteTextFormatter final : public QObject
 {
     Q_OBJECT
@@ -19,7 +17,6 @@ private Q_SLOTS:
     void cleanup() { f.cleanup(); }
 
     void typingGoesOnInTheFormatOfTheMoment();
-    void rightClickMenus();
     void strikethroughAndColours();
 
 private:
@@ -53,35 +50,6 @@ void TestSNNoteTextFormatter::typingGoesOnInTheFormatOfTheMoment()
     QTest::keyClicks(text, u"s"_s);
     QVERIFY(formatAt(*text->document(), 7).isAnchor());
     QVERIFY(!formatAt(*text->document(), 8).isAnchor());
-}
-
-void TestSNNoteTextFormatter::rightClickMenus()
-{
-    auto controller = openWithText(u"Buy #milk now"_s);
-    SNTextView *text = controller->textView();
-    std::unique_ptr<QMenu> owner;
-
-    // An empty caret: the editor's own menu.
-    select(text, 2, 2);
-    QMenu *menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
-    QCOMPARE(menu, owner.get());
-
-    // Over a tag with a selection: the note's tag menu, for that tag.
-    select(text, 0, 3);
-    QCOMPARE(
-        text->menuForPosition(pointOfCharacter(text, 6), owner), controller->menus()->tagsMenu());
-    QCOMPARE(part<QAction>(*controller, "filterTagsMenuItem")->data().toString(), u"#milk"_s);
-
-    // Over bold text with a selection: formatting with its states; the checked Bold item takes
-    // bold away.
-    QTextCharFormat bold;
-    bold.setFontWeight(QFont::Bold);
-    text->textCursor().mergeCharFormat(bold);
-    menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
-    QVERIFY(itemTitled(menu, u"Bold"_s)->isChecked());
-    QVERIFY(!itemTitled(menu, u"Italic"_s)->isChecked());
-    itemTitled(menu, u"Bold"_s)->trigger();
-    QVERIFY(formatAt(*text->document(), 1).fontWeight() < QFont::DemiBold);
 }
 
 void TestSNNoteTextFormatter::strikethroughAndColours()
