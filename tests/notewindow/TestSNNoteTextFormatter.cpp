@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Formatting a note's text: the formatting commands, colours and the formats typing goes on in.
+// Formatting a note's text: colours and the formats typing goes on in.
 class TestSNNoteTextFormatter final : public QObject
 {
     Q_OBJECT
@@ -17,7 +17,7 @@ private Q_SLOTS:
     void cleanup() { f.cleanup(); }
 
     void typingGoesOnInTheFormatOfTheMoment();
-    void strikethroughAndColours();
+    void coloursUndoAndThePanel();
 
 private:
     NoteWindowFixture f;
@@ -52,23 +52,12 @@ void TestSNNoteTextFormatter::typingGoesOnInTheFormatOfTheMoment()
     QVERIFY(!formatAt(*text->document(), 8).isAnchor());
 }
 
-void TestSNNoteTextFormatter::strikethroughAndColours()
+void TestSNNoteTextFormatter::coloursUndoAndThePanel()
 {
     auto controller = openWithText(u"strike this"_s);
     SNNoteTextFormatter &formatter = *controller->textFormatter();
     SNTextView *text = controller->textView();
     QTextDocument *document = text->document();
-    select(text, 0, 6);
-
-    formatter.toggleStrikethrough(nullptr);
-    QVERIFY(formatAt(*document, 2).fontStrikeOut());
-    QVERIFY(!formatAt(*document, 8).fontStrikeOut());
-    // Read from the text again: the second toggle takes it off.
-    formatter.toggleStrikethrough(nullptr);
-    QVERIFY(!formatAt(*document, 2).fontStrikeOut());
-    text->undo();
-    text->undo();
-    QVERIFY(!document->isUndoAvailable());
 
     // Blue, then red from the menu; one undo brings blue back.
     const QWColor blue(0.0, 0.4784, 1.0);
