@@ -17,8 +17,7 @@ private Q_SLOTS:
     void cleanup() { f.cleanup(); }
 
     void openingAtTheStoredFrameSavesNothing();
-    void transparencyComesFromTheNoteAndTheSlider();
-    void pinMenuChoosesTheLevel();
+    void oddStoredStatesOpenUsableAndChoicesAreSaved();
 
 private:
     NoteWindowFixture f;
@@ -38,41 +37,32 @@ void TestSNNoteWindowState::openingAtTheStoredFrameSavesNothing()
     QCOMPARE(note->dateModified(), saved);
 }
 
-void TestSNNoteWindowState::transparencyComesFromTheNoteAndTheSlider()
+// What the window cannot show opens usable: a stored transparency of 0 would be an invisible
+// window and opens opaque; a pin state this version does not know shows as a normal window, and
+// is kept. Each choice in the window is worth a save.
+void TestSNNoteWindowState::oddStoredStatesOpenUsableAndChoicesAreSaved()
 {
-    // A stored 0 would be an invisible window: it opens opaque.
-    auto note = noteWithText(u"Faded"_s);
+    auto note = noteWithText(u"Odd"_s);
     note->setWindowAlpha(0.0);
+    note->setPinState(7);
     SNStickyNoteManager::sharedManager().addNote(note);
     auto controller = openNote(note);
     QCOMPARE(controller->window()->windowOpacity(), 1.0);
     QCOMPARE(note->windowAlpha(), 1.0);
-
-    // The slider's choice is worth a save.
-    part<QSlider>(*controller, "alphaSlider")->setValue(40);
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(archivedNoteWithText(u"Faded"_s)->windowAlpha(), double(0.4f));
-}
-
-void TestSNNoteWindowState::pinMenuChoosesTheLevel()
-{
-    // A pin state this version does not know shows as a normal window, and is kept.
-    auto note = noteWithText(u"Pinned oddly"_s);
-    note->setPinState(7);
-    SNStickyNoteManager::sharedManager().addNote(note);
-    auto controller = openNote(note);
     const QList<QAction *> items = controller->menus()->pinMenu()->actions();
     QVERIFY(items[0]->isChecked() && !items[1]->isChecked() && !items[2]->isChecked());
     QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::Normal);
     controller->save();
-    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(7));
+    QCOMPARE(archivedNoteWithText(u"Odd"_s)->pinState(), qint64(7));
 
-    // A choice is worth a save. What each choice does to the window is the integration
-    // test's, with a window manager.
+    part<QSlider>(*controller, "alphaSlider")->setValue(40);
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(archivedNoteWithText(u"Odd"_s)->windowAlpha(), double(0.4f));
+    // What each pin choice does to the window is the integration test's, with a window manager.
     items[2]->trigger();
     QVERIFY(items[2]->isChecked() && !items[0]->isChecked());
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(2));
+    QCOMPARE(archivedNoteWithText(u"Odd"_s)->pinState(), qint64(2));
 }
 
 QTEST_MAIN(TestSNNoteWindowState)
