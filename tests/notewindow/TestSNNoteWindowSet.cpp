@@ -156,14 +156,11 @@ void TestSNNoteWindowSet::mergeReachesTheWindowsWithoutDisturbingTheTyping()
 {
     m_set->showAllNotes(true);
     const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
-    for (SNStickyNoteWindowController *controller : controllers)
-        controller->setModalPresenter(f.presenter);
+    controllers[2]->setModalPresenter(f.presenter);
     const auto typedInto = controllers[0]->note();
     const auto deleted = controllers[2]->note();
     SNTextView *editor = controllers[0]->textView();
-    QTextCursor cursor = editor->textCursor();
-    cursor.setPosition(6); // "#work |report"
-    editor->setTextCursor(cursor);
+    select(editor, 6, 6); // "#work |report"
     m_store->save();
     const SNNoteVersion before = typedInto->version();
 
