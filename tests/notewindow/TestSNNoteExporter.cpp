@@ -70,11 +70,11 @@ void TestSNNoteExporter::closingOrExportingANoteWithText()
         QCOMPARE(question.escapeButton, u"Cancel"_s);
         // The save panel waits until the question has gone.
         f.scheduler->advanceBy(SNNoteExporter::exportDelay - 0.01);
-        QVERIFY(f.presenter->proposedNames.isEmpty());
+        QCOMPARE(f.presenter->panels, 0);
         f.scheduler->advanceBy(0.01);
     }
 
-    QCOMPARE(f.presenter->proposedNames.size(), answer.isEmpty() || answer == u"Export"_s ? 1 : 0);
+    QCOMPARE(f.presenter->panels, answer.isEmpty() || answer == u"Export"_s ? 1 : 0);
     QCOMPARE(f.presenter->alerts.size(), alerts);
     QCOMPARE(SNStickyNoteManager::sharedManager().notesArray().contains(note), noteKept);
     QCOMPARE(bool(archivedNoteWithText(text)), noteKept);
