@@ -20,8 +20,8 @@ QString traitsAt(QTextEdit &view, int position)
 
 } // namespace
 
-// The note editor: the formatting keys, pasting and the scroller. The rest
-// of editing is QTextEdit's own.
+// The note editor: the formatting keys, pasting and the scroller. The rest of editing is
+// QTextEdit's own.
 class TestSNTextView final : public QObject
 {
     Q_OBJECT
