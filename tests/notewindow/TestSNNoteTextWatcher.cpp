@@ -23,8 +23,8 @@ int spellingMarks(const QTextBlock &block)
 
 } // namespace
 
-// What follows a note's text: its tags and spelling. The titles and the counter are read from
-// the text by TestSNTextCounter's classes.
+// What follows a note's text: its tags and spelling. How the text is counted and titled is
+// TestSNTextCounter's.
 class TestSNNoteTextWatcher final : public QObject
 {
     Q_OBJECT
