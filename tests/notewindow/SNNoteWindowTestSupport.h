@@ -12,7 +12,6 @@
 
 #include <QAbstractButton>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
@@ -36,7 +35,7 @@ public:
     QStringList alertAnswers; // button texts, one per alert, in order
     QStringList panelAnswers; // paths, one per panel; an empty one cancels
     QList<Alert> alerts;
-    QStringList proposedNames; // one per save panel
+    int panels = 0; // save panels shown
     int beeps = 0;
 
     QAbstractButton *runAlert(QMessageBox &alert) override
@@ -53,9 +52,9 @@ public:
         return nullptr;
     }
 
-    QString runSavePanel(QFileDialog &panel) override
+    QString runSavePanel(QFileDialog &) override
     {
-        proposedNames.append(QFileInfo(panel.selectedFiles().value(0)).fileName());
+        ++panels;
         return panelAnswers.isEmpty() ? QString() : panelAnswers.takeFirst();
     }
 
@@ -125,11 +124,6 @@ inline std::unique_ptr<SNStickyNoteWindowController> openWithText(const QString 
 template <typename Part> Part *part(SNStickyNoteWindowController &controller, const char *name)
 {
     return controller.window()->findChild<Part *>(QLatin1String(name));
-}
-
-inline bool storeHolds(const std::shared_ptr<SNStickyNote> &note)
-{
-    return SNStickyNoteManager::sharedManager().notesArray().contains(note);
 }
 
 // The note of that text in the archive once the save the shared store has scheduled has run,

@@ -1,6 +1,5 @@
 #include "SNNoteWindowTestSupport.h"
 #include "notes/SNWindowFrameString.h"
-#include "notewindow/SNElidingLabel.h"
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNTitleBarView.h"
 
@@ -30,15 +29,11 @@ void TestSNNoteCollapser::titleBarDoubleClickTogglesAnimatedAndSaves()
     note->setWindowFrame(u"{{80, 100}, {250, 280}}"_s);
     auto controller = openNote(note);
     QWidget *window = controller->window();
-    auto other = openNote(noteWithText(u"Other"_s));
-    const auto doubleClick = [](SNStickyNoteWindowController &on) {
-        QTest::mouseDClick(
-            part<SNTitleBarView>(on, "titleBarView"), Qt::LeftButton, {}, QPoint(100, 15));
-    };
+    auto *titleBar = part<SNTitleBarView>(*controller, "titleBarView");
 
     // Folded up to the title bar, keeping the top edge.
     const int waiting = f.scheduler->scheduledCount();
-    doubleClick(*controller);
+    QTest::mouseDClick(titleBar, Qt::LeftButton, {}, QPoint(100, 15));
     QTRY_COMPARE(window->geometry(), QRect(80, 100, 250, 30));
     // Stored as soon as the animation ends; the save itself follows the delay.
     QTRY_COMPARE(note->collapsedWindowFrame(), u"{{80, 100}, {250, 30}}"_s);
@@ -47,23 +42,15 @@ void TestSNNoteCollapser::titleBarDoubleClickTogglesAnimatedAndSaves()
     // Only the width can change while collapsed.
     window->resize(300, 200);
     QCOMPARE(window->size(), QSize(300, 30));
-    QCOMPARE(controller->windowWillResizeToSize(controller->stickyWindow(), QSize(320, 200)),
-        QSize(320, 30));
 
     // Expanding grows from where the collapsed note stands now, keeps its width, takes the
     // stored height and saves at once.
     window->setGeometry(90, 140, 230, 30);
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    doubleClick(*controller);
+    QTest::mouseDClick(titleBar, Qt::LeftButton, {}, QPoint(100, 15));
     QTRY_COMPARE(window->geometry(), QRect(90, 140, 230, 280));
     QTRY_COMPARE(note->windowFrame(), u"{{90, 140}, {230, 280}}"_s);
     QVERIFY(!note->isCollapsed() && !controller->textView()->isReadOnly());
-    QCOMPARE(window->maximumHeight(), QWIDGETSIZE_MAX);
-
-    // Only the note whose title bar it is.
-    doubleClick(*other);
-    QVERIFY(other->collapser()->isCollapsed());
-    QVERIFY(!controller->collapser()->isCollapsed());
 }
 
 void TestSNNoteCollapser::storedCollapsedNoteOpensCollapsedAndExpandsOnScreen()
@@ -77,13 +64,6 @@ void TestSNNoteCollapser::storedCollapsedNoteOpensCollapsedAndExpandsOnScreen()
     auto controller = openNote(note);
     QVERIFY(controller->collapser()->isCollapsed());
     QCOMPARE(controller->window()->geometry(), low);
-
-    // A long title ends in an ellipsis and leaves the note as wide as it was.
-    auto *title = part<SNElidingLabel>(*controller, "collapsedTitleLabel");
-    title->setText(u"A very long first line that could never fit into the title bar of a note"_s);
-    QCoreApplication::processEvents();
-    QCOMPARE(controller->window()->geometry(), low);
-    QVERIFY(title->isVisible() && title->shownText().endsWith(QChar(0x2026)));
 
     // Grown from there, it stops at the bottom of the screen.
     controller->collapser()->uncollapseWindowAnimated(true);

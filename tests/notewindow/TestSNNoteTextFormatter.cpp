@@ -1,18 +1,13 @@
 #include "SNNoteWindowTestSupport.h"
 #include "kit/QWTextAttributes.h"
-#include "notewindow/SNNoteMenus.h"
 #include "notewindow/SNNoteTextFormatter.h"
 #include "themes/SNTheme.h"
 
-#include <QClipboard>
 #include <QColorDialog>
-#include <QGuiApplication>
-#include <QMimeData>
 
 using namespace Qt::StringLiterals;
 
-// Formatting a note's text: the formatting commands, colours, pasting plain text, the items of
-// the right-click menu and the formats typing goes on in.
+// Formatting a note's text: colours and the formats typing goes on in.
 class TestSNNoteTextFormatter final : public QObject
 {
     Q_OBJECT
@@ -22,9 +17,7 @@ private Q_SLOTS:
     void cleanup() { f.cleanup(); }
 
     void typingGoesOnInTheFormatOfTheMoment();
-    void rightClickMenus();
-    void strikethroughAndColourUndo();
-    void colourPanelColoursTheSelection();
+    void coloursUndoAndThePanel();
 
 private:
     NoteWindowFixture f;
@@ -59,70 +52,12 @@ void TestSNNoteTextFormatter::typingGoesOnInTheFormatOfTheMoment()
     QVERIFY(!formatAt(*text->document(), 8).isAnchor());
 }
 
-void TestSNNoteTextFormatter::rightClickMenus()
-{
-    auto controller = openWithText(u"Buy #milk now"_s);
-    SNTextView *text = controller->textView();
-    std::unique_ptr<QMenu> owner;
-
-    // An empty caret: the editor's own menu, "Paste Plain Text" right after "Paste", and like
-    // it only when there is something to paste.
-    QGuiApplication::clipboard()->clear();
-    select(text, 2, 2);
-    QMenu *menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
-    QCOMPARE(menu, owner.get());
-    const QList<QAction *> items = menu->actions();
-    QCOMPARE(items.value(items.indexOf(itemTitled(menu, u"Paste"_s)) + 1),
-        itemTitled(menu, u"Paste Plain Text"_s));
-    QVERIFY(!itemTitled(menu, u"Paste Plain Text"_s)->isEnabled());
-
-    // Over a tag with a selection: the note's tag menu, for that tag.
-    select(text, 0, 3);
-    QCOMPARE(
-        text->menuForPosition(pointOfCharacter(text, 6), owner), controller->menus()->tagsMenu());
-    QCOMPARE(part<QAction>(*controller, "filterTagsMenuItem")->data().toString(), u"#milk"_s);
-
-    // Over bold text with a selection: colours and formatting first, with their states; the
-    // checked Bold item takes bold away.
-    QTextCharFormat bold;
-    bold.setFontWeight(QFont::Bold);
-    text->textCursor().mergeCharFormat(bold);
-    menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
-    QVERIFY(menu->actions().first()->menu());
-    QVERIFY(itemTitled(menu, u"Bold"_s)->isChecked());
-    QVERIFY(!itemTitled(menu, u"Italic"_s)->isChecked());
-    itemTitled(menu, u"Bold"_s)->trigger();
-    QVERIFY(formatAt(*text->document(), 1).fontWeight() < QFont::DemiBold);
-
-    // "Paste Plain Text" drops the clipboard's formats.
-    auto *mime = new QMimeData;
-    mime->setHtml(u"<b>strong</b>"_s);
-    mime->setText(u"strong"_s);
-    QGuiApplication::clipboard()->setMimeData(mime);
-    menu = text->menuForPosition(pointOfCharacter(text, 1), owner);
-    QVERIFY(itemTitled(menu, u"Paste Plain Text"_s)->isEnabled());
-    controller->textFormatter()->pastePlainText(nullptr);
-    QCOMPARE(text->toPlainText(), u"strong #milk now"_s);
-    QVERIFY(formatAt(*text->document(), 1).fontWeight() < QFont::DemiBold);
-}
-
-void TestSNNoteTextFormatter::strikethroughAndColourUndo()
+void TestSNNoteTextFormatter::coloursUndoAndThePanel()
 {
     auto controller = openWithText(u"strike this"_s);
     SNNoteTextFormatter &formatter = *controller->textFormatter();
     SNTextView *text = controller->textView();
     QTextDocument *document = text->document();
-    select(text, 0, 6);
-
-    formatter.toggleStrikethrough(nullptr);
-    QVERIFY(formatAt(*document, 2).fontStrikeOut());
-    QVERIFY(!formatAt(*document, 8).fontStrikeOut());
-    // Read from the text again: the second toggle takes it off.
-    formatter.toggleStrikethrough(nullptr);
-    QVERIFY(!formatAt(*document, 2).fontStrikeOut());
-    text->undo();
-    text->undo();
-    QVERIFY(!document->isUndoAvailable());
 
     // Blue, then red from the menu; one undo brings blue back.
     const QWColor blue(0.0, 0.4784, 1.0);
@@ -135,23 +70,17 @@ void TestSNNoteTextFormatter::strikethroughAndColourUndo()
     text->undo();
     QCOMPARE(formatAt(*document, 0).foreground().color(), blue.toQColor());
     QVERIFY(!formatAt(*document, 8).hasProperty(QTextFormat::ForegroundBrush));
-}
 
-void TestSNNoteTextFormatter::colourPanelColoursTheSelection()
-{
-    auto controller = openWithText(u"paint me"_s);
-    SNNoteTextFormatter &formatter = *controller->textFormatter();
-    SNTextView *text = controller->textView();
-    select(text, 0, 5);
+    // The panel colours the selection of the moment it opened, whatever is selected later.
+    select(text, 0, 6);
     formatter.orderFrontColorPanel(nullptr);
     QColorDialog *panel = formatter.colorPanel();
     QVERIFY(panel && panel->isVisible());
-    // The selection of the moment the panel opened is coloured, whatever is selected later.
-    select(text, 6, 8);
+    select(text, 7, 11);
     panel->setCurrentColor(QColor(10, 200, 30));
     panel->accept();
-    QCOMPARE(formatAt(*text->document(), 1).foreground().color(), QColor(10, 200, 30));
-    QVERIFY(!formatAt(*text->document(), 7).hasProperty(QTextFormat::ForegroundBrush));
+    QCOMPARE(formatAt(*document, 1).foreground().color(), QColor(10, 200, 30));
+    QVERIFY(!formatAt(*document, 8).hasProperty(QTextFormat::ForegroundBrush));
 }
 
 QTEST_MAIN(TestSNNoteTextFormatter)

@@ -4,7 +4,6 @@
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
-#include <QLabel>
 #include <QTextBlock>
 #include <QTextLayout>
 
@@ -24,7 +23,8 @@ int spellingMarks(const QTextBlock &block)
 
 } // namespace
 
-// What follows a note's text: its tags, the titles, the counter and spelling.
+// What follows a note's text: its tags and spelling. How the text is counted and titled is
+// TestSNTextCounter's.
 class TestSNNoteTextWatcher final : public QObject
 {
     Q_OBJECT
@@ -34,8 +34,7 @@ private Q_SLOTS:
     void cleanup() { f.cleanup(); }
 
     void tagsFollowTheWordsOutsideTheUndoHistory();
-    void titlesAndCounterFollowTheText();
-    void spellingMarksFollowTheSetting();
+    void spellingMarksAreDrawnNeverStored();
     void autoCorrectionIsOneUndoStep();
 
 private:
@@ -86,29 +85,7 @@ void TestSNNoteTextWatcher::tagsFollowTheWordsOutsideTheUndoHistory()
     QCOMPARE(note->tags().size(), 1);
 }
 
-void TestSNNoteTextWatcher::titlesAndCounterFollowTheText()
-{
-    auto controller = openWithText(u"Title"_s);
-    auto *counter = part<QLabel>(*controller, "wordCountLabel");
-    SNTextView *text = controller->textView();
-    QTest::keyClick(text, Qt::Key_End, Qt::ControlModifier);
-    QTest::keyClicks(text, u"d words"_s);
-
-    // Every edit retitles at once; the counter follows once the edits pause.
-    QCOMPARE(controller->window()->windowTitle(), u"Titled words"_s);
-    QCOMPARE(part<QLabel>(*controller, "collapsedTitleLabel")->text(), u"Titled words"_s);
-    QCOMPARE(counter->text(), u"1 word"_s);
-    f.scheduler->advanceBy(SNNoteTextWatcher::tokenizeDelay);
-    QCOMPARE(counter->text(), u"2 words"_s);
-
-    // A click counts otherwise; the note keeps the choice.
-    QTest::mouseClick(counter, Qt::LeftButton);
-    QCOMPARE(counter->text(), u"1 paragraph"_s);
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(archivedNoteWithText(u"Titled words"_s)->countState(), qint64(1));
-}
-
-void TestSNNoteTextWatcher::spellingMarksFollowTheSetting()
+void TestSNNoteTextWatcher::spellingMarksAreDrawnNeverStored()
 {
     auto controller = openWithText(u"Ths wrld #tpyo"_s);
     SNTextView *text = controller->textView();
@@ -123,18 +100,6 @@ void TestSNNoteTextWatcher::spellingMarksFollowTheSetting()
     QVERIFY(!text->document()->isUndoAvailable());
     QCOMPARE(formatAt(*text->document(), 1).underlineStyle(), QTextCharFormat::NoUnderline);
     QCOMPARE(f.scheduler->scheduledCount(), scheduled);
-
-    // Suggestions in the right-click menu over a misspelt word replace it.
-    std::unique_ptr<QMenu> owner;
-    QMenu *menu = text->menuForPosition(pointOfCharacter(text, 5), owner);
-    QVERIFY(itemTitled(menu, u"Ignore Spelling"_s));
-    itemTitled(menu, u"world"_s)->trigger();
-    QCOMPARE(text->toPlainText(), u"Ths world #tpyo"_s);
-    QCOMPARE(spellingMarks(text->document()->firstBlock()), 1);
-
-    SNUserDefaults::standardUserDefaults().setCheckSpelling(false);
-    QTRY_VERIFY(!text->isContinuousSpellCheckingEnabled());
-    QCOMPARE(spellingMarks(text->document()->firstBlock()), 0);
 }
 
 void TestSNNoteTextWatcher::autoCorrectionIsOneUndoStep()
@@ -146,7 +111,8 @@ void TestSNNoteTextWatcher::autoCorrectionIsOneUndoStep()
 
     SNUserDefaults::standardUserDefaults().setAutoCorrectSpelling(true);
     QTRY_VERIFY(text->isAutomaticSpellingCorrectionEnabled());
-    // The finished word is corrected; a tag is left as written.
+    // What was typed before is left as it is; the finished word is corrected; a tag is left as
+    // written.
     QTest::keyClicks(text, u"teh cat, #teh "_s);
     QCOMPARE(text->toPlainText(), u"teh the cat, #teh "_s);
     QTest::keyClicks(text, u"adn."_s);

@@ -3,14 +3,10 @@
 #include "kit/QWTextAttributes.h"
 #include "kit/widgets/QWGradientView.h"
 #include "notewindow/SNNoteMenus.h"
-#include "notewindow/SNToolbarIcon.h"
 #include "themes/SNTheme.h"
-#include "themes/SNThemeManager.h"
 #include "themes/SNTimeOfDayTheme.h"
-#include "themes/SNUserTheme.h"
 
 #include <QFontInfo>
-#include <QLabel>
 #include <QTextBlock>
 #include <QTextLayout>
 #include <QToolButton>
@@ -29,21 +25,10 @@ QWTextAttributes attributes(const QWFont &font, const std::optional<QWColor> &co
     return result;
 }
 
-// The mean lightness of what an icon draws, by its opaque parts, at one device pixel per point.
-double inkLightness(const QIcon &icon)
-{
-    const QImage image = icon.pixmap(QSize(SNToolbarIcon::iconSize, SNToolbarIcon::iconSize), 1.0)
-                             .toImage()
-                             .convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    return image.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-        .pixelColor(0, 0)
-        .lightnessF();
-}
-
 } // namespace
 
 // A note window drawn in its theme, with the toolbar's images, and what a change of theme
-// does to it and to its text; the theme menu offers the themes there are.
+// does to it and to its text.
 class TestSNNoteThemer final : public QObject
 {
     Q_OBJECT
@@ -52,66 +37,40 @@ private Q_SLOTS:
     void init() { f.init(); }
     void cleanup() { f.cleanup(); }
 
-    void windowTakesTheThemesLook_data();
     void windowTakesTheThemesLook();
     void aChangeOfThemeKeepsChosenColoursTraitsAndUndo();
     void familyChangesWhileEachRunKeepsItsSize();
-    void themeSavedElsewhereJoinsTheMenu();
     void timeOfDayNoticeRedrawsWithoutTouchingTheText();
 
 private:
     NoteWindowFixture f;
 };
 
-void TestSNNoteThemer::windowTakesTheThemesLook_data()
-{
-    QTest::addColumn<QString>("themeName");
-    QTest::newRow("light") << u"SNYellowPadTheme"_s;
-    QTest::newRow("dark") << u"SNDarkTheme"_s;
-}
-
 void TestSNNoteThemer::windowTakesTheThemesLook()
 {
-    QFETCH(QString, themeName);
     QWMutableAttributedString text;
     text.appendString(u"see "_s);
     QWTextAttributes link;
     link.setLink(u"https://example.org"_s);
     text.appendString(u"here"_s, link);
     auto note = SNStickyNote::note();
-    note->setThemeName(themeName);
+    note->setThemeName(u"SNDarkTheme"_s);
     note->setAttributedString(text.attributedString());
     auto controller = openNote(note);
     const std::shared_ptr<SNTheme> theme = note->theme();
     SNTextView *view = controller->textView();
 
-    auto *content = part<QWGradientView>(*controller, "contentView");
-    QCOMPARE(content->startColor(), theme->startColor().toQColor());
-    QCOMPARE(content->endColor(), theme->endColor().toQColor());
-    QCOMPARE(view->insertionPointColor(), theme->cursorColor().toQColor());
-    for (const char *label : { "wordCountLabel", "collapsedTitleLabel" }) {
-        QCOMPARE(part<QLabel>(*controller, label)->palette().color(QPalette::WindowText),
-            theme->defaultFontColor().toQColor());
-    }
-    // Links show in the theme's link style, with a hand over them; the text keeps no colour.
+    // Links show in the theme's link style; the text keeps no colour.
     const QList<QTextLayout::FormatRange> shown
         = view->document()->firstBlock().layout()->formats();
     QCOMPARE(shown.size(), 1);
     QCOMPARE(std::pair(shown.first().start, shown.first().length), std::pair(4, 4));
     QCOMPARE(shown.first().format.foreground().color(), theme->linkColor().toQColor());
     QVERIFY(!formatAt(*view->document(), 4).hasProperty(QTextFormat::ForegroundBrush));
-    QTest::mouseMove(view->viewport(), pointOfCharacter(view, 6));
-    QCOMPARE(view->viewport()->cursor().shape(), Qt::PointingHandCursor);
-    QTest::mouseMove(view->viewport(), view->viewport()->rect().bottomRight() - QPoint(5, 5));
-    QCOMPARE(view->viewport()->cursor().shape(), Qt::IBeamCursor);
 
-    // The scroll handle and the buttons show on a dark background too: light ink there, dark
-    // ink on light notes, drawn sharp for two device pixels per point.
-    const bool dark = theme->isDark();
-    QCOMPARE(view->scrollerColor().lightness() > 128, dark);
+    // The toolbar's images are drawn sharp for two device pixels per point.
     for (const char *button : { "closeButton", "pinButton", "settingsButton", "tagButton" }) {
         const QIcon icon = part<QToolButton>(*controller, button)->icon();
-        QVERIFY2(dark ? inkLightness(icon) > 0.8 : inkLightness(icon) < 0.2, button);
         QCOMPARE(icon.pixmap(QSize(16, 16), 2.0).size(), QSize(32, 32));
     }
 }
@@ -133,11 +92,8 @@ void TestSNNoteThemer::aChangeOfThemeKeepsChosenColoursTraitsAndUndo()
     // Everything selected while the theme changes, as a user's selection may be.
     QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
 
-    QMenu *menu = controller->menus()->themeMenu();
-    itemTitled(menu, u"Dark"_s)->trigger();
+    itemTitled(controller->menus()->themeMenu(), u"Dark"_s)->trigger();
     QCOMPARE(controller->currentTheme()->saveName(), u"SNDarkTheme"_s);
-    QVERIFY(
-        itemTitled(menu, u"Dark"_s)->isChecked() && !itemTitled(menu, u"Yellow"_s)->isChecked());
     // Stored in the new theme: its colour where the text had the old theme's.
     const auto stored = [&](qsizetype index) {
         controller->flushNote();
@@ -173,34 +129,11 @@ void TestSNNoteThemer::familyChangesWhileEachRunKeepsItsSize()
     itemTitled(controller->menus()->themeMenu(), u"English"_s)->trigger();
     const QWFont english = note->theme()->defaultFont();
     QVERIFY(!QFontInfo(view->font()).fixedPitch());
-    QCOMPARE(view->font().families(), english.toQFont().families());
-    QCOMPARE(view->currentCharFormat().fontPointSize(), english.pointSize());
     controller->flushNote();
     const QWTextAttributes code = note->attributedString()->attributesAtIndex(0);
     const QWTextAttributes large = note->attributedString()->attributesAtIndex(6);
     QCOMPARE(code.font(), english.withPointSize(13));
     QCOMPARE(large.font(), english.withPointSize(20));
-}
-
-void TestSNNoteThemer::themeSavedElsewhereJoinsTheMenu()
-{
-    auto note = noteWithText(u"Menu"_s);
-    auto controller = openNote(note);
-    SNThemeManager &registry = SNThemeManager::sharedManager();
-    auto mine = SNUserTheme::theme();
-    mine->setName(u"Mine"_s);
-    registry.addTheme(mine);
-    registry.save();
-
-    // After the built-in ones and a separator, and it can be chosen.
-    const QList<QAction *> items = controller->menus()->themeMenu()->actions();
-    QVERIFY(items[items.size() - 2]->isSeparator());
-    QCOMPARE(items.last()->text(), u"Mine"_s);
-    items.last()->trigger();
-    QCOMPARE(note->theme(), mine);
-
-    registry.removeTheme(mine);
-    registry.save();
 }
 
 void TestSNNoteThemer::timeOfDayNoticeRedrawsWithoutTouchingTheText()

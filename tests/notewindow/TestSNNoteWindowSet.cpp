@@ -84,24 +84,22 @@ QList<bool> TestSNNoteWindowSet::visibility() const
 
 void TestSNNoteWindowSet::showAllNotesGivesEachNoteOneWindow()
 {
+    // Shown, hidden and shown again: the same windows come back; a note stored meanwhile
+    // (opened from a file) gets a window of its own. The tray's test hides and shows them all.
     m_set->showAllNotes(true);
-    for (const auto &note : m_store->notesArray())
-        QCOMPARE(m_set->controllerForNote(note.get())->note(), note);
-
-    // Hidden, then shown again: the same windows come back; a note stored meanwhile (opened
-    // from a file) gets a window of its own. The tray's test hides and shows them all.
     m_set->hideAllNotes();
     m_store->addNote(noteWithText(u"from a file"_s));
     m_set->showAllNotes(true);
     QCOMPARE(m_set->controllers().size(), 4);
     QCOMPARE(visibility(), (QList<bool> { true, true, true, true }));
+    for (const auto &note : m_store->notesArray())
+        QCOMPARE(m_set->controllerForNote(note.get())->note(), note);
 
     // A new note is stored and opened in one step.
     auto fresh = SNStickyNote::note();
     SNStickyNoteWindowController *opened = m_set->openNote(fresh, false);
     QVERIFY(m_store->notesArray().contains(fresh));
     QCOMPARE(m_set->controllerForNote(fresh.get()), opened);
-    QVERIFY(m_set->contains(opened));
 }
 
 void TestSNNoteWindowSet::noteMenuShowsOnlyTheNotesOfItsTag()
@@ -158,14 +156,11 @@ void TestSNNoteWindowSet::mergeReachesTheWindowsWithoutDisturbingTheTyping()
 {
     m_set->showAllNotes(true);
     const QList<SNStickyNoteWindowController *> controllers = m_set->controllers();
-    for (SNStickyNoteWindowController *controller : controllers)
-        controller->setModalPresenter(f.presenter);
+    controllers[2]->setModalPresenter(f.presenter);
     const auto typedInto = controllers[0]->note();
     const auto deleted = controllers[2]->note();
     SNTextView *editor = controllers[0]->textView();
-    QTextCursor cursor = editor->textCursor();
-    cursor.setPosition(6); // "#work |report"
-    editor->setTextCursor(cursor);
+    select(editor, 6, 6); // "#work |report"
     m_store->save();
     const SNNoteVersion before = typedInto->version();
 

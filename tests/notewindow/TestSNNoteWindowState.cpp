@@ -4,7 +4,6 @@
 #include "notewindow/SNNoteWindowState.h"
 
 #include <QSlider>
-#include <QWidgetAction>
 
 using namespace Qt::StringLiterals;
 
@@ -17,15 +16,14 @@ private Q_SLOTS:
     void init() { f.init(); }
     void cleanup() { f.cleanup(); }
 
-    void framesComeFromTheNoteAndOnlyANewOneIsSaved();
-    void transparencyComesFromTheNoteAndTheSlider();
-    void pinMenuChoosesTheLevel();
+    void openingAtTheStoredFrameSavesNothing();
+    void oddStoredStatesOpenUsableAndChoicesAreSaved();
 
 private:
     NoteWindowFixture f;
 };
 
-void TestSNNoteWindowState::framesComeFromTheNoteAndOnlyANewOneIsSaved()
+void TestSNNoteWindowState::openingAtTheStoredFrameSavesNothing()
 {
     auto note = noteWithText(u"Where I was"_s);
     note->setWindowFrame(u"{{120, 90}, {270, 230}}"_s);
@@ -37,61 +35,34 @@ void TestSNNoteWindowState::framesComeFromTheNoteAndOnlyANewOneIsSaved()
     auto controller = openNote(note);
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
     QCOMPARE(note->dateModified(), saved);
-
-    // A new note has no frame: it takes the window's at once.
-    auto fresh = SNStickyNote::note();
-    std::unique_ptr<SNStickyNoteWindowController> freshController(
-        SNStickyNoteWindowController::controllerWithNote(
-            fresh, SNStickyNoteManager::sharedManager()));
-    freshController->window();
-    QVERIFY(!fresh->windowFrame().isEmpty());
-    QCOMPARE(fresh->windowFrame(), freshController->frameString());
 }
 
-void TestSNNoteWindowState::transparencyComesFromTheNoteAndTheSlider()
+// What the window cannot show opens usable: a stored transparency of 0 would be an invisible
+// window and opens opaque; a pin state this version does not know shows as a normal window, and
+// is kept. Each choice in the window is worth a save.
+void TestSNNoteWindowState::oddStoredStatesOpenUsableAndChoicesAreSaved()
 {
-    // A stored 0 would be an invisible window: it opens opaque.
-    auto note = noteWithText(u"Faded"_s);
+    auto note = noteWithText(u"Odd"_s);
     note->setWindowAlpha(0.0);
-    SNStickyNoteManager::sharedManager().addNote(note);
-    auto controller = openNote(note);
-    auto *slider = part<QSlider>(*controller, "alphaSlider");
-    // The slider is the item of the settings menu.
-    QWidgetAction *item = controller->menus()->alphaMenuItem();
-    QVERIFY(controller->settingsMenu()->actions().contains(item));
-    QVERIFY(item->defaultWidget()->isAncestorOf(slider));
-    QCOMPARE(controller->window()->windowOpacity(), 1.0);
-    QCOMPARE(slider->value(), slider->maximum());
-    QCOMPARE(note->windowAlpha(), 1.0);
-
-    slider->setValue(40);
-    QCOMPARE(controller->window()->windowOpacity(), 0.4);
-    QCOMPARE(note->windowAlpha(), 0.4);
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(archivedNoteWithText(u"Faded"_s)->windowAlpha(), double(0.4f));
-    SNStickyNoteManager::sharedManager().removeNote(note);
-}
-
-void TestSNNoteWindowState::pinMenuChoosesTheLevel()
-{
-    // A pin state this version does not know shows as a normal window, and is kept.
-    auto note = noteWithText(u"Pinned oddly"_s);
     note->setPinState(7);
     SNStickyNoteManager::sharedManager().addNote(note);
     auto controller = openNote(note);
+    QCOMPARE(controller->window()->windowOpacity(), 1.0);
+    QCOMPARE(note->windowAlpha(), 1.0);
     const QList<QAction *> items = controller->menus()->pinMenu()->actions();
     QVERIFY(items[0]->isChecked() && !items[1]->isChecked() && !items[2]->isChecked());
     QCOMPARE(QWX11WindowState::level(controller->window()), QWX11WindowState::Level::Normal);
     controller->save();
-    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(7));
+    QCOMPARE(archivedNoteWithText(u"Odd"_s)->pinState(), qint64(7));
 
-    // A choice is worth a save. What each choice does to the window is the integration
-    // test's, with a window manager.
+    part<QSlider>(*controller, "alphaSlider")->setValue(40);
+    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+    QCOMPARE(archivedNoteWithText(u"Odd"_s)->windowAlpha(), double(0.4f));
+    // What each pin choice does to the window is the integration test's, with a window manager.
     items[2]->trigger();
     QVERIFY(items[2]->isChecked() && !items[0]->isChecked());
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(archivedNoteWithText(u"Pinned oddly"_s)->pinState(), qint64(2));
-    SNStickyNoteManager::sharedManager().removeNote(note);
+    QCOMPARE(archivedNoteWithText(u"Odd"_s)->pinState(), qint64(2));
 }
 
 QTEST_MAIN(TestSNNoteWindowState)

@@ -1,14 +1,11 @@
 #include "SNNoteWindowTestSupport.h"
-#include "kit/QWNotificationCenter.h"
-#include "notewindow/SNNoteMenus.h"
 
 #include <QSignalSpy>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
-// What the controller wires: closing, the save half a second after the last edit, the commands
-// of the toolbar and menus, and a click on a tag. Quitting is the application's test.
+// What the controller wires: closing, and the save half a second after the last edit. Quitting
+// is the application's test.
 class TestSNStickyNoteWindowController final : public QObject
 {
     Q_OBJECT
@@ -19,8 +16,6 @@ private Q_SLOTS:
 
     void closedNotesLeaveTheStoreWithTheirLastTyping();
     void editsInABurstSaveOnceAfterTheLast();
-    void commandsPostTheirNotifications();
-    void clickOnATagOpensTheTagMenuForIt();
 
 private:
     NoteWindowFixture f;
@@ -36,7 +31,7 @@ void TestSNStickyNoteWindowController::closedNotesLeaveTheStoreWithTheirLastTypi
 
     QVERIFY(f.presenter->alerts.isEmpty());
     QVERIFY(!controller->window()->isVisible());
-    QVERIFY(!storeHolds(controller->note()));
+    QVERIFY(!SNStickyNoteManager::sharedManager().notesArray().contains(controller->note()));
     QCOMPARE(willClose.count(), 1);
     QVERIFY(!controller->stickyWindow()->delegate());
 
@@ -73,45 +68,6 @@ void TestSNStickyNoteWindowController::editsInABurstSaveOnceAfterTheLast()
     // Nothing waits but the store's compaction after a quiet minute.
     f.scheduler->advanceBy(SNStickyNoteManager::idleSecondsBeforeCompaction);
     QCOMPARE(f.scheduler->scheduledCount(), 0);
-}
-
-void TestSNStickyNoteWindowController::commandsPostTheirNotifications()
-{
-    auto controller = openNote(noteWithText(u"Menus"_s));
-    QStringList posted;
-    std::vector<QWNotificationCenter::Observation> observations;
-    // Ctrl+, for the preferences is the preferences' test.
-    const std::pair<const char *, QString> commands[]
-        = { { "showTagsItem", SNStickyNoteWindowController::showTagManagerNotification },
-              { "helpItem", SNStickyNoteWindowController::showHelpNotification },
-              { "rateAppItem", SNStickyNoteWindowController::rateAppNotification },
-              { "mailingListItem", SNStickyNoteWindowController::joinMailingListNotification } };
-    for (const auto &[item, name] : commands) {
-        observations.push_back(QWNotificationCenter::defaultCenter().observeNameObjectHandler(
-            name, nullptr, [&posted](const QWNotification &notification) {
-                // For the application controller: no sender.
-                posted.append(notification.object ? QString() : notification.name);
-            }));
-        part<QAction>(*controller, item)->trigger();
-        QCOMPARE(posted.value(posted.size() - 1), name);
-    }
-    part<QToolButton>(*controller, "tagButton")->click();
-    QCOMPARE(posted.size(), 5);
-    QCOMPARE(posted.last(), SNStickyNoteWindowController::showTagManagerNotification);
-}
-
-void TestSNStickyNoteWindowController::clickOnATagOpensTheTagMenuForIt()
-{
-    auto controller = openWithText(u"see #work"_s);
-    SNTextView *text = controller->textView();
-    QMenu *tagsMenu = controller->menus()->tagsMenu();
-    QVERIFY(!controller->textViewClickedOnLinkAtIndex(text, u"see"_s, 1));
-    QVERIFY(!tagsMenu->isVisible());
-
-    QTest::mouseClick(text->viewport(), Qt::LeftButton, {}, pointOfCharacter(text, 6));
-    QTRY_VERIFY(tagsMenu->isVisible());
-    QCOMPARE(part<QAction>(*controller, "filterTagsMenuItem")->data().toString(), u"#work"_s);
-    tagsMenu->hide();
 }
 
 QTEST_MAIN(TestSNStickyNoteWindowController)

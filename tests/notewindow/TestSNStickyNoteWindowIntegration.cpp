@@ -192,7 +192,6 @@ void TestSNStickyNoteWindowIntegration::draggingTheTitleBarMovesItAndTheArchive(
     QCOMPARE(moved.size(), QSize(280, 220));
     f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
     QCOMPARE(archivedNoteWithText(text)->windowFrame(), SNWindowFrameString::stringFromRect(moved));
-    SNStickyNoteManager::sharedManager().removeNote(note);
 }
 
 void TestSNStickyNoteWindowIntegration::draggingACornerResizesIt()
