@@ -179,204 +179,198 @@ class TestSNStickyNoteManagerCrash final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void killedWriterLosesNothingSaved();
+    void initTestCase()
+    {
+        bool given = false;
+        m_seed = qEnvironmentVariable("VELLUMO_CRASH_SEED").toUInt(&given);
+        if (!given)
+            m_seed = QRandomGenerator::global()->generate();
+        m_random.emplace(m_seed);
+        qInfo("VELLUMO_CRASH_SEED=%u", m_seed);
+    }
+
+    void killedWriterLosesNothingSaved()
+    {
+        constexpr int maximumRounds = 400;
+        constexpr qint64 timeLimitMs = 60 * 1000;
+        // Small notes in a small archive, so that rounds are quick and most kills land in appends;
+        // every eighth round works on a larger archive, whose compactions take long enough to be
+        // hit too.
+        Folder small { m_environment.dataHome() + u"/small"_s, 6, 64, 6, 40, {}, {} };
+        Folder large { m_environment.dataHome() + u"/large"_s, 300, 2000, 3, 250, {}, {} };
+        seed(small, 4);
+        seed(large, 300);
+        if (QTest::currentTestFailed())
+            return;
+
+        QElapsedTimer clock;
+        clock.start();
+        int rounds = 0, saves = 0, roundsWithASave = 0, killsInCompaction = 0, tears = 0;
+        for (; rounds < maximumRounds && clock.elapsed() < timeLimitMs; ++rounds) {
+            Folder &folder = rounds % 8 == 7 ? large : small;
+            const Report report = runWriter(folder, rounds);
+            if (report.failure.isEmpty() && m_random->bounded(2) == 0
+                && tearJournal(folder, report))
+                ++tears;
+            const QString failure
+                = report.failure.isEmpty() ? checkLoad(folder, report) : report.failure;
+            QVERIFY2(failure.isEmpty(),
+                qPrintable(u"seed %1, round %2: %3"_s.arg(m_seed).arg(rounds).arg(failure)));
+            saves += report.saves;
+            roundsWithASave += report.saves > 0 ? 1 : 0;
+            killsInCompaction += report.killedInCompaction ? 1 : 0;
+        }
+        qInfo(
+            "%d rounds in %lld ms: %d saves, %d rounds with one, %d kills during a compaction, %d "
+            "appends torn",
+            rounds, clock.elapsed(), saves, roundsWithASave, killsInCompaction, tears);
+        // Kills that all came before the first save would have tested nothing.
+        QVERIFY2(roundsWithASave > 0, "no writer saved anything before it was killed");
+    }
 
 private:
-    void seed(Folder &folder, int count) const;
-    Report runWriter(Folder &folder, int round);
-    bool tearJournal(const Folder &folder, const Report &report);
-    static QString checkLoad(Folder &folder, const Report &report);
+    // Fills the folder with notes saved for sure, so that the writer starts from a whole archive.
+    void seed(Folder &folder, int count) const
+    {
+        // An empty archive, so that the welcome notes are not copied in: they are not the writer's.
+        writeFile(QDir(folder.path).filePath(SNStickyNoteManager::databaseFileName),
+            QWKeyedArchiver::archivedDataWithRootObject(QList<std::shared_ptr<SNStickyNote>>()));
+        SNStickyNoteManager store(folder.path, u"crash-test"_s);
+        QVERIFY(store.notesArray().isEmpty());
+        for (int i = 0; i < count; ++i) {
+            const QString head = u"seed-%1 1"_s.arg(i);
+            const std::shared_ptr<SNStickyNote> note
+                = noteWithText(head + u'\n' + QString(folder.noteBytes, u'.'));
+            store.addNote(note);
+            folder.saved.insert(note->uuid(), head);
+        }
+        QVERIFY(store.save());
+        QVERIFY(store.compact());
+    }
+
+    Report runWriter(Folder &folder, int round)
+    {
+        Report report;
+        QProcess writer;
+        writer.start(QCoreApplication::applicationFilePath(),
+            { u"--write"_s, folder.path, QString::number(m_random->generate()), u"r%1"_s.arg(round),
+                QString::number(folder.notes), QString::number(folder.noteBytes),
+                QString::number(folder.compactEvery) });
+        if (!writer.waitForStarted()) {
+            report.failure = u"the writer did not start"_s;
+            return report;
+        }
+        QByteArray output;
+        while (!output.contains('\n') && writer.waitForReadyRead(30000))
+            output += writer.readAllStandardOutput();
+        QTest::qWait(int(m_random->bounded(folder.longestKillMs + 1)));
+        writer.kill(); // SIGKILL: nothing is finished, flushed or closed
+        writer.waitForFinished(30000);
+        output += writer.readAllStandardOutput();
+        if (writer.exitStatus() != QProcess::CrashExit) {
+            report.failure = u"the writer stopped by itself: %1"_s.arg(
+                QString::fromUtf8(output.split('\n').value(output.count('\n') - 1))
+                + QString::fromUtf8(writer.readAllStandardError()));
+            return report;
+        }
+
+        // A line cut by the kill was never finished, so it counts for nothing.
+        for (const QByteArray &bytes : output.left(output.lastIndexOf('\n') + 1).split('\n')) {
+            const QString line = QString::fromUtf8(bytes);
+            const QString word = line.section(u' ', 0, 0);
+            const QUuid uuid = QUuid::fromString(line.section(u' ', 1, 1));
+            if (word == u"note"_s) {
+                report.announced.insert(uuid, line.section(u' ', 2));
+            } else if (word == u"gone"_s) {
+                report.announced.insert(uuid, std::nullopt);
+            } else if (word == u"saved"_s) {
+                report.journalBytes = line.section(u' ', 1, 1).toLongLong();
+                for (auto change = report.announced.cbegin(); change != report.announced.cend();
+                     ++change) {
+                    if (change.value()) {
+                        folder.saved.insert(change.key(), *change.value());
+                        folder.deleted.remove(change.key());
+                    } else {
+                        folder.deleted.insert(change.key(), folder.saved.take(change.key()));
+                    }
+                }
+                report.announced.clear();
+                ++report.saves;
+            } else if (word == u"compacting"_s) {
+                report.killedInCompaction = true;
+            } else if (word == u"compacted"_s || word == u"ready"_s) {
+                report.killedInCompaction = false;
+                report.journalBytes = line.section(u' ', 1, 1).toLongLong();
+            }
+        }
+        return report;
+    }
+
+    // A kill never cuts a write short, but a power cut can: the append under way reaches the disk
+    // only up to a random byte. What the writer reported saved lies before it.
+    bool tearJournal(const Folder &folder, const Report &report)
+    {
+        QFile journal(QDir(folder.path).filePath(SNStickyNoteManager::journalFileName));
+        const qint64 unreported = journal.size() - report.journalBytes;
+        if (unreported <= 0)
+            return false;
+        return journal.resize(report.journalBytes + m_random->bounded(unreported));
+    }
+
+    // What is wrong with the notes a fresh store loads, or nothing.
+    static QString checkLoad(Folder &folder, const Report &report)
+    {
+        const SNStickyNoteManager store(folder.path, u"crash-test"_s);
+        QHash<QUuid, QString> loaded;
+        QSet<QString> names;
+        for (const std::shared_ptr<SNStickyNote> &note : store.notesArray()) {
+            const QString head = headOf(*note);
+            if (loaded.contains(note->uuid()) || names.contains(head.section(u' ', 0, 0)))
+                return u"%1 is there twice"_s.arg(head);
+            loaded.insert(note->uuid(), head);
+            names.insert(head.section(u' ', 0, 0));
+        }
+
+        // Each note is as last saved, or as the save under way left it, deleted or not.
+        QSet<QUuid> notes(loaded.keyBegin(), loaded.keyEnd());
+        notes.unite(QSet<QUuid>(folder.saved.keyBegin(), folder.saved.keyEnd()));
+        for (const QUuid &uuid : std::as_const(notes)) {
+            const std::optional<QString> head = headIn(loaded, uuid);
+            const std::optional<QString> saved = headIn(folder.saved, uuid);
+            if (head != saved
+                && !(report.announced.contains(uuid) && head == report.announced.value(uuid)))
+                return u"%1 loaded as %2, but it was saved as %3"_s.arg(
+                    idOf(uuid), head.value_or(u"nothing"_s), saved.value_or(u"nothing"_s));
+        }
+
+        // What the kill left is what the next writer starts from.
+        for (auto note = folder.saved.cbegin(); note != folder.saved.cend(); ++note) {
+            if (!loaded.contains(note.key()))
+                folder.deleted.insert(note.key(), note.value());
+        }
+        folder.saved = loaded;
+        for (const QUuid &uuid : loaded.keys())
+            folder.deleted.remove(uuid);
+
+        // Every deleted note can still be brought back, as it was when it went.
+        QHash<QUuid, QString> titles;
+        for (const SNDeletedNote &note : store.recentlyDeletedNotes()) {
+            if (loaded.contains(note.uuid))
+                return u"%1 is both in the list and deleted"_s.arg(note.title);
+            titles.insert(note.uuid, note.title);
+        }
+        for (auto note = folder.deleted.cbegin(); note != folder.deleted.cend(); ++note) {
+            if (titles.value(note.key()) != note.value())
+                return u"%1 was deleted but Recently Deleted holds \"%2\""_s.arg(
+                    note.value(), titles.value(note.key()));
+        }
+        return {};
+    }
 
     QWTestEnvironment m_environment;
     quint32 m_seed = 0;
     std::optional<QRandomGenerator> m_random;
 };
-
-void TestSNStickyNoteManagerCrash::initTestCase()
-{
-    bool given = false;
-    m_seed = qEnvironmentVariable("VELLUMO_CRASH_SEED").toUInt(&given);
-    if (!given)
-        m_seed = QRandomGenerator::global()->generate();
-    m_random.emplace(m_seed);
-    qInfo("VELLUMO_CRASH_SEED=%u", m_seed);
-}
-
-// Fills the folder with notes saved for sure, so that the writer starts from a whole archive.
-void TestSNStickyNoteManagerCrash::seed(Folder &folder, int count) const
-{
-    // An empty archive, so that the welcome notes are not copied in: they are not the writer's.
-    writeFile(QDir(folder.path).filePath(SNStickyNoteManager::databaseFileName),
-        QWKeyedArchiver::archivedDataWithRootObject(QList<std::shared_ptr<SNStickyNote>>()));
-    SNStickyNoteManager store(folder.path, u"crash-test"_s);
-    QVERIFY(store.notesArray().isEmpty());
-    for (int i = 0; i < count; ++i) {
-        const QString head = u"seed-%1 1"_s.arg(i);
-        const std::shared_ptr<SNStickyNote> note
-            = noteWithText(head + u'\n' + QString(folder.noteBytes, u'.'));
-        store.addNote(note);
-        folder.saved.insert(note->uuid(), head);
-    }
-    QVERIFY(store.save());
-    QVERIFY(store.compact());
-}
-
-Report TestSNStickyNoteManagerCrash::runWriter(Folder &folder, int round)
-{
-    Report report;
-    QProcess writer;
-    writer.start(QCoreApplication::applicationFilePath(),
-        { u"--write"_s, folder.path, QString::number(m_random->generate()), u"r%1"_s.arg(round),
-            QString::number(folder.notes), QString::number(folder.noteBytes),
-            QString::number(folder.compactEvery) });
-    if (!writer.waitForStarted()) {
-        report.failure = u"the writer did not start"_s;
-        return report;
-    }
-    QByteArray output;
-    while (!output.contains('\n') && writer.waitForReadyRead(30000))
-        output += writer.readAllStandardOutput();
-    QTest::qWait(int(m_random->bounded(folder.longestKillMs + 1)));
-    writer.kill(); // SIGKILL: nothing is finished, flushed or closed
-    writer.waitForFinished(30000);
-    output += writer.readAllStandardOutput();
-    if (writer.exitStatus() != QProcess::CrashExit) {
-        report.failure = u"the writer stopped by itself: %1"_s.arg(
-            QString::fromUtf8(output.split('\n').value(output.count('\n') - 1))
-            + QString::fromUtf8(writer.readAllStandardError()));
-        return report;
-    }
-
-    // A line cut by the kill was never finished, so it counts for nothing.
-    for (const QByteArray &bytes : output.left(output.lastIndexOf('\n') + 1).split('\n')) {
-        const QString line = QString::fromUtf8(bytes);
-        const QString word = line.section(u' ', 0, 0);
-        const QUuid uuid = QUuid::fromString(line.section(u' ', 1, 1));
-        if (word == u"note"_s) {
-            report.announced.insert(uuid, line.section(u' ', 2));
-        } else if (word == u"gone"_s) {
-            report.announced.insert(uuid, std::nullopt);
-        } else if (word == u"saved"_s) {
-            report.journalBytes = line.section(u' ', 1, 1).toLongLong();
-            for (auto change = report.announced.cbegin(); change != report.announced.cend();
-                 ++change) {
-                if (change.value()) {
-                    folder.saved.insert(change.key(), *change.value());
-                    folder.deleted.remove(change.key());
-                } else {
-                    folder.deleted.insert(change.key(), folder.saved.take(change.key()));
-                }
-            }
-            report.announced.clear();
-            ++report.saves;
-        } else if (word == u"compacting"_s) {
-            report.killedInCompaction = true;
-        } else if (word == u"compacted"_s || word == u"ready"_s) {
-            report.killedInCompaction = false;
-            report.journalBytes = line.section(u' ', 1, 1).toLongLong();
-        }
-    }
-    return report;
-}
-
-// A kill never cuts a write short, but a power cut can: the append under way reaches the disk
-// only up to a random byte. What the writer reported saved lies before it.
-bool TestSNStickyNoteManagerCrash::tearJournal(const Folder &folder, const Report &report)
-{
-    QFile journal(QDir(folder.path).filePath(SNStickyNoteManager::journalFileName));
-    const qint64 unreported = journal.size() - report.journalBytes;
-    if (unreported <= 0)
-        return false;
-    return journal.resize(report.journalBytes + m_random->bounded(unreported));
-}
-
-// What is wrong with the notes a fresh store loads, or nothing.
-QString TestSNStickyNoteManagerCrash::checkLoad(Folder &folder, const Report &report)
-{
-    const SNStickyNoteManager store(folder.path, u"crash-test"_s);
-    QHash<QUuid, QString> loaded;
-    QSet<QString> names;
-    for (const std::shared_ptr<SNStickyNote> &note : store.notesArray()) {
-        const QString head = headOf(*note);
-        if (loaded.contains(note->uuid()) || names.contains(head.section(u' ', 0, 0)))
-            return u"%1 is there twice"_s.arg(head);
-        loaded.insert(note->uuid(), head);
-        names.insert(head.section(u' ', 0, 0));
-    }
-
-    // Each note is as last saved, or as the save under way left it, deleted or not.
-    QSet<QUuid> notes(loaded.keyBegin(), loaded.keyEnd());
-    notes.unite(QSet<QUuid>(folder.saved.keyBegin(), folder.saved.keyEnd()));
-    for (const QUuid &uuid : std::as_const(notes)) {
-        const std::optional<QString> head = headIn(loaded, uuid);
-        const std::optional<QString> saved = headIn(folder.saved, uuid);
-        if (head != saved
-            && !(report.announced.contains(uuid) && head == report.announced.value(uuid)))
-            return u"%1 loaded as %2, but it was saved as %3"_s.arg(
-                idOf(uuid), head.value_or(u"nothing"_s), saved.value_or(u"nothing"_s));
-    }
-
-    // What the kill left is what the next writer starts from.
-    for (auto note = folder.saved.cbegin(); note != folder.saved.cend(); ++note) {
-        if (!loaded.contains(note.key()))
-            folder.deleted.insert(note.key(), note.value());
-    }
-    folder.saved = loaded;
-    for (const QUuid &uuid : loaded.keys())
-        folder.deleted.remove(uuid);
-
-    // Every deleted note can still be brought back, as it was when it went.
-    QHash<QUuid, QString> titles;
-    for (const SNDeletedNote &note : store.recentlyDeletedNotes()) {
-        if (loaded.contains(note.uuid))
-            return u"%1 is both in the list and deleted"_s.arg(note.title);
-        titles.insert(note.uuid, note.title);
-    }
-    for (auto note = folder.deleted.cbegin(); note != folder.deleted.cend(); ++note) {
-        if (titles.value(note.key()) != note.value())
-            return u"%1 was deleted but Recently Deleted holds \"%2\""_s.arg(
-                note.value(), titles.value(note.key()));
-    }
-    return {};
-}
-
-void TestSNStickyNoteManagerCrash::killedWriterLosesNothingSaved()
-{
-    constexpr int maximumRounds = 400;
-    constexpr qint64 timeLimitMs = 60 * 1000;
-    // Small notes in a small archive, so that rounds are quick and most kills land in appends;
-    // every eighth round works on a larger archive, whose compactions take long enough to be
-    // hit too.
-    Folder small { m_environment.dataHome() + u"/small"_s, 6, 64, 6, 40, {}, {} };
-    Folder large { m_environment.dataHome() + u"/large"_s, 300, 2000, 3, 250, {}, {} };
-    seed(small, 4);
-    seed(large, 300);
-    if (QTest::currentTestFailed())
-        return;
-
-    QElapsedTimer clock;
-    clock.start();
-    int rounds = 0, saves = 0, roundsWithASave = 0, killsInCompaction = 0, tears = 0;
-    for (; rounds < maximumRounds && clock.elapsed() < timeLimitMs; ++rounds) {
-        Folder &folder = rounds % 8 == 7 ? large : small;
-        const Report report = runWriter(folder, rounds);
-        if (report.failure.isEmpty() && m_random->bounded(2) == 0 && tearJournal(folder, report))
-            ++tears;
-        const QString failure
-            = report.failure.isEmpty() ? checkLoad(folder, report) : report.failure;
-        QVERIFY2(failure.isEmpty(),
-            qPrintable(u"seed %1, round %2: %3"_s.arg(m_seed).arg(rounds).arg(failure)));
-        saves += report.saves;
-        roundsWithASave += report.saves > 0 ? 1 : 0;
-        killsInCompaction += report.killedInCompaction ? 1 : 0;
-    }
-    qInfo("%d rounds in %lld ms: %d saves, %d rounds with one, %d kills during a compaction, %d "
-          "appends torn",
-        rounds, clock.elapsed(), saves, roundsWithASave, killsInCompaction, tears);
-    // Kills that all came before the first save would have tested nothing.
-    QVERIFY2(roundsWithASave > 0, "no writer saved anything before it was killed");
-}
 
 // Started with "--write FOLDER SEED LABEL NOTES NOTE_BYTES COMPACT_EVERY", the program is the
 // writer that the test kills. The writer runs as the program does, under a GUI application

@@ -42,69 +42,67 @@ class TestSNRainbowizer final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void colouring_data();
-    void colouring();
+    void colouring_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("countState");
+        QTest::addColumn<QList<QWColor>>("colors");
+        QTest::addColumn<QString>("mask");
+        const qint64 words = SNStickyNote::CountWords;
+        const QList<QWColor> eight = someColors(8);
+        // The last three colours are left out: a word of its own for each of the other five.
+        QTest::newRow("words") << u"one, two  three\n\nfour five! six seven"_s << words << eight
+                               << u"000..111..22222..3333.4444..000.11111"_s;
+        QTest::newRow("paragraphs")
+            << u"first line\n   \nsecond"_s << qint64(SNStickyNote::CountParagraphs) << eight
+            << u"0000000000.....111111"_s;
+        // As the user sees them: an accent typed as its own code point stays with its letter.
+        QTest::newRow("characters")
+            << u"ae\u0301 b"_s << qint64(SNStickyNote::CountCharacters) << eight << u"011.2"_s;
+        QTest::newRow("blank") << u"  \n\t \n\n \u00A0 "_s << words << eight << u".........."_s;
+        QTest::newRow("unknown count") << u"some words"_s << qint64(3) << eight << u".........."_s;
+        QTest::newRow("no colours")
+            << u"some words"_s << words << QList<QWColor>() << u".........."_s;
+        QTest::newRow("three colours") << u"a b c"_s << words << someColors(3) << u"0.0.0"_s;
+        // Gray, Black and White are no colours of a rainbow.
+        QTest::newRow("note palette") << u"1 2 3 4 5 6 7 8 9"_s << words
+                                      << SNTextColorPalette::colorArray() << u"0.1.2.3.4.5.0.1.2"_s;
+    }
+
+    void colouring()
+    {
+        QFETCH(QString, text);
+        QFETCH(qint64, countState);
+        QFETCH(QList<QWColor>, colors);
+        QFETCH(QString, mask);
+        QTextDocument document(text);
+        // Text with a colour of its own is coloured over.
+        QTextCursor all(&document);
+        all.select(QTextCursor::Document);
+        QTextCharFormat own;
+        own.setForeground(QColor(1, 2, 3));
+        all.mergeCharFormat(own);
+
+        const int coloured = SNRainbowizer::rainbowizeDocument(document, countState, colors);
+
+        QCOMPARE(colorMask(document, colors), mask);
+        QCOMPARE(coloured > 0, mask.contains(u'0'));
+        // Colouring again changes nothing.
+        const QString html = document.toHtml();
+        QCOMPARE(SNRainbowizer::rainbowizeDocument(document, countState, colors), 0);
+        QCOMPARE(document.toHtml(), html);
+        if (coloured == 0)
+            return;
+        // The exact colour is kept for saving, not only the 16-bit one on screen.
+        QCOMPARE(QWTextAttributes::fromCharFormat(formatAt(document, int(mask.indexOf(u'0'))))
+                     .foregroundColor(),
+            std::optional<QWColor>(colors.first()));
+        // One undo step takes it all away.
+        document.undo();
+        QCOMPARE(formatAt(document, 0).foreground().color(), QColor(1, 2, 3));
+        QCOMPARE(colorMask(document, colors), QString(mask.size(), u'.'));
+    }
 };
-
-void TestSNRainbowizer::colouring_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<qint64>("countState");
-    QTest::addColumn<QList<QWColor>>("colors");
-    QTest::addColumn<QString>("mask");
-    const qint64 words = SNStickyNote::CountWords;
-    const QList<QWColor> eight = someColors(8);
-    // The last three colours are left out: a word of its own for each of the other five.
-    QTest::newRow("words") << u"one, two  three\n\nfour five! six seven"_s << words << eight
-                           << u"000..111..22222..3333.4444..000.11111"_s;
-    QTest::newRow("paragraphs") << u"first line\n   \nsecond"_s
-                                << qint64(SNStickyNote::CountParagraphs) << eight
-                                << u"0000000000.....111111"_s;
-    // As the user sees them: an accent typed as its own code point stays with its letter.
-    QTest::newRow("characters") << u"ae\u0301 b"_s << qint64(SNStickyNote::CountCharacters) << eight
-                                << u"011.2"_s;
-    QTest::newRow("blank") << u"  \n\t \n\n \u00A0 "_s << words << eight << u".........."_s;
-    QTest::newRow("unknown count") << u"some words"_s << qint64(3) << eight << u".........."_s;
-    QTest::newRow("no colours") << u"some words"_s << words << QList<QWColor>() << u".........."_s;
-    QTest::newRow("three colours") << u"a b c"_s << words << someColors(3) << u"0.0.0"_s;
-    // Gray, Black and White are no colours of a rainbow.
-    QTest::newRow("note palette") << u"1 2 3 4 5 6 7 8 9"_s << words
-                                  << SNTextColorPalette::colorArray() << u"0.1.2.3.4.5.0.1.2"_s;
-}
-
-void TestSNRainbowizer::colouring()
-{
-    QFETCH(QString, text);
-    QFETCH(qint64, countState);
-    QFETCH(QList<QWColor>, colors);
-    QFETCH(QString, mask);
-    QTextDocument document(text);
-    // Text with a colour of its own is coloured over.
-    QTextCursor all(&document);
-    all.select(QTextCursor::Document);
-    QTextCharFormat own;
-    own.setForeground(QColor(1, 2, 3));
-    all.mergeCharFormat(own);
-
-    const int coloured = SNRainbowizer::rainbowizeDocument(document, countState, colors);
-
-    QCOMPARE(colorMask(document, colors), mask);
-    QCOMPARE(coloured > 0, mask.contains(u'0'));
-    // Colouring again changes nothing.
-    const QString html = document.toHtml();
-    QCOMPARE(SNRainbowizer::rainbowizeDocument(document, countState, colors), 0);
-    QCOMPARE(document.toHtml(), html);
-    if (coloured == 0)
-        return;
-    // The exact colour is kept for saving, not only the 16-bit one on screen.
-    QCOMPARE(QWTextAttributes::fromCharFormat(formatAt(document, int(mask.indexOf(u'0'))))
-                 .foregroundColor(),
-        std::optional<QWColor>(colors.first()));
-    // One undo step takes it all away.
-    document.undo();
-    QCOMPARE(formatAt(document, 0).foreground().color(), QColor(1, 2, 3));
-    QCOMPARE(colorMask(document, colors), QString(mask.size(), u'.'));
-}
 
 QTEST_MAIN(TestSNRainbowizer)
 #include "TestSNRainbowizer.moc"

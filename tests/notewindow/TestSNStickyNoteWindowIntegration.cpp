@@ -102,143 +102,137 @@ class TestSNStickyNoteWindowIntegration final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase()
+    {
+        QCOMPARE(QGuiApplication::platformName(), u"xcb"_s);
+        QVERIFY2(!xprop(u"_NET_SUPPORTING_WM_CHECK"_s).isEmpty(), "no window manager");
+    }
+
     void init() { f.init(); }
     void cleanup() { f.cleanup(); }
 
-    void pinStatesCarryTheWindowManagerStates();
-    void opensAtItsStoredFrameOrOnTheScreen();
-    void draggingTheTitleBarMovesItAndTheArchive();
-    void draggingACornerResizesIt();
-    void exportQuestionShowsAboveOtherWindows();
+    void pinStatesCarryTheWindowManagerStates()
+    {
+        auto floating = noteWithText(u"Above the others"_s);
+        floating->setPinState(SNStickyNote::PinStateFloating);
+        auto onDesktop = noteWithText(u"On the desktop"_s);
+        onDesktop->setPinState(SNStickyNote::PinStateDesktop);
+        auto normal = openNote(noteWithText(u"Among the others"_s));
+        auto floatingController = openNote(floating);
+        auto desktopController = openNote(onDesktop);
+
+        QTRY_COMPARE(placement(floatingController->window()), u"above"_s);
+        QTRY_COMPARE(placement(desktopController->window()), u"below on every desktop"_s);
+        QCOMPARE(placement(normal->window()), QString());
+
+        // Chosen from the pin menu while shown.
+        const QList<QAction *> items = normal->menus()->pinMenu()->actions();
+        const std::pair<int, QString> choices[]
+            = { { 2, u"below on every desktop"_s }, { 1, u"above"_s }, { 0, QString() } };
+        for (const auto &[pinState, expected] : choices) {
+            items[pinState]->trigger();
+            QTRY_COMPARE(placement(normal->window()), expected);
+        }
+        QVERIFY(normal->window()->isVisible());
+    }
+
+    void opensAtItsStoredFrameOrOnTheScreen()
+    {
+        auto note = noteWithText(u"Right here"_s);
+        note->setWindowFrame(u"{{200, 150}, {280, 220}}"_s);
+        auto controller = openNote(note);
+        QTRY_COMPARE(serverGeometry(controller->window()), QRect(200, 150, 280, 220));
+        QCOMPARE(controller->window()->geometry(), QRect(200, 150, 280, 220));
+
+        // One stored beyond the screen, as after a monitor was unplugged, opens on it.
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        auto lost = noteWithText(u"Far away"_s);
+        lost->setWindowFrame(SNWindowFrameString::stringFromRect(
+            QRect(screen.right() + 1700, screen.bottom() + 1200, 280, 220)));
+        auto lostController = openNote(lost);
+        QTRY_VERIFY(screen.contains(serverGeometry(lostController->window())));
+        QCOMPARE(serverGeometry(lostController->window()).size(), QSize(280, 220));
+    }
+
+    void draggingTheTitleBarMovesItAndTheArchive()
+    {
+        const QString text = u"Drag me"_s;
+        auto note = noteWithText(text);
+        note->setWindowFrame(u"{{300, 200}, {280, 220}}"_s);
+        SNStickyNoteManager::sharedManager().addNote(note);
+        auto controller = openNote(note);
+        QWidget *window = controller->window();
+        QTRY_COMPARE(serverGeometry(window), QRect(300, 200, 280, 220));
+        f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+
+        // An empty stretch of the title bar, between the close button and the others.
+        const QPoint grab(window->width() / 2, controller->collapser()->collapsedHeight() / 2);
+        QVERIFY(QList<QWidget *>({ part<QWidget>(*controller, "buttonContainerView"),
+                                     part<QWidget>(*controller, "titleBarView") })
+                    .contains(window->childAt(grab)));
+        drag(window->mapToGlobal(grab), QPoint(12, 8));
+
+        // Moved by about as far as the pointer went (the move starts once the pointer has left
+        // the spot of the press by a few pixels).
+        QTRY_VERIFY(serverGeometry(window).x() >= 300 + 100);
+        QTRY_COMPARE(window->geometry(), serverGeometry(window));
+        const QRect moved = window->geometry();
+        QVERIFY(moved.y() >= 200 + 60);
+        QCOMPARE(moved.size(), QSize(280, 220));
+        f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+        QCOMPARE(
+            archivedNoteWithText(text)->windowFrame(), SNWindowFrameString::stringFromRect(moved));
+    }
+
+    void draggingACornerResizesIt()
+    {
+        auto note = noteWithText(u"Grow me"_s);
+        note->setWindowFrame(u"{{250, 180}, {280, 220}}"_s);
+        auto controller = openNote(note);
+        QWidget *window = controller->window();
+        QTRY_COMPARE(serverGeometry(window), QRect(250, 180, 280, 220));
+
+        // The last pixel of the lower right corner, over the text's scroll area.
+        drag(window->mapToGlobal(QPoint(window->width() - 2, window->height() - 2)), QPoint(8, 6));
+
+        QTRY_VERIFY(serverGeometry(window).width() >= 280 + 60);
+        QTRY_COMPARE(window->geometry(), serverGeometry(window));
+        QVERIFY(window->height() >= 220 + 40);
+        // The top left corner stays where it was.
+        QCOMPARE(window->geometry().topLeft(), QPoint(250, 180));
+        f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
+        QCOMPARE(note->windowFrame(), SNWindowFrameString::stringFromRect(window->geometry()));
+    }
+
+    void exportQuestionShowsAboveOtherWindows()
+    {
+        for (const qint64 pinState :
+            { SNStickyNote::PinStateFloating, SNStickyNote::PinStateDesktop }) {
+            auto presenter = std::make_shared<StackingPresenter>();
+            auto note = noteWithText(u"Worth asking about"_s);
+            note->setPinState(pinState);
+            note->setWindowFrame(u"{{150, 150}, {280, 220}}"_s);
+            auto controller = openNote(note, presenter);
+            // Another program's window, over the same place.
+            QWidget other;
+            other.setGeometry(200, 180, 400, 300);
+            other.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&other));
+            QTRY_VERIFY(stackingOrder().contains(other.winId()));
+
+            controller->close();
+
+            QVERIFY(presenter->questionWasStacked);
+            QVERIFY2(presenter->windowsBelowTheQuestion.contains(other.winId()),
+                qPrintable(u"pin state %1"_s.arg(pinState)));
+            QVERIFY(presenter->windowsBelowTheQuestion.contains(controller->window()->winId()));
+            QVERIFY(controller->window()->isVisible());
+        }
+    }
 
 private:
     NoteWindowFixture f;
 };
-
-void TestSNStickyNoteWindowIntegration::initTestCase()
-{
-    QCOMPARE(QGuiApplication::platformName(), u"xcb"_s);
-    QVERIFY2(!xprop(u"_NET_SUPPORTING_WM_CHECK"_s).isEmpty(), "no window manager");
-}
-
-void TestSNStickyNoteWindowIntegration::pinStatesCarryTheWindowManagerStates()
-{
-    auto floating = noteWithText(u"Above the others"_s);
-    floating->setPinState(SNStickyNote::PinStateFloating);
-    auto onDesktop = noteWithText(u"On the desktop"_s);
-    onDesktop->setPinState(SNStickyNote::PinStateDesktop);
-    auto normal = openNote(noteWithText(u"Among the others"_s));
-    auto floatingController = openNote(floating);
-    auto desktopController = openNote(onDesktop);
-
-    QTRY_COMPARE(placement(floatingController->window()), u"above"_s);
-    QTRY_COMPARE(placement(desktopController->window()), u"below on every desktop"_s);
-    QCOMPARE(placement(normal->window()), QString());
-
-    // Chosen from the pin menu while shown.
-    const QList<QAction *> items = normal->menus()->pinMenu()->actions();
-    const std::pair<int, QString> choices[]
-        = { { 2, u"below on every desktop"_s }, { 1, u"above"_s }, { 0, QString() } };
-    for (const auto &[pinState, expected] : choices) {
-        items[pinState]->trigger();
-        QTRY_COMPARE(placement(normal->window()), expected);
-    }
-    QVERIFY(normal->window()->isVisible());
-}
-
-void TestSNStickyNoteWindowIntegration::opensAtItsStoredFrameOrOnTheScreen()
-{
-    auto note = noteWithText(u"Right here"_s);
-    note->setWindowFrame(u"{{200, 150}, {280, 220}}"_s);
-    auto controller = openNote(note);
-    QTRY_COMPARE(serverGeometry(controller->window()), QRect(200, 150, 280, 220));
-    QCOMPARE(controller->window()->geometry(), QRect(200, 150, 280, 220));
-
-    // One stored beyond the screen, as after a monitor was unplugged, opens on it.
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    auto lost = noteWithText(u"Far away"_s);
-    lost->setWindowFrame(SNWindowFrameString::stringFromRect(
-        QRect(screen.right() + 1700, screen.bottom() + 1200, 280, 220)));
-    auto lostController = openNote(lost);
-    QTRY_VERIFY(screen.contains(serverGeometry(lostController->window())));
-    QCOMPARE(serverGeometry(lostController->window()).size(), QSize(280, 220));
-}
-
-void TestSNStickyNoteWindowIntegration::draggingTheTitleBarMovesItAndTheArchive()
-{
-    const QString text = u"Drag me"_s;
-    auto note = noteWithText(text);
-    note->setWindowFrame(u"{{300, 200}, {280, 220}}"_s);
-    SNStickyNoteManager::sharedManager().addNote(note);
-    auto controller = openNote(note);
-    QWidget *window = controller->window();
-    QTRY_COMPARE(serverGeometry(window), QRect(300, 200, 280, 220));
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-
-    // An empty stretch of the title bar, between the close button and the others.
-    const QPoint grab(window->width() / 2, controller->collapser()->collapsedHeight() / 2);
-    QVERIFY(QList<QWidget *>({ part<QWidget>(*controller, "buttonContainerView"),
-                                 part<QWidget>(*controller, "titleBarView") })
-                .contains(window->childAt(grab)));
-    drag(window->mapToGlobal(grab), QPoint(12, 8));
-
-    // Moved by about as far as the pointer went (the move starts once the pointer has left
-    // the spot of the press by a few pixels).
-    QTRY_VERIFY(serverGeometry(window).x() >= 300 + 100);
-    QTRY_COMPARE(window->geometry(), serverGeometry(window));
-    const QRect moved = window->geometry();
-    QVERIFY(moved.y() >= 200 + 60);
-    QCOMPARE(moved.size(), QSize(280, 220));
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(archivedNoteWithText(text)->windowFrame(), SNWindowFrameString::stringFromRect(moved));
-}
-
-void TestSNStickyNoteWindowIntegration::draggingACornerResizesIt()
-{
-    auto note = noteWithText(u"Grow me"_s);
-    note->setWindowFrame(u"{{250, 180}, {280, 220}}"_s);
-    auto controller = openNote(note);
-    QWidget *window = controller->window();
-    QTRY_COMPARE(serverGeometry(window), QRect(250, 180, 280, 220));
-
-    // The last pixel of the lower right corner, over the text's scroll area.
-    drag(window->mapToGlobal(QPoint(window->width() - 2, window->height() - 2)), QPoint(8, 6));
-
-    QTRY_VERIFY(serverGeometry(window).width() >= 280 + 60);
-    QTRY_COMPARE(window->geometry(), serverGeometry(window));
-    QVERIFY(window->height() >= 220 + 40);
-    // The top left corner stays where it was.
-    QCOMPARE(window->geometry().topLeft(), QPoint(250, 180));
-    f.scheduler->advanceBy(SNStickyNoteWindowController::saveDelay);
-    QCOMPARE(note->windowFrame(), SNWindowFrameString::stringFromRect(window->geometry()));
-}
-
-void TestSNStickyNoteWindowIntegration::exportQuestionShowsAboveOtherWindows()
-{
-    for (const qint64 pinState :
-        { SNStickyNote::PinStateFloating, SNStickyNote::PinStateDesktop }) {
-        auto presenter = std::make_shared<StackingPresenter>();
-        auto note = noteWithText(u"Worth asking about"_s);
-        note->setPinState(pinState);
-        note->setWindowFrame(u"{{150, 150}, {280, 220}}"_s);
-        auto controller = openNote(note, presenter);
-        // Another program's window, over the same place.
-        QWidget other;
-        other.setGeometry(200, 180, 400, 300);
-        other.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&other));
-        QTRY_VERIFY(stackingOrder().contains(other.winId()));
-
-        controller->close();
-
-        QVERIFY(presenter->questionWasStacked);
-        QVERIFY2(presenter->windowsBelowTheQuestion.contains(other.winId()),
-            qPrintable(u"pin state %1"_s.arg(pinState)));
-        QVERIFY(presenter->windowsBelowTheQuestion.contains(controller->window()->winId()));
-        QVERIFY(controller->window()->isVisible());
-    }
-}
 
 QTEST_MAIN(TestSNStickyNoteWindowIntegration)
 #include "TestSNStickyNoteWindowIntegration.moc"
