@@ -5,6 +5,7 @@
 #include "import/SNNoteImporter.h"
 #include "notes/SNStickyNoteManager.h"
 #include "support/QWTestEnvironment.h"
+#include "support/QWTestFiles.h"
 #include "tags/SNTagManager.h"
 #include "themes/SNThemeManager.h"
 
@@ -17,14 +18,6 @@
 #include <QString>
 
 #include <memory>
-
-// Writes a file of another program's home, making its folders; false when that fails.
-inline bool writeImportFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
 
 // Copies a home folder of the golden cases. Files that carry no dates of their own date their
 // notes by the files' times, which a checkout sets to its own moment: the copy gets one fixed

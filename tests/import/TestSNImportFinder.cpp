@@ -25,14 +25,14 @@ private Q_SLOTS:
         // Places that the programs' settings name, which the golden cases' copied homes cannot
         // hold: a notes resource in a synced folder (Akonadi expands $HOME itself), and
         // tomboy-ng's folder by its absolute path. Another group's NotesPath is not the folder.
-        QVERIFY(writeImportFile(home.filePath(u".config/akonadi_akonotes_resource_3rc"_s),
+        QVERIFY(writeFile(home.filePath(u".config/akonadi_akonotes_resource_3rc"_s),
             "[General]\nPath[$e]=$HOME/Sync/notes\nTopLevelIsContainer=true\n"));
-        QVERIFY(writeImportFile(
+        QVERIFY(writeFile(
             home.filePath(u"Sync/notes/new/1682929230123.R1.host"_s), "Subject: Synced\n\nText\n"));
-        QVERIFY(writeImportFile(home.filePath(u".config/tomboy-ng/tomboy-ng.cfg"_s),
+        QVERIFY(writeFile(home.filePath(u".config/tomboy-ng/tomboy-ng.cfg"_s),
             "[SyncSettings]\nNotesPath=/elsewhere/\n[BasicSettings]\nNotesPath="
                 + home.filePath(u"Dropbox/tomboy"_s).toUtf8() + "/\n"));
-        QVERIFY(writeImportFile(home.filePath(u"Dropbox/tomboy/ABC.note"_s),
+        QVERIFY(writeFile(home.filePath(u"Dropbox/tomboy/ABC.note"_s),
             "<note xmlns=\"http://beatniksoftware.com/tomboy\"><title>Kept</title></note>"));
         const SNImportEnvironment environment = SNImportEnvironment::underHome(home.path());
 

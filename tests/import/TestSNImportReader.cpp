@@ -22,12 +22,12 @@ private Q_SLOTS:
     {
         QTemporaryDir home;
         const QDir xpad(home.filePath(u"xpad"_s));
-        QVERIFY(writeImportFile(home.filePath(u"secret"_s), "not a pad"));
-        QVERIFY(writeImportFile(xpad.filePath(u"info-Good"_s), "content content-Good\n"));
-        QVERIFY(writeImportFile(xpad.filePath(u"content-Good"_s), "kept"));
-        QVERIFY(writeImportFile(xpad.filePath(u"info-Link"_s), "content content-Link\n"));
+        QVERIFY(writeFile(home.filePath(u"secret"_s), "not a pad"));
+        QVERIFY(writeFile(xpad.filePath(u"info-Good"_s), "content content-Good\n"));
+        QVERIFY(writeFile(xpad.filePath(u"content-Good"_s), "kept"));
+        QVERIFY(writeFile(xpad.filePath(u"info-Link"_s), "content content-Link\n"));
         QVERIFY(QFile::link(home.filePath(u"secret"_s), xpad.filePath(u"content-Link"_s)));
-        QVERIFY(writeImportFile(xpad.filePath(u"info-Huge"_s), "content content-Huge\n"));
+        QVERIFY(writeFile(xpad.filePath(u"info-Huge"_s), "content content-Huge\n"));
         QFile huge(xpad.filePath(u"content-Huge"_s));
         QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(SNImportFile::maximumFileSize + 1));
         huge.close();
@@ -65,8 +65,8 @@ private Q_SLOTS:
     {
         QTemporaryDir folder;
         for (const char *name : { "a.note", "b.note", "c.note" })
-            QVERIFY(writeImportFile(
-                folder.filePath(QLatin1String(name)), "<note><title>n</title></note>"));
+            QVERIFY(
+                writeFile(folder.filePath(QLatin1String(name)), "<note><title>n</title></note>"));
 
         const SNImportReadResult result
             = SNTomboyReader(SNTomboyReader::Program::Gnote, 2).read(folder.path());

@@ -94,10 +94,9 @@ private Q_SLOTS:
         for (const QString &name : filesIn(out)) {
             if (name.endsWith(u".md"_s))
                 QWRichTextDump::compareWithFile(
-                    expected + u'/' + name, QWRichTextDump::fileBytes(out + u'/' + name));
+                    expected + u'/' + name, fileBytes(out + u'/' + name));
             else
-                QVERIFY2(QWRichTextDump::fileBytes(out + u'/' + name)
-                        == QWRichTextDump::fileBytes(expected + u'/' + name),
+                QVERIFY2(fileBytes(out + u'/' + name) == fileBytes(expected + u'/' + name),
                     qPrintable(name));
         }
 
@@ -186,7 +185,7 @@ private Q_SLOTS:
             qPrintable(result.problems[0]));
         // Its picture, written before the note failed, is gone again; no temporary file is left.
         QCOMPARE(filesIn(out), QStringList { u"Small.md"_s });
-        QVERIFY(QWRichTextDump::fileBytes(out + u"/Small.md"_s).endsWith("\n\nSmall\n"));
+        QVERIFY(fileBytes(out + u"/Small.md"_s).endsWith("\n\nSmall\n"));
     }
 
 private:
@@ -210,7 +209,7 @@ private:
         const QDir dir(folder);
         for (const QString &name :
             dir.entryList({ u"*.rtf"_s, u"*.txt"_s }, QDir::Files, QDir::Name)) {
-            const QByteArray bytes = QWRichTextDump::fileBytes(dir.filePath(name));
+            const QByteArray bytes = fileBytes(dir.filePath(name));
             auto note = noteWithText(name.endsWith(u".rtf"_s)
                     ? QWRtfReader().read(bytes).text
                     : QWAttributedString(QString::fromUtf8(bytes)));

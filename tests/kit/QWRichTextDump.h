@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kit/QWAttributedString.h"
+#include "support/QWTestFiles.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -81,13 +82,6 @@ public:
         QVERIFY(cases.exists());
         for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
             QTest::newRow(qPrintable(name)) << cases.filePath(name);
-    }
-
-    // The file's bytes; none when it cannot be read.
-    static QByteArray fileBytes(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     // Quotes and escapes what would not show: white space other than the space, controls,

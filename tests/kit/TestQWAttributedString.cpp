@@ -125,8 +125,7 @@ private Q_SLOTS:
             QDir::cleanPath(QStringLiteral(VELLUMO_TEST_DATA_DIR "/../rtf/data/cases")));
         QVERIFY(cases.exists());
         for (const QString &name : cases.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            const QByteArray rtf
-                = QWRichTextDump::fileBytes(cases.filePath(name + u"/input.rtf"_s));
+            const QByteArray rtf = fileBytes(cases.filePath(name + u"/input.rtf"_s));
             const QWAttributedString text = QWRtfReader().read(rtf).text;
             QVERIFY(!text.isEmpty());
             QTest::newRow(qPrintable(name)) << text << text;

@@ -2,6 +2,7 @@
 
 #include "notes/SNStickyNote.h"
 #include "notes/SNStickyNoteManager.h"
+#include "support/QWTestFiles.h"
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
@@ -32,20 +33,6 @@ inline QStringList textsOf(const QList<std::shared_ptr<SNStickyNote>> &notes)
     for (const std::shared_ptr<SNStickyNote> &note : notes)
         texts.append(textOf(*note));
     return texts;
-}
-
-inline QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-inline void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
 }
 
 // Empties the store of the welcome notes it starts with.

@@ -34,7 +34,7 @@ private Q_SLOTS:
         const qsizetype firstEnd = SNJournal::header.size() + 8 + records[0].size();
         const qsizetype secondEnd = firstEnd + 8 + records[1].size();
         for (qsizetype cut = 0; cut < whole.size(); ++cut) {
-            writeFile(m_path, whole.left(cut));
+            QVERIFY(writeFile(m_path, whole.left(cut)));
             const SNJournal::Contents contents = SNJournal::read(m_path);
             const qsizetype wholeRecords = cut >= secondEnd ? 2 : cut >= firstEnd ? 1 : 0;
             QCOMPARE(contents.records, records.mid(0, wholeRecords));
@@ -46,17 +46,17 @@ private Q_SLOTS:
 
         QByteArray flipped = whole;
         flipped[firstEnd + 8 + 100] = flipped[firstEnd + 8 + 100] ^ 0x01;
-        writeFile(m_path, flipped);
+        QVERIFY(writeFile(m_path, flipped));
         QCOMPARE(SNJournal::read(m_path).records, records.mid(0, 1));
         QCOMPARE(SNJournal::read(m_path).validLength, firstEnd);
 
         // A length no record could have is damage, not a reason to allocate it.
         QByteArray huge = whole.left(firstEnd) + "\xff\xff\xff\xff\0\0\0\0"_ba;
-        writeFile(m_path, huge);
+        QVERIFY(writeFile(m_path, huge));
         QCOMPARE(SNJournal::read(m_path).records, records.mid(0, 1));
         QVERIFY(!SNJournal::read(m_path).isComplete());
 
-        writeFile(m_path, "something else entirely"_ba);
+        QVERIFY(writeFile(m_path, "something else entirely"_ba));
         QVERIFY(SNJournal::read(m_path).records.isEmpty());
         QVERIFY(!SNJournal::read(m_path).isComplete());
         QFile::remove(m_path);

@@ -250,7 +250,7 @@ private Q_SLOTS:
             QVERIFY(store.compact());
         }
         const QByteArray damaged = fileBytes(path).chopped(40); // cut inside the second note
-        writeFile(path, damaged);
+        QVERIFY(writeFile(path, damaged));
         {
             SNStickyNoteManager store(folder());
             // The damaged file is kept aside, byte for byte; what it still held is read, and
@@ -263,7 +263,7 @@ private Q_SLOTS:
             QCOMPARE(textsInFile(path), (QStringList { u"first"_s, u"second"_s }));
 
             // Not an archive at all: moved aside too, within the same second, beside the first.
-            writeFile(path, "{\\rtf1 not notes}");
+            QVERIFY(writeFile(path, "{\\rtf1 not notes}"));
             SNStickyNoteManager other(folder());
             QVERIFY(other.notesArray().isEmpty());
             QCOMPARE(other.movedAsidePath(), aside + u"-2"_s);
@@ -283,8 +283,8 @@ private Q_SLOTS:
         QByteArray doubled = journal;
         for (const QByteArray &record : whole.records)
             doubled += SNJournal::frame(record);
-        writeFile(
-            folder() + SNStickyNoteManager::journalFileName, doubled + "\x10\0\0\0garbage"_ba);
+        QVERIFY(writeFile(
+            folder() + SNStickyNoteManager::journalFileName, doubled + "\x10\0\0\0garbage"_ba));
         SNStickyNoteManager store(folder());
         QCOMPARE(textsOf(store.notesArray()), (QStringList { u"kept"_s, u"torn"_s }));
         QCOMPARE(store.keptAsidePaths().size(), 1);
@@ -297,7 +297,7 @@ private Q_SLOTS:
             (QStringList { u"kept"_s, u"torn"_s, u"after"_s }));
 
         // A journal that is not one at all is read as none and kept aside.
-        writeFile(store.journalPath(), "not a journal"_ba);
+        QVERIFY(writeFile(store.journalPath(), "not a journal"_ba));
         SNStickyNoteManager fresh(folder());
         QCOMPARE(fresh.keptAsidePaths().size(), 1);
         QVERIFY(!QFile::exists(store.journalPath()));
@@ -311,7 +311,7 @@ private Q_SLOTS:
         const QStringList kept = { u"stickies.db.damaged-20261121-101500"_s, u"stickies.db.bak"_s,
             u"stickies.db.AbC1234"_s, u"Themes.db.AbC123"_s };
         for (const QString &name : leftovers + kept)
-            writeFile(folder() + name, "partial");
+            QVERIFY(writeFile(folder() + name, "partial"));
         SNStickyNoteManager store(folder());
         for (const QString &name : leftovers)
             QVERIFY2(!QFile::exists(folder() + name), qPrintable(name));
@@ -357,7 +357,7 @@ private Q_SLOTS:
             QCOMPARE(dumpOf(SNStickyNoteManager(runFolder)), expected);
             // The old journal again over the new archive, as when a crash came between them:
             // the same notes, though a note deleted and brought back may change its place.
-            writeFile(store.journalPath(), journal);
+            QVERIFY(writeFile(store.journalPath(), journal));
             QStringList replayed = dumpOf(SNStickyNoteManager(runFolder));
             QStringList sorted = expected;
             replayed.sort();

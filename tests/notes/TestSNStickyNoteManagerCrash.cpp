@@ -233,8 +233,8 @@ private:
     void seed(Folder &folder, int count) const
     {
         // An empty archive, so that the welcome notes are not copied in: they are not the writer's.
-        writeFile(QDir(folder.path).filePath(SNStickyNoteManager::databaseFileName),
-            QWKeyedArchiver::archivedDataWithRootObject(QList<std::shared_ptr<SNStickyNote>>()));
+        QVERIFY(writeFile(QDir(folder.path).filePath(SNStickyNoteManager::databaseFileName),
+            QWKeyedArchiver::archivedDataWithRootObject(QList<std::shared_ptr<SNStickyNote>>())));
         SNStickyNoteManager store(folder.path, u"crash-test"_s);
         QVERIFY(store.notesArray().isEmpty());
         for (int i = 0; i < count; ++i) {

@@ -43,15 +43,17 @@ private Q_SLOTS:
         QVERIFY(folder.writeDescription(u"Desk"_s, u"machine-1"_s));
         QVERIFY(folder.rewriteOwnJournal(
             [](const QList<QByteArray> &) { return QList<QByteArray> { "own" }; }));
-        writeFile(otherDevice(u"stickies-1.journal"_s), journalOf({ "one", "two" }));
+        QVERIFY(writeFile(otherDevice(u"stickies-1.journal"_s), journalOf({ "one", "two" })));
         // Half-arrived files under the tools' temporary names, and a stray file.
-        writeFile(otherDevice(u".syncthing.stickies-2.journal.tmp"_s), journalOf({ "tmp" }));
-        writeFile(otherDevice(u"~stickies-2.journal"_s), journalOf({ "tilde" }));
-        writeFile(otherDevice(u"stickies-2.journal.part"_s), journalOf({ "part" }));
-        writeFile(otherDevice(u"notes.txt"_s), "hello");
+        QVERIFY(
+            writeFile(otherDevice(u".syncthing.stickies-2.journal.tmp"_s), journalOf({ "tmp" })));
+        QVERIFY(writeFile(otherDevice(u"~stickies-2.journal"_s), journalOf({ "tilde" })));
+        QVERIFY(writeFile(otherDevice(u"stickies-2.journal.part"_s), journalOf({ "part" })));
+        QVERIFY(writeFile(otherDevice(u"notes.txt"_s), "hello"));
         // A conflict copy is more records of that computer.
-        writeFile(otherDevice(u"stickies-1.sync-conflict-20261124-101010-ABCDEFG.journal"_s),
-            journalOf({ "copy" }));
+        QVERIFY(
+            writeFile(otherDevice(u"stickies-1.sync-conflict-20261124-101010-ABCDEFG.journal"_s),
+                journalOf({ "copy" })));
 
         SNSyncFolder::Reading reading = folder.readNewRecords();
         QCOMPARE(reading.records, (QList<QByteArray> { "own", "one", "two", "copy" }));
@@ -72,7 +74,7 @@ private Q_SLOTS:
         QByteArray bytes = journalOf({ "first", "second", "third" });
         QByteArray damaged = bytes;
         damaged[damaged.size() - 2] = 'X';
-        writeFile(path, damaged);
+        QVERIFY(writeFile(path, damaged));
         SNSyncFolder::Reading reading = folder.readNewRecords();
         QCOMPARE(reading.records, (QList<QByteArray> { "first", "second" }));
         QCOMPARE(reading.waiting, QStringList { path });
@@ -83,7 +85,7 @@ private Q_SLOTS:
         // The tool delivers the file again, whole and a record longer.
         bytes += SNJournal::frame("fourth");
         QTest::qWait(20); // a new modification time on coarse file systems
-        writeFile(path, bytes);
+        QVERIFY(writeFile(path, bytes));
         reading = folder.readNewRecords();
         QCOMPARE(reading.records, (QList<QByteArray> { "third", "fourth" }));
         QVERIFY(reading.waiting.isEmpty());

@@ -1,6 +1,7 @@
 #include "settings/GVUserDefaults.h"
 #include "settings/SNUserDefaults.h"
 #include "support/QWTestEnvironment.h"
+#include "support/QWTestFiles.h"
 
 #include <QFile>
 #include <QSettings>
@@ -25,12 +26,6 @@ protected:
     }
 };
 
-QByteArray fileText(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 class TestGVUserDefaults final : public QObject
@@ -51,7 +46,7 @@ private Q_SLOTS:
         suite->userDefaults().sync();
         const QString path = m_environment->configHome() + u"/Vellumo/Suite.conf"_s;
         QCOMPARE(suite->userDefaults().fileName(), path);
-        QCOMPARE(fileText(path), "[General]\nSuite.count=3\n");
+        QCOMPARE(fileBytes(path), "[General]\nSuite.count=3\n");
         QVERIFY(!QFile::exists(GVUserDefaults::standardStorePath()));
 
         // A written value wins over the default, also when it is the empty value.
@@ -82,8 +77,8 @@ private Q_SLOTS:
         const QStringList list { u"a"_s, u"b"_s };
         suite->setObjectForKey(list, u"list"_s);
         suite->userDefaults().sync();
-        QVERIFY(
-            fileText(suite->userDefaults().fileName()).contains("Suite.ratio=0.949999988079071\n"));
+        QVERIFY(fileBytes(suite->userDefaults().fileName())
+                    .contains("Suite.ratio=0.949999988079071\n"));
         suite = GVUserDefaults::make<SuiteDefaults>();
         QCOMPARE(suite->floatForKey(u"ratio"_s), 0.95f);
         QCOMPARE(suite->doubleForKey(u"alpha"_s), 0.1);

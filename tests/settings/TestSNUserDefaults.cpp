@@ -2,6 +2,7 @@
 #include "settings/SNApplicationInfo.h"
 #include "settings/SNUserDefaults.h"
 #include "support/QWTestEnvironment.h"
+#include "support/QWTestFiles.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -11,12 +12,6 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-QByteArray fileText(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QString autostartPath()
 {
@@ -52,7 +47,7 @@ private Q_SLOTS:
         defaults->setHotKeyCombo({ QWKeyCombo::CommandKeyMask, 49 });
         defaults->setNoteHotKeyCombo({});
         // Flushed at once: the file holds them before anything syncs.
-        const QByteArray text = fileText(GVUserDefaults::standardStorePath());
+        const QByteArray text = fileBytes(GVUserDefaults::standardStorePath());
         QVERIFY2(text.contains("\nhotKeyCode=49\nhotKeyModifier=1048576\nnoteHotKeyCode=-1\n"
                                "noteHotKeyModifier=0\n"),
             text.constData());
@@ -66,7 +61,7 @@ private Q_SLOTS:
         auto defaults = GVUserDefaults::make<SNUserDefaults>();
         QTest::ignoreMessage(QtInfoMsg, "DEBUG: Added org.vellumo.Vellumohelper");
         defaults->setStartAtLogin(true);
-        const QByteArray entry = fileText(autostartPath());
+        const QByteArray entry = fileBytes(autostartPath());
         QVERIFY(entry.startsWith("[Desktop Entry]\n"));
         for (const QByteArray &line :
             { "Type=Application"_ba, "NoDisplay=true"_ba, "X-GNOME-Autostart-enabled=true"_ba,

@@ -1,6 +1,7 @@
 #include "kit/QWKeyedArchiver.h"
 #include "support/QWManualScheduler.h"
 #include "support/QWTestEnvironment.h"
+#include "support/QWTestFiles.h"
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"
 
@@ -30,19 +31,6 @@ QStringList namesOf(const Themes &themes)
     for (const auto &theme : themes)
         names.append(theme->name());
     return names;
-}
-
-QByteArray contentsOfFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
 }
 
 } // namespace
@@ -99,9 +87,9 @@ private Q_SLOTS:
         // A theme read without any name is dropped by the next save; missing keys read as defaults.
         const QWArchiveValue nameless = QWArchiveValue::fromObject(
             u"SNUserTheme"_s, { { u"startColor"_s, QWKeyedArchiver::archivedValue(night) } });
-        writeFile(reloaded.themesFilePath(),
+        QVERIFY(writeFile(reloaded.themesFilePath(),
             QWKeyedArchiver::archivedDataWithRootValue(
-                QWArchiveValue::fromArray({ nameless, QWKeyedArchiver::archivedValue(dark) })));
+                QWArchiveValue::fromArray({ nameless, QWKeyedArchiver::archivedValue(dark) }))));
         SNThemeManager withNameless(directory);
         const std::shared_ptr<SNUserTheme> read = withNameless.userThemes().first();
         QVERIFY(!read->hasName() && !read->isDark());
@@ -142,13 +130,13 @@ private Q_SLOTS:
         QWManualScheduler scheduler(QDateTime(QDate(2026, 5, 4), QTime(10, 20, 30)));
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"Themes.db"_s);
-        writeFile(path, bytes);
+        QVERIFY(writeFile(path, bytes));
 
         SNThemeManager manager(folder.path());
         QCOMPARE(namesOf(manager.userThemes()), kept);
         const QString aside = path + u".damaged-20260504-102030"_s;
         QCOMPARE(manager.movedAsidePath(), aside);
-        QCOMPARE(contentsOfFile(aside), bytes);
+        QCOMPARE(fileBytes(aside), bytes);
         QCOMPARE(environment.messages().filter(u"[DEBUG] Could not read"_s).size(), 1);
 
         // Saving writes a fresh file and leaves the damaged one alone.
@@ -158,12 +146,12 @@ private Q_SLOTS:
             namesOf(SNThemeManager(folder.path()).userThemes()), kept + QStringList { u"New"_s });
 
         // Damage again within the same second gets a name of its own.
-        writeFile(path, "damaged again");
+        QVERIFY(writeFile(path, "damaged again"));
         QCOMPARE(SNThemeManager(folder.path()).movedAsidePath(), aside + u"-2"_s);
-        QCOMPARE(contentsOfFile(aside), bytes);
+        QCOMPARE(fileBytes(aside), bytes);
 
         // An empty file holds nothing to lose: it is left where it is.
-        writeFile(path, QByteArray());
+        QVERIFY(writeFile(path, QByteArray()));
         QCOMPARE(SNThemeManager(folder.path()).movedAsidePath(), QString());
         QVERIFY(QFileInfo::exists(path));
     }

@@ -43,8 +43,7 @@ private Q_SLOTS:
     void readsAsExpected()
     {
         QFETCH(QString, folder);
-        const QWRtfReadResult result
-            = QWRtfReader().read(QWRichTextDump::fileBytes(folder + u"/input.rtf"_s));
+        const QWRtfReadResult result = QWRtfReader().read(fileBytes(folder + u"/input.rtf"_s));
         QCOMPARE(result.errorString(), QString());
         QWRichTextDump::compareWithFile(
             folder + u"/read.txt"_s, QWRichTextDump::describe(result.text).toUtf8());
@@ -114,8 +113,7 @@ private Q_SLOTS:
     void truncatedDocuments()
     {
         for (const QString &name : { u"pandoc"_s, u"libreoffice"_s }) {
-            const QByteArray whole
-                = QWRichTextDump::fileBytes(dataFolder + u"cases/%1/input.rtf"_s.arg(name));
+            const QByteArray whole = fileBytes(dataFolder + u"cases/%1/input.rtf"_s.arg(name));
             QVERIFY(!whole.isEmpty());
             const QString text = textOf(whole);
             const bool everywhere = whole.size() < 2000;

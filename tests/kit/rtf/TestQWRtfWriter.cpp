@@ -58,7 +58,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, folder);
         const QWAttributedString text
-            = QWRtfReader().read(QWRichTextDump::fileBytes(folder + u"/input.rtf"_s)).text;
+            = QWRtfReader().read(fileBytes(folder + u"/input.rtf"_s)).text;
         const QByteArray rtf = QWRtfWriter().write(text);
         QWRichTextDump::compareWithFile(folder + u"/written.rtf"_s, rtf);
         QVERIFY(std::all_of(rtf.cbegin(), rtf.cend(), [](char c) { return c > 0 && c < 0x7F; }));

@@ -19,13 +19,6 @@ A attachment(const QByteArray &bytes, const QString &name)
     return attributes;
 }
 
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(path));
-}
-
 } // namespace
 
 class TestQWRtfdPackage final : public QObject
@@ -64,7 +57,7 @@ private Q_SLOTS:
         files.sort();
         QCOMPARE(QDir(path).entryList(QDir::Files | QDir::Hidden, QDir::Name), files);
         for (const auto &[attributes, name] : attachments)
-            QCOMPARE(QWRichTextDump::fileBytes(QDir(path).filePath(name)), attributes.attachment());
+            QCOMPARE(fileBytes(QDir(path).filePath(name)), attributes.attachment());
 
         QCOMPARE(QWRtfdPackage::read(path).text, expected.attributedString());
         // Writing again into the same package gives the same text.
@@ -89,17 +82,17 @@ private Q_SLOTS:
         const QString path = folder.filePath(u"p.rtfd"_s);
         QVERIFY(QDir().mkpath(path + u"/sub"_s));
         const QByteArray png = imageFileBytes(Qt::red, QSize(4, 4), "PNG");
-        writeFile(folder.filePath(u"outside.png"_s), png);
-        writeFile(path + u"/sub/inside.png"_s, png);
-        writeFile(path + u"/notes.txt"_s, "just text");
-        writeFile(path + u"/empty.png"_s, QByteArray());
-        writeFile(path + u"/green.bmp"_s, imageFileBytes(Qt::green, QSize(4, 4), "BMP"));
+        QVERIFY(writeFile(folder.filePath(u"outside.png"_s), png));
+        QVERIFY(writeFile(path + u"/sub/inside.png"_s, png));
+        QVERIFY(writeFile(path + u"/notes.txt"_s, "just text"));
+        QVERIFY(writeFile(path + u"/empty.png"_s, QByteArray()));
+        QVERIFY(writeFile(path + u"/green.bmp"_s, imageFileBytes(Qt::green, QSize(4, 4), "BMP")));
         QVERIFY(QFile::link(folder.filePath(u"outside.png"_s), path + u"/link.png"_s));
         QByteArray rtf = "{\\rtf1\\ansi ";
         for (const char *name : { "../outside.png", "sub/inside.png", "missing.png", "notes.txt",
                  "empty.png", "link.png", "sub", "..", "green.bmp" })
             rtf += "[{{\\NeXTGraphic " + QByteArray(name) + " \\width80 \\height80}\\'ac}]";
-        writeFile(path + u"/TXT.rtf"_s, rtf + '}');
+        QVERIFY(writeFile(path + u"/TXT.rtf"_s, rtf + '}'));
 
         const QWRtfReadResult read = QWRtfdPackage::read(path);
         QCOMPARE(read.error, Error::None);
@@ -114,11 +107,11 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         QCOMPARE(QWRtfdPackage::read(folder.filePath(u"missing.rtfd"_s)).error, Error::Unreadable);
         QCOMPARE(QWRtfdPackage::read(folder.path()).error, Error::Unreadable);
-        writeFile(folder.filePath(u"TXT.rtf"_s), "not rtf");
+        QVERIFY(writeFile(folder.filePath(u"TXT.rtf"_s), "not rtf"));
         QCOMPARE(QWRtfdPackage::read(folder.path()).error, Error::NotRtf);
 
         // A package cannot be made below a file.
-        writeFile(folder.filePath(u"file"_s), "x");
+        QVERIFY(writeFile(folder.filePath(u"file"_s), "x"));
         QString error;
         QVERIFY(!QWRtfdPackage::write(
             QWAttributedString(u"x"_s), folder.filePath(u"file/p.rtfd"_s), &error));
