@@ -157,21 +157,16 @@ struct TestApplication
         delegate->applicationDidFinishLaunching();
     }
 
-    QAction *trayItem(const QString &text) const
-    {
-        const QList<QAction *> items = delegate->statusItemMenu()->actions();
-        const auto found = std::find_if(items.cbegin(), items.cend(),
-            [&text](const QAction *item) { return item->text() == text; });
-        return found == items.cend() ? nullptr : *found;
-    }
-
     // Chooses the tray's item of this title; false when there is none.
     bool triggerTrayItem(const QString &text) const
     {
-        QAction *item = trayItem(text);
-        if (item)
-            item->trigger();
-        return item != nullptr;
+        for (QAction *item : delegate->statusItemMenu()->actions()) {
+            if (item->text() == text) {
+                item->trigger();
+                return true;
+            }
+        }
+        return false;
     }
 };
 

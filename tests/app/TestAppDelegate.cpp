@@ -44,15 +44,6 @@ private Q_SLOTS:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    void launchWithoutNotesMakesOneNewNote()
-    {
-        for (const auto &note : m_app->notes.store.notesArray())
-            m_app->notes.store.removeNote(note);
-        launch();
-        QCOMPARE(m_app->notes.store.notesArray().size(), 1);
-        QCOMPARE(visibleNotes(), 1);
-    }
-
     void loginStartDecidesWhetherNotesShow_data()
     {
         QTest::addColumn<QString>("url");
@@ -71,7 +62,7 @@ private Q_SLOTS:
         QFETCH(bool, shown);
         m_app->defaults->setHideWindow(hideWindow);
         NoteWindowShowings showings;
-        launch(url);
+        m_app->launch(url);
         // The windows exist either way, one per note.
         QVERIFY(notes().size() > 2);
         QCOMPARE(notes().size(), m_app->notes.store.notesArray().size());
@@ -90,7 +81,7 @@ private Q_SLOTS:
     {
         // Notes hidden at login come with the first click.
         m_app->defaults->setHideWindow(true);
-        launch(QStringLiteral("vellumo://lal"));
+        m_app->launch(QStringLiteral("vellumo://lal"));
         m_app->delegate->menuIconWasClicked();
         QCOMPARE(visibleNotes(), notes().size());
         // The next hides not only the notes: the preferences go and come back with them, the
@@ -112,7 +103,7 @@ private Q_SLOTS:
     void firstRunWaitsForTheWelcomeWindow()
     {
         m_app->defaults->userDefaults().remove(QWWelcomeWindowController::wasShownKey());
-        launch();
+        m_app->launch();
         QWWelcomeWindowController *welcome = m_app->delegate->welcomeWindowController();
         QVERIFY(welcome->window()->isVisible() && !m_app->delegate->menuShouldShow());
         // While it is open, new notes and the preferences only beep.
@@ -130,7 +121,7 @@ private Q_SLOTS:
 
     void notesFromOtherComputersOpenOnceAFolderIsChosen()
     {
-        launch();
+        m_app->launch();
         QTemporaryDir sync;
         const auto note = writeLaptop(sync.path(), QStringLiteral("Written on the laptop"));
         m_app->defaults->setSyncFolder(sync.path());
@@ -142,7 +133,7 @@ private Q_SLOTS:
 
     void arrangedNotesTileSaveTheirFramesAndGoBack()
     {
-        launch();
+        m_app->launch();
         const QList<SNStickyNoteWindowController *> all = notes();
         const auto frames = [&all] {
             QList<QRect> result;
@@ -163,11 +154,9 @@ private Q_SLOTS:
 
         QVERIFY(m_app->triggerTrayItem(QStringLiteral("Put Notes Back")));
         QTRY_COMPARE(frames(), before);
-        QVERIFY(!m_app->trayItem(QStringLiteral("Put Notes Back"))->isEnabled());
     }
 
 private:
-    void launch(const QString &url = QString()) const { m_app->launch(url); }
     QList<SNStickyNoteWindowController *> notes() const
     {
         return m_app->notes.windows.controllers();

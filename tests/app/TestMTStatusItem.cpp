@@ -41,9 +41,7 @@ private Q_SLOTS:
         item.mouseDown(Qt::ControlModifier);
         QCOMPARE(delegate.clicks, 2);
         QTRY_VERIFY(menu.isVisible());
-        QVERIFY(item.isClicked());
         menu.close();
-        QVERIFY(!item.isClicked());
 
         delegate.allowsMenu = false;
         item.rightMouseDown();
@@ -51,7 +49,6 @@ private Q_SLOTS:
         // A tray that opens the menu by itself is refused too: it closes again at once.
         menu.popup(QPoint(10, 10));
         QTRY_VERIFY(!menu.isVisible());
-        QVERIFY(!item.isClicked());
     }
 };
 

@@ -18,15 +18,6 @@ namespace {
 const QString newNote = u"new-note"_s;
 const QString showTags = u"toggle-tags"_s;
 
-std::unique_ptr<QWGlobalShortcutsPortal> readyPortal()
-{
-    auto portal = std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s);
-    if (!QTest::qWaitFor([&] { return portal->state() != State::Asking; }, 20000)
-        || portal->state() != State::Ready)
-        return nullptr;
-    return portal;
-}
-
 } // namespace
 
 // The desktop's own portal, its KDE back end and KWin's shortcut daemon, all real: what the
@@ -45,8 +36,9 @@ private Q_SLOTS:
         // Names of their own: the desktop keeps what happens to them for the next session.
         const QString newNote = u"portal-new-note"_s;
         const QString showTags = u"portal-toggle-tags"_s;
-        const std::unique_ptr<QWGlobalShortcutsPortal> portal = readyPortal();
-        QVERIFY2(portal, "the portal offers no global shortcuts");
+        const auto portal = std::make_unique<QWGlobalShortcutsPortal>(u"org.vellumo.Vellumo"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(portal->state() != State::Asking, 20000);
+        QVERIFY2(portal->state() == State::Ready, "the portal offers no global shortcuts");
         QSignalSpy activated(portal.get(), &QWGlobalShortcutsPortal::shortcutActivated);
 
         portal->bindShortcuts({ { newNote, u"New note"_s, u"CTRL+ALT+n"_s },

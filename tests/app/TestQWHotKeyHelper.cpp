@@ -1,7 +1,6 @@
 #include "SNAppTestSupport.h"
 #include "app/QWHotKeyHelper.h"
 #include "kit/QWKeyCombo.h"
-#include "support/QWTestEnvironment.h"
 
 #include <QTest>
 
@@ -20,18 +19,15 @@ class TestQWHotKeyHelper final : public QObject
 private Q_SLOTS:
     void onlyWhatWasGrabbedGetsAnIdentifierAndIsReleased()
     {
-        QWTestEnvironment environment;
         auto owned = std::make_unique<RecordingGrabber>();
         RecordingGrabber &grabber = *owned;
         QWHotKeyHelper helper(std::move(owned));
-        // Empty combinations are never tried; a refusal is logged.
+        // Empty combinations are never tried.
         QCOMPARE(helper.registerHotKey(QWKeyCombo {}), -1);
         QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, QWKeyCombo::NoKeyCode }), -1);
         QCOMPARE(grabber.lastModifiers, 0);
         grabber.refusedCodes = { 53 };
         QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, 53 }), -1);
-        QCOMPARE(environment.messages(),
-            QStringList { QStringLiteral("[DEBUG] Error registering hotkey") });
 
         // Caps Lock and the device's own bits are not part of a combination.
         const qint64 tags = helper.registerHotKey(QWKeyCombo { controlShift | 0x10000 | 0xFF, 45 });
@@ -47,15 +43,11 @@ private Q_SLOTS:
         const qint64 again = helper.registerHotKey(QWKeyCombo { controlShift, 45 });
         QCOMPARE(grabber.codes, (QHash<qint64, qint64> { { again, 45 } }));
         QVERIFY(again != tags);
-    }
 
-    void withoutAnXServerNothingRegisters()
-    {
-        QWTestEnvironment environment;
-        QWHotKeyHelper helper(nullptr);
-        QCOMPARE(helper.registerHotKey(QWKeyCombo { controlShift, 45 }), -1);
-        QCOMPARE(environment.messages().size(), 1);
-        helper.unregisterHotkeyWithID(1);
+        // Without an X server nothing registers, and releasing fails quietly.
+        QWHotKeyHelper withoutX(nullptr);
+        QCOMPARE(withoutX.registerHotKey(QWKeyCombo { controlShift, 45 }), -1);
+        withoutX.unregisterHotkeyWithID(1);
     }
 };
 

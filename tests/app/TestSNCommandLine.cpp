@@ -50,7 +50,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QStringList>("uris");
         QTest::addColumn<QStringList>("actions");
-        QTest::addColumn<std::optional<QString>>("input"); // what standard input gave, when read
+        QTest::addColumn<std::optional<QString>>("input"); // what standard input gives, when read
         const std::optional<QString> unread;
         QTest::newRow("files, relative to the folder")
             << items("notes/a.rtf|../b c.rtf|/tmp/100%.rtf|vellumo-notes.rtf")
@@ -67,6 +67,10 @@ private Q_SLOTS:
         QTest::newRow("dash reads standard input")
             << items("-|--quit") << QStringList() << items("note-from-selection|quit")
             << std::optional(QStringLiteral("piped\n"));
+        // Empty input is still input: the note is refused rather than made of the selection.
+        QTest::newRow("empty standard input")
+            << items("-") << QStringList() << items("note-from-selection")
+            << std::optional(QString());
         QTest::newRow("nothing") << QStringList() << QStringList() << QStringList() << unread;
     }
 
@@ -81,22 +85,13 @@ private Q_SLOTS:
         int reads = 0;
         const SNLaunchRequest request = commandLine.request(QStringLiteral("/home/anna/docs"), [&] {
             ++reads;
-            return QStringLiteral("piped\n");
+            return input.value_or(QString());
         });
         QCOMPARE(reads, input ? 1 : 0);
         QCOMPARE(request.uris, uris);
         QCOMPARE(request.actions, actions);
         QCOMPARE(request.selectionText, input);
         QCOMPARE(request.isEmpty(), arguments.isEmpty());
-    }
-
-    // Empty input is still input: the note is refused rather than made of the selection.
-    void emptyInputIsNoSelection()
-    {
-        SNCommandLine emptyInput;
-        QVERIFY(emptyInput.parse(items("vellumo|-")));
-        QCOMPARE(emptyInput.request(QStringLiteral("/"), [] { return QString(); }).selectionText,
-            std::optional(QString()));
     }
 
     // The history, sync and import commands each go alone, paths taken from /home/anna.

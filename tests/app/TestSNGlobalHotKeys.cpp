@@ -28,8 +28,6 @@ private Q_SLOTS:
         QCOMPARE(grabber.codes,
             (QHash<qint64, qint64> { { hotKeys.hotKeyID(), 45 }, { hotKeys.noteHotKeyID(), 49 } }));
         QVERIFY(hotKeys.hotKeyID() != tags);
-        QCOMPARE(hotKeys.state().newNote().command,
-            SNGlobalHotKeys::programCommand() + QStringLiteral(" --new-note"));
         // Every identifier other than the show-tags one means a new note, stale ones included.
         for (const qint64 identifier : { hotKeys.hotKeyID(), hotKeys.noteHotKeyID(), tags })
             grabber.press(identifier);

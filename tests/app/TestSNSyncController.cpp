@@ -89,8 +89,6 @@ private Q_SLOTS:
 
         desk.defaults->setSyncFolder(m_folder->path());
         QVERIFY(desk.controller.session());
-        QCOMPARE(desk.controller.state().session(), desk.controller.session());
-        QVERIFY(desk.controller.state().problem().isEmpty());
         // The session that the folder started took what is typed in the windows first.
         QVERIFY(flushes > 0);
         // The same folder written again changes nothing.

@@ -31,8 +31,6 @@ template <typename Condition> bool eventually(Condition condition)
 #define EVENTUALLY(condition, message)                                                             \
     QVERIFY2(eventually([&] { return condition; }), QByteArray(message).constData())
 
-const QString conflictSuffix = u" (conflict)"_s;
-
 QString firstLine(const QString &text)
 {
     return text.section(u'\n', 0, 0);
@@ -116,7 +114,7 @@ QStringList conflictNotesOf(const QHash<QString, QString> &notes)
 {
     QStringList found;
     for (auto note = notes.begin(); note != notes.end(); ++note) {
-        if (firstLine(note.value()).endsWith(conflictSuffix))
+        if (firstLine(note.value()).endsWith(u" (conflict)"_s))
             found.append(note.key());
     }
     return found;
