@@ -16,6 +16,7 @@
 #include "notewindow/SNStickyNoteWindowController.h"
 #include "settings/SNUserDefaults.h"
 #include "support/QWManualScheduler.h"
+#include "support/QWTestFiles.h"
 
 #include <QDirIterator>
 #include <QFile>
@@ -113,10 +114,10 @@ struct TestNotes
     }
 };
 
-inline QString writeFile(const QString &path, const QByteArray &bytes)
+// The path of the file written; a file that cannot be written ends the test program.
+inline QString writtenFile(const QString &path, const QByteArray &bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+    if (!writeFile(path, bytes))
         qFatal("Could not write %s", qUtf8Printable(path));
     return path;
 }

@@ -3,6 +3,7 @@
 #include "notes/SNStickyNoteManager.h"
 #include "support/QWProgramDriver.h"
 #include "support/QWProgramSession.h"
+#include "support/QWTestFiles.h"
 
 #include <QFile>
 #include <QJsonDocument>

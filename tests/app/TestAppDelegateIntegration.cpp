@@ -138,9 +138,9 @@ private Q_SLOTS:
 
     void openedFilesAndPipedTextAreSavedAtATerminationSignal()
     {
-        const QString letter = writeFile(m_session->homePath(QStringLiteral("first letter.rtf")),
+        const QString letter = writtenFile(m_session->homePath(QStringLiteral("first letter.rtf")),
             "{\\rtf1\\ansi Dear {\\b Anna}}");
-        writeFile(
+        writtenFile(
             m_session->homePath(QStringLiteral("second.rtf")), "{\\rtf1\\ansi See you {\\i soon}}");
         QVERIFY(startShowingNotes(*m_session, { letter }));
         // Relative to the second start's own folder.

@@ -1,7 +1,6 @@
 #include "app/MTStatusItem.h"
 #include "app/MTStatusItemDelegate.h"
 
-#include <QApplication>
 #include <QMenu>
 #include <QTest>
 

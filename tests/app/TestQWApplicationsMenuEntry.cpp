@@ -28,7 +28,7 @@ QString validatorComplaints(const QByteArray &entry)
     QTemporaryDir folder;
     QProcess validator;
     validator.start(QStringLiteral("desktop-file-validate"),
-        { writeFile(folder.filePath(identifier + QStringLiteral(".desktop")), entry) });
+        { writtenFile(folder.filePath(identifier + QStringLiteral(".desktop")), entry) });
     if (!validator.waitForStarted())
         qFatal("desktop-file-validate is not installed; ./build.sh installs it");
     validator.waitForFinished();
@@ -69,9 +69,7 @@ private Q_SLOTS:
         const QString program = QStringLiteral("/home/anna/my builds/100%/vellumo");
         QVERIFY(QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
         QVERIFY(QWApplicationsMenuEntry::isInstalled(identifier));
-        QFile written(QWApplicationsMenuEntry::desktopEntryPath(identifier));
-        QVERIFY(written.open(QIODevice::ReadOnly));
-        const QByteArray entry = written.readAll();
+        const QByteArray entry = fileBytes(QWApplicationsMenuEntry::desktopEntryPath(identifier));
         QCOMPARE(validatorComplaints(entry), QString());
         QCOMPARE(entry.count('\n'), shippedEntry().count('\n'));
         const QString main = QStringLiteral("Desktop Entry");
@@ -93,7 +91,7 @@ private Q_SLOTS:
 
         // A data folder that is a file cannot take the entry.
         QDir(environment.dataHome()).removeRecursively();
-        writeFile(environment.dataHome(), QByteArray());
+        writtenFile(environment.dataHome(), QByteArray());
         QVERIFY(!QWApplicationsMenuEntry::install(identifier, shippedEntry(), icon, program));
     }
 };

@@ -1,7 +1,6 @@
 #include "app/SNCommandLine.h"
 #include "app/SNLaunchRequest.h"
 
-#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;

@@ -37,9 +37,7 @@ private Q_SLOTS:
         QVERIFY2(output.startsWith(u"KNotes: 3 notes imported\n"_s), qPrintable(output));
         const QString early = session.homePath(u"early"_s);
         QCOMPARE(session.runSecond({ u"--export-markdown"_s, early }, {}, &output), 0);
-        QFile rich(early + u"/Rich.md"_s);
-        QVERIFY(rich.open(QIODevice::ReadOnly));
-        QVERIFY(rich.readAll().contains("**Bold**"));
+        QVERIFY(fileBytes(early + u"/Rich.md"_s).contains("**Bold**"));
 
         // The running program finds xpad in its own places and knows what came in before.
         copyFolder(xpadFolder, session.homePath(u"config/xpad"_s));

@@ -133,12 +133,11 @@ private Q_SLOTS:
         QCOMPARE(m_app->presenter->alerts,
             QStringList {
                 u"%1 notes exported as Markdown into “%2”."_s.arg(notes).arg(out.path()) });
-        QFile file(out.filePath(u"Typed just now.md"_s));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY2(file.readAll().contains("with \\*\\*stars\\*\\*"), "the text is escaped");
+        QVERIFY2(fileBytes(out.filePath(u"Typed just now.md"_s)).contains("with \\*\\*stars\\*\\*"),
+            "the text is escaped");
         // The command line writes the same into another folder; a file there stays.
         QTemporaryDir again;
-        writeFile(again.filePath(u"Typed just now.md"_s), "mine");
+        writtenFile(again.filePath(u"Typed just now.md"_s), "mine");
         const SNImportCommand::Result result = m_app->delegate->handleImportCommand(
             { SNImportCommand::Kind::ExportMarkdown, QString(), again.path() });
         QVERIFY2(result.succeeded(), qPrintable(result.error));

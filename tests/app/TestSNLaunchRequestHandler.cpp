@@ -37,7 +37,7 @@ private Q_SLOTS:
         const qsizetype notes = m_notes->store.notesArray().size();
         const auto file = [this](const char *name, const QByteArray &bytes) {
             return QUrl::fromLocalFile(
-                writeFile(m_notes->folder.filePath(QString::fromLatin1(name)), bytes))
+                writtenFile(m_notes->folder.filePath(QString::fromLatin1(name)), bytes))
                 .toString();
         };
         SNLaunchRequest request;

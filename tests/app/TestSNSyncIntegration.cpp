@@ -154,9 +154,7 @@ private Q_SLOTS:
         QVERIFY(probe.open(QIODevice::WriteOnly) && probe.write("carried") == 7);
         probe.close();
         EVENTUALLY(QWSyncthingPeer::inSync(a.peer, b.peer), b.peer.log());
-        QFile carried(b.peer.folderPath() + u"/probe.txt"_s);
-        QVERIFY(carried.open(QIODevice::ReadOnly));
-        QCOMPARE(carried.readAll(), "carried");
+        QCOMPARE(fileBytes(b.peer.folderPath() + u"/probe.txt"_s), "carried");
 
         QVERIFY(startShowingNotes(a.vellumo));
         QVERIFY(startShowingNotes(b.vellumo));

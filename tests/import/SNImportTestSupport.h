@@ -9,7 +9,6 @@
 #include "tags/SNTagManager.h"
 #include "themes/SNThemeManager.h"
 
-#include <QByteArray>
 #include <QDateTime>
 #include <QDir>
 #include <QDirIterator>

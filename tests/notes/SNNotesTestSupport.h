@@ -6,13 +6,10 @@
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTest>
 
-// What the tests of the note store and its parts share: notes made from plain text, files
-// read and written whole, and devices that fail as a full disk does.
+// What the tests of the note store and its parts share: notes made from plain text, whole
+// files (support/QWTestFiles.h), and devices that fail as a full disk does.
 namespace SNNotesTest {
 
 inline std::shared_ptr<SNStickyNote> noteWithText(const QString &text)

@@ -87,9 +87,8 @@ private Q_SLOTS:
 
     void theFormatPagesReaderReadsTheJournal()
     {
-        QFile page(QStringLiteral(VELLUMO_TEST_DATA_DIR "/../../../docs/archive-format.md"));
-        QVERIFY(page.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(page.readAll());
+        const QString text = QString::fromUtf8(
+            fileBytes(QStringLiteral(VELLUMO_TEST_DATA_DIR "/../../../docs/archive-format.md")));
         const QString opening = u"```python\n"_s;
         const qsizetype start
             = text.indexOf(opening, text.indexOf(u"### Reading the journal with Python"_s));

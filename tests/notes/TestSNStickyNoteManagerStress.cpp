@@ -76,9 +76,8 @@ private Q_SLOTS:
         const QStringList expected = framesOf(store.notesArray());
         QCOMPARE(framesOf(SNStickyNoteManager(store.baseDatabasePath()).notesArray()), expected);
         QVERIFY(store.compact());
-        QFile file(store.databasePath());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QWKeyedUnarchiver::ParseResult result = QWKeyedUnarchiver::parse(file.readAll());
+        const QWKeyedUnarchiver::ParseResult result
+            = QWKeyedUnarchiver::parse(fileBytes(store.databasePath()));
         QVERIFY(result.isComplete());
         QCOMPARE(
             framesOf(QWKeyedUnarchiver::decodeArrayOfObjectsOfClass<std::shared_ptr<SNStickyNote>>(

@@ -3,8 +3,6 @@
 #include "notewindow/SNNoteCollapser.h"
 #include "notewindow/SNTitleBarView.h"
 
-#include <QScreen>
-
 using namespace Qt::StringLiterals;
 
 // Folding a note up to its title bar and back, at once and animated.

@@ -1,5 +1,6 @@
 #include "SNNoteWindowTestSupport.h"
 #include "notewindow/SNNoteExporter.h"
+#include "support/QWTestFiles.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -74,9 +75,7 @@ private Q_SLOTS:
         QCOMPARE(bool(archivedNoteWithText(text)), noteKept);
         QCOMPARE(controller->window()->isVisible(), noteKept);
         QCOMPARE(willClose.count(), noteKept ? 0 : 1);
-        QFile file(path);
-        QCOMPARE(file.open(QIODevice::ReadOnly), written);
-        const QByteArray rtf = file.readAll();
+        const QByteArray rtf = fileBytes(path);
         QCOMPARE(rtf.startsWith("{\\rtf1") && rtf.contains(text.toLatin1()), written);
     }
 

@@ -7,8 +7,6 @@
 #include "tags/SNTag.h"
 #include "tags/SNTagManager.h"
 
-#include <QScopeGuard>
-
 #include <mutex>
 
 using namespace Qt::StringLiterals;

@@ -5,7 +5,6 @@
 #include "support/QWProgramDriver.h"
 
 #include <QRegularExpression>
-#include <QScreen>
 
 using namespace Qt::StringLiterals;
 

@@ -3,7 +3,6 @@
 #include "preferences/BackupsPreferencesViewController.h"
 #include "preferences/SNPreferencesTestSupport.h"
 
-#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>

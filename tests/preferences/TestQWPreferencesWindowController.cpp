@@ -1,4 +1,3 @@
-#include "app/AppDelegate.h"
 #include "preferences/GeneralPreferencesViewController.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
@@ -96,32 +95,7 @@ private Q_SLOTS:
         QCOMPARE(person.asked.size(), silenced ? 1 : 2);
     }
 
-    void closedPreferencesAreDroppedAfterTheDelay()
-    {
-        const std::unique_ptr<AppDelegate> application = delegate();
-        SNUserDefaults::setSuppressQuitAlert(true);
-        application->openPreferences(nullptr);
-        application->preferencesWindowController()->window()->close();
-        m_fixture->time.advanceBy(0.1);
-        QVERIFY(application->preferencesWindowController());
-        m_fixture->time.advanceBy(0.1);
-        QVERIFY(!application->preferencesWindowController());
-        // Opened again within the delay: the window stays.
-        application->openPreferences(nullptr);
-        application->preferencesWindowController()->window()->close();
-        application->openPreferences(nullptr);
-        m_fixture->time.advanceBy(0.5);
-        QVERIFY(application->preferencesWindowController()->window()->isVisible());
-    }
-
 private:
-    std::unique_ptr<AppDelegate> delegate() const
-    {
-        AppDelegate::Services services;
-        services.presenter = m_fixture->presenter;
-        return std::make_unique<AppDelegate>(services);
-    }
-
     std::optional<PreferencesFixture> m_fixture;
 };
 

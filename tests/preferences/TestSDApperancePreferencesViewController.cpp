@@ -10,7 +10,6 @@
 #include "themes/SNUserTheme.h"
 
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
 #include <QTest>
 

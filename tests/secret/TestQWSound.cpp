@@ -2,6 +2,7 @@
 #include "secret/QWSound.h"
 #include "secret/QWSuperSecret.h"
 #include "support/QWTestEnvironment.h"
+#include "support/QWTestFiles.h"
 
 #include <QDataStream>
 #include <QFile>
@@ -106,10 +107,8 @@ private Q_SLOTS:
             const bool played = sound.play();
             QCOMPARE(played, sound.errorString().isEmpty());
             fileName = sound.fileName();
-            QFile file(fileName);
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QCOMPARE(file.readAll(), QWWaveFile::playableData(truncated).data);
-            QVERIFY(!(file.permissions() & (QFile::ReadGroup | QFile::ReadOther)));
+            QCOMPARE(fileBytes(fileName), QWWaveFile::playableData(truncated).data);
+            QVERIFY(!(QFile::permissions(fileName) & (QFile::ReadGroup | QFile::ReadOther)));
         }
         QVERIFY(!QFile::exists(fileName));
 

@@ -6,7 +6,6 @@
 #include <QJsonObject>
 #include <QNetworkReply>
 #include <QRegularExpression>
-#include <QTcpServer>
 #include <QTest>
 #include <QUuid>
 

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QMutex>
 #include <QMutexLocker>
-#include <QtGlobal>
 
 namespace {
 

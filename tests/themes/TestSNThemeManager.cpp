@@ -5,7 +5,6 @@
 #include "themes/SNThemeManager.h"
 #include "themes/SNUserTheme.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 

@@ -5,7 +5,6 @@
 
 #include <QRegularExpression>
 #include <QTest>
-#include <QWindow>
 
 using namespace Qt::Literals::StringLiterals;
 using QWX11Connection::takeReply;

@@ -2,7 +2,6 @@
 #include "kit/widgets/QWWindowMasonry.h"
 
 #include <QTest>
-#include <QWidget>
 
 #include <memory>
 #include <vector>
