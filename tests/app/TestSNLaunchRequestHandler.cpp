@@ -23,7 +23,7 @@ private Q_SLOTS:
                  { &Handler::newNoteRequested, "new" }, { &Handler::toggleTagsRequested, "tags" },
                  { &Handler::quitRequested, "quit" } })
             connect(m_handler.get(), signal, this,
-                [this, what] { m_passedOn << QString::fromLatin1(what); });
+                [this, name = what] { m_passedOn << QString::fromLatin1(name); });
     }
 
     void cleanup()
