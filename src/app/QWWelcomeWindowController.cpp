@@ -1,11 +1,14 @@
 #include "app/QWWelcomeWindowController.h"
 
 #include "kit/QWNotificationCenter.h"
+#include "kit/widgets/QWWindowCloseKeys.h"
 #include "ui_QWWelcomeWindowController.h"
 
 #include <QEvent>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QKeyEvent>
+#include <QPushButton>
 #include <QSettings>
 #include <QSignalBlocker>
 
@@ -44,6 +47,7 @@ void QWWelcomeWindowController::qw_viewDidLoad()
         &QWWelcomeWindowController::addToApplicationsMenu);
     connect(m_ui->getStartedButton, &QPushButton::clicked, window(), &QWidget::close);
     window()->installEventFilter(this);
+    QWWindowCloseKeys::install(window());
     updateControls();
 }
 
@@ -112,6 +116,16 @@ bool QWWelcomeWindowController::eventFilter(QObject *watched, QEvent *event)
         m_open = false;
         QWNotificationCenter::defaultCenter().postNotificationNameObjectUserInfo(
             didCloseNotification, this);
+    }
+    if (watched == window() && event->type() == QEvent::KeyPress) {
+        // A plain window has no default button. As in a dialog, Return presses the focused push
+        // button, else Get Started.
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        auto *focused = qobject_cast<QPushButton *>(window()->focusWidget());
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            (focused && focused->isEnabled() ? focused : m_ui->getStartedButton)->click();
+            return true;
+        }
     }
     return QWWindowController::eventFilter(watched, event);
 }

@@ -1,5 +1,6 @@
 #include "app/SNImportWindowController.h"
 
+#include "kit/widgets/QWWindowCloseKeys.h"
 #include "ui_SNImportWindowController.h"
 
 SNImportWindowController::SNImportWindowController(QObject *parent) : QWWindowController(parent) { }
@@ -18,6 +19,7 @@ std::unique_ptr<QWidget> SNImportWindowController::loadWindow()
     m_ui->setupUi(window.get());
     QWidget *raw = window.get();
     connect(m_ui->closeButton, &QPushButton::clicked, raw, &QWidget::close);
+    QWWindowCloseKeys::install(raw);
     connect(m_ui->chooseFolderButton, &QPushButton::clicked, this,
         &SNImportWindowController::otherFolderRequested);
     return window;

@@ -1,5 +1,6 @@
 #include "preferences/QWPreferencesWindowController.h"
 
+#include "kit/widgets/QWWindowCloseKeys.h"
 #include "kit/widgets/SNModalPresenter.h"
 #include "notes/SNStickyNoteManager.h"
 #include "preferences/BackupsPreferencesViewController.h"
@@ -207,6 +208,7 @@ void QWPreferencesWindowController::configureWindow()
         | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     // The window is the controller's delegate: it hears of closing, resizing and the keyboard.
     shown->installEventFilter(this);
+    QWWindowCloseKeys::install(shown);
 }
 
 void QWPreferencesWindowController::reloadSidebar()

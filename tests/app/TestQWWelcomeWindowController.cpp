@@ -1,6 +1,7 @@
 #include "app/QWWelcomeWindowController.h"
 #include "kit/QWNotificationCenter.h"
 
+#include <QCheckBox>
 #include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -15,6 +16,7 @@ private Q_SLOTS:
     {
         QSettings store(m_folder.filePath(QStringLiteral("opens.conf")), QSettings::IniFormat);
         QWWelcomeWindowController welcome(store);
+        welcome.setShowsRunAtLoginButton(true);
         // Its closing lets the program show the notes.
         int closings = 0;
         const auto closing = QWNotificationCenter::defaultCenter().observeNameObjectHandler(
@@ -24,7 +26,10 @@ private Q_SLOTS:
         welcome.applicationDidLaunch(); // while open, changes nothing
         QVERIFY(welcome.window()->isVisible());
         QVERIFY(!welcome.canShowMainInterface());
-        welcome.window()->findChild<QPushButton *>(QStringLiteral("getStartedButton"))->click();
+        // The window is no dialog, yet Return from the switch presses Get Started as in one.
+        QTest::keyClick(
+            welcome.window()->findChild<QCheckBox *>(QStringLiteral("runAtLoginButton")),
+            Qt::Key_Return);
         QVERIFY(!welcome.window()->isVisible());
         QVERIFY(welcome.canShowMainInterface());
         QCOMPARE(closings, 1);

@@ -1,4 +1,5 @@
 #include "preferences/GeneralPreferencesViewController.h"
+#include "preferences/QWKeyComboRecorder.h"
 #include "preferences/QWPreferencesWindowController.h"
 #include "preferences/SDApperancePreferencesViewController.h"
 #include "preferences/SNPreferencesTestSupport.h"
@@ -93,6 +94,24 @@ private Q_SLOTS:
         controller->setTerminating(true);
         QVERIFY(controller->windowShouldClose());
         QCOMPARE(person.asked.size(), silenced ? 1 : 2);
+    }
+
+    void escapeIsTheFocusedControlsBeforeItClosesTheWindow()
+    {
+        SNUserDefaults::setSuppressQuitAlert(true);
+        auto controller = QWPreferencesWindowController::controller();
+        controller->showWindow();
+        QWidget *window = controller->window();
+        auto *recorder = window->findChild<QWKeyComboRecorder *>(u"shortcutRecorder"_s);
+        QTest::keyClick(recorder, Qt::Key_Return);
+        QVERIFY(recorder->isRecording());
+        QTest::keyClick(recorder, Qt::Key_Escape);
+        QVERIFY(!recorder->isRecording() && window->isVisible());
+        QTest::keyClick(recorder, Qt::Key_Escape);
+        QVERIFY(!window->isVisible());
+        controller->showWindow();
+        QTest::keyClick(window, Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!window->isVisible());
     }
 
 private:
