@@ -8,6 +8,7 @@
 #include "app/SNPlatformSelection.h"
 #include "app/SNSyncCommandRunner.h"
 #include "notes/SNStickyNoteManager.h"
+#include "notes/SNStoreLock.h"
 #include "settings/SNApplicationInfo.h"
 #include "settings/SNUserDefaults.h"
 #include "tags/SNTagManager.h"
@@ -18,6 +19,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QMessageBox>
 #include <QSessionManager>
 #include <QUrl>
 
@@ -131,6 +133,11 @@ int runCommand(int argc, char *argv[])
             : sync       ? instance.forward(*sync)
                          : instance.forward(*import);
     } else {
+        SNStoreLock lock(SNStickyNoteManager::standardBaseDatabasePath());
+        if (!lock.acquire()) {
+            printError(lock.refusalText());
+            return 1;
+        }
         SNStickyNoteManager store;
         if (history)
             result = SNHistoryCommandRunner(store).run(*history);
@@ -198,6 +205,14 @@ int main(int argc, char *argv[])
     // Nothing runs that could be told to quit.
     if (request.uris.isEmpty() && request.actions == QStringList { SNLaunchRequest::quitAction() })
         return 0;
+    // Static, so that it outlives the store, which a static holds too.
+    static SNStoreLock storeLock(SNStickyNoteManager::standardBaseDatabasePath());
+    if (!storeLock.acquire()) {
+        printError(storeLock.refusalText());
+        QMessageBox::critical(
+            nullptr, SNApplicationInfo::applicationName(), storeLock.refusalText());
+        return 1;
+    }
 
     AppDelegate delegate;
     instance.setRequestHandler([&delegate](const SNLaunchRequest &received) {

@@ -34,18 +34,18 @@ const QString SNStickyNoteManager::defaultDatabaseResource
 
 namespace {
 
-QString standardBaseDatabasePath()
-{
-    const QString dataHome = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    return dataHome.isEmpty() ? QString() : dataHome + QStringLiteral("/Vellumo/");
-}
-
 QString withTrailingSlash(const QString &path)
 {
     return path.isEmpty() || path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
 }
 
 } // namespace
+
+QString SNStickyNoteManager::standardBaseDatabasePath()
+{
+    const QString dataHome = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return dataHome.isEmpty() ? QString() : dataHome + QStringLiteral("/Vellumo/");
+}
 
 SNStickyNoteManager::SNStickyNoteManager() : SNStickyNoteManager(standardBaseDatabasePath()) { }
 

@@ -74,6 +74,8 @@ public:
     SNStickyNoteManager &operator=(const SNStickyNoteManager &) = delete;
 
     static SNStickyNoteManager &sharedManager();
+    // The folder of the default store: "Vellumo/" in the user's data folder; empty without one.
+    static QString standardBaseDatabasePath();
 
     QString baseDatabasePath() const; // ends with "/"
     QString databasePath() const;

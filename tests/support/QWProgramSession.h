@@ -38,9 +38,10 @@ public:
     int runSecond(const QStringList &arguments, const QByteArray &input = {},
         QString *output = nullptr) const;
 
-private:
+    // What the program runs in: its own home, and the session's bus.
     QProcessEnvironment environment() const;
 
+private:
     QTemporaryDir m_home;
     const bool m_ownBus;
     QProcess m_bus;
