@@ -1,5 +1,7 @@
 #include "notes/SNStoreLock.h"
 
+#include "settings/SNApplicationInfo.h"
+
 #include <QDir>
 
 const QString SNStoreLock::lockFileName = QStringLiteral("stickies.lock");
@@ -22,14 +24,14 @@ bool SNStoreLock::acquire()
 
 QString SNStoreLock::refusalText() const
 {
+    const QString name = SNApplicationInfo::applicationName();
     qint64 pid = 0;
     QString host;
     QString program;
     if (!m_file.getLockInfo(&pid, &host, &program))
-        return tr("Another Vellumo is using these notes. Quit it before you start this one.");
-    return tr("Another Vellumo (process %1 on %2) is using these notes, from a session this one "
+        return tr("Another %1 is using these notes. Quit it before you start this one.").arg(name);
+    return tr("Another %1 (process %2 on %3) is using these notes, from a session this one "
               "cannot reach. Quit it before you start this one: two at once would write over "
-              "each other's notes. If no Vellumo runs there, remove \"%3\".")
-        .arg(pid)
-        .arg(host, m_file.fileName());
+              "each other's notes. If no %1 runs there, remove \"%4\".")
+        .arg(name, QString::number(pid), host, m_file.fileName());
 }
